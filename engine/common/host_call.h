@@ -1,0 +1,53 @@
+/// Calls from the engine into the host (an interpreter, usually), made safe against what hosts do in them:
+/// they throw, they end the calling thread by a forced unwind at their exit, and they close down while we call.
+#pragma once
+
+#include <cxxabi.h>
+
+#include <exception>
+#include <utility>
+
+#include "engine/common/log.h"
+
+namespace nemra {
+
+/// Counts a callback in for as long as it lives. Empty if the host has closed the gate: then don't call.
+class NEMRA_API GatePass {
+public:
+    GatePass() noexcept;
+    ~GatePass();
+    GatePass(const GatePass&) = delete;
+    GatePass& operator=(const GatePass&) = delete;
+    explicit operator bool() const noexcept { return open_; }
+
+private:
+    bool open_;
+};
+
+/// Closes the gate for good and waits at most `timeoutMs` for the callbacks in flight. True if none is left.
+NEMRA_API bool closeCallbackGate(int timeoutMs);
+
+/// Keeps an exception alive for ever: the destructor of what a host threw may need the host's lock, which this thread can't take.
+/// False once `limit` are kept; then the caller should stop calling that callback.
+NEMRA_API bool keepForever(std::exception_ptr thrown) noexcept;
+
+enum class HostCall { done, closed, threw };
+
+/// Calls `callback` through the gate. The caller holds no lock. Never put a noexcept frame around it: the interpreter may end
+/// this thread inside the callback by a forced unwind, which is passed on.
+template <class Callback>
+HostCall callHost(Callback&& callback) {
+    const GatePass pass;
+    if (!pass) return HostCall::closed;
+    try {
+        std::forward<Callback>(callback)();
+        return HostCall::done;
+    } catch (const abi::__forced_unwind&) {
+        throw;
+    } catch (...) {
+        keepForever(std::current_exception());
+        return HostCall::threw;
+    }
+}
+
+}  // namespace nemra

@@ -1,0 +1,57 @@
+/// The renderer proper, as a render job drives it: a scene translated once into flat arrays, and samples traced tile by tile.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "engine/core/film/film.h"
+#include "engine/node/scene.h"
+
+namespace nemra::core {
+
+/// How sensor values become the light quantities of a result.
+struct QuantityFactors {
+    double sensorIrradiance = 0.0;  ///< multiplies scene radiance on axis: pi / (4 N^2); 0 if the instrument has none
+    double sensorPower = 0.0;       ///< m2: irradiance times pixel area
+    double exposureTime = 0.0;      ///< s
+};
+
+/// A scene made ready for rendering. Immutable: any number of threads may render from it.
+class PreparedScene {
+public:
+    virtual ~PreparedScene() = default;
+    virtual int width() const noexcept = 0;
+    virtual int height() const noexcept = 0;
+    virtual QuantityFactors quantities() const noexcept = 0;
+    /// The nodes that a result carries on: the instrument, and the outputs that it lists.
+    virtual std::shared_ptr<const node::Node> instrument() const noexcept = 0;
+    /// Bytes that this scene keeps in memory for rendering.
+    virtual std::size_t memory() const noexcept = 0;
+
+    /// An empty film of this scene's size and channels.
+    virtual std::unique_ptr<Film> makeFilm() const = 0;
+
+    struct Tile {
+        int x0, y0, x1, y1;  ///< pixels, ends excluded
+    };
+    struct Counts {
+        std::uint64_t samples = 0;  ///< paths traced
+        std::uint64_t wrong = 0;    ///< of these, dropped since a value wasn't finite
+    };
+    /// Traces samples [first, first + count) of each pixel of the tile into the film. The value of a sample depends on the scene,
+    /// the seed, the pixel and the sample's index alone. Tiles that don't overlap may be rendered at the same time.
+    /// Returns early, with whole samples only, when `cancel` becomes true; what it did by then is in the film.
+    virtual Counts render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
+                          const std::atomic<bool>& cancel) const = 0;
+};
+
+/// Translates a scene. `setupName` chooses among its setups: "" takes the active one, else the only one.
+/// On failure one error message with the node concerned, and null. Messages go to nemra::log.
+std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName);
+
+/// Bytes that one buffer of an image may take at most; larger resolutions are refused before anything is allocated.
+inline constexpr std::uint64_t kMaxBufferBytes = std::uint64_t{1} << 31;
+
+}  // namespace nemra::core

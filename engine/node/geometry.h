@@ -1,0 +1,50 @@
+/// Geometries and instances as the engine keeps them. Lengths in metres.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "engine/node/node.h"
+
+namespace nemra::node {
+
+struct Mesh {
+    std::vector<double> vertices;          ///< 3 N: x y z
+    std::vector<float> normals;            ///< 3 N, or empty: flat triangles
+    std::vector<float> uvs;                ///< 2 N, or empty
+    std::vector<std::int32_t> triangles;   ///< 3 M vertex indices
+    mutable std::vector<float> triangleNormals;  ///< 3 M, made when first asked for
+};
+
+struct Sphere {
+    float radius = 1.0F;
+    bool reverse = false;  ///< normals point inwards
+};
+
+/// Truncated cone about z: base radius 1 at z = 0, top radius `topRadius` at z = 1, open at both ends.
+struct Cone {
+    float topRadius = 0.0F;
+    bool reverse = false;
+};
+
+struct Geometry {
+    std::string name;
+    std::string materialName;               ///< "" for none
+    std::shared_ptr<Node> material;         ///< wins over the name
+    std::variant<Mesh, Sphere, Cone> shape;
+};
+
+struct Instance {
+    std::string geometryName;
+    std::array<double, 16> transform{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};  ///< row-major, acts on column vectors
+    std::string materialName;               ///< "" for none
+    std::shared_ptr<Node> material;         ///< wins over the name
+    bool materialIsFallback = false;        ///< holds only where the geometry has no material of its own
+    std::vector<std::vector<std::string>> layers;  ///< paths of layer names, below the root of the layer tree
+};
+
+}  // namespace nemra::node

@@ -1,0 +1,31 @@
+/// A scene as the engine keeps it: a container of its own copies.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/node/geometry.h"
+#include "engine/node/node.h"
+
+namespace nemra::node {
+
+struct Import {
+    std::string path;
+    std::string prefix;
+};
+
+struct Scene {
+    std::string name;
+    std::string activeSetup;               ///< name of a node of family setup; "" takes the only one
+    std::vector<std::string> searchPaths;
+    std::vector<Import> imports;
+    std::vector<std::shared_ptr<Node>> nodes;
+    std::vector<std::shared_ptr<Geometry>> geometries;
+    std::vector<std::shared_ptr<Instance>> instances;
+
+    /// First node of that family and name, or null.
+    std::shared_ptr<Node> findNode(std::string_view family, std::string_view nodeName) const;
+};
+
+}  // namespace nemra::node
