@@ -8,6 +8,7 @@
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
 #include "engine/common/workdir.h"
+#include "engine/core/api/raw_handle.h"
 #include "engine/core/job/load_scene.h"
 #include "engine/core/job/renderer.h"
 
@@ -57,6 +58,7 @@ void nemraRendererRelease(nemra_renderer_t** handle) {
         retire(handle);
         // At once, not when the last reference goes: another thread may just be using the renderer.
         if (renderer) renderer->release();
+        core::rawChanged();
     });
 }
 

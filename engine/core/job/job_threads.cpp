@@ -80,7 +80,7 @@ int startJobThreads(const std::shared_ptr<RenderJob>& job, const char* name, int
     all.jobs.push_back(job);
     for (int started = 0; started < count; ++started) {
         try {
-            std::thread([name, body]() mutable {
+            std::thread([name, body = std::function<void()>(body)]() mutable {
                 pthread_setname_np(pthread_self(), name);
                 std::function<void()>(std::exchange(body, nullptr))();
                 countOut();  // last: by now nothing that the job kept alive is left to this thread
