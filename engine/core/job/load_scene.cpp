@@ -37,13 +37,19 @@ std::vector<std::string> libraryFiles(const std::vector<std::string>& paths) {
     return files;
 }
 
+bool hasNode(const node::Scene& scene, const node::Node& wanted) {
+    return std::any_of(scene.nodes.begin(), scene.nodes.end(), [&](const std::shared_ptr<node::Node>& known) {
+        return known && known->family() == wanted.family() && known->name() == wanted.name();
+    });
+}
+
 /// Named nodes of the libraries stand behind the scene's own: where a name is taken, the scene's node counts.
 void addLibraries(node::Scene& scene, const std::vector<std::string>& paths) {
     for (const std::string& file : libraryFiles(paths)) {
         node::Scene library;
         if (!node::readSceneFile(file, library)) continue;  // it has said why; a scene that needs it will say what is missing
         for (auto& node : library.nodes) {
-            if (node && node->family() != "setup" && !scene.findNode(node->family(), node->name())) scene.nodes.push_back(node);
+            if (node && node->family() != "setup" && !hasNode(scene, *node)) scene.nodes.push_back(node);
         }
     }
 }
