@@ -196,17 +196,20 @@ private:
     }
 
     void readChild(pugi::xml_node part) {
-        source_.checkAttributes(part, {"name", "type"});
-        const std::string name(source_.required(part, "name"));
-        const auto& children = node_.nodeClass().children;
-        const auto slot = std::find_if(children.begin(), children.end(), [&](const ChildSpec& child) { return child.name == name; });
-        if (slot == children.end()) fail(part, "no child '" + name + "'");
+        source_.checkAttributes(part, {"slot", "type", "name"});
+        const std::string slotName(source_.required(part, "slot"));
+        const auto& slots = node_.nodeClass().children;
+        const auto slot = std::find_if(slots.begin(), slots.end(), [&](const ChildSpec& child) { return child.name == slotName; });
+        if (slot == slots.end()) fail(part, "no child slot '" + slotName + "'");
         const std::string type = part.attribute("type") ? part.attribute("type").value() : slot->defaultType;
-        if (type == slot->defaultType && node_.isDefaultChild(name)) {
+        if (type == slot->defaultType && node_.isDefaultChild(slotName)) {
             // The slot's own default may differ from its class's.
-            if (const auto child = node_.mutableChild(name)) return NodeReader(source_, part, *child).read();
+            NodeReader(source_, part, *node_.mutableChild(slotName)).read();
+        } else {
+            place(part, makeNode(part, slot->family, type, slotName));
         }
-        place(part, makeNode(part, slot->family, type, name));
+        // Last, since the name is what leads a child into its slot.
+        if (const auto name = part.attribute("name")) node_.mutableChild(slotName)->setName(name.value());
     }
 
     void readItem(pugi::xml_node part) {

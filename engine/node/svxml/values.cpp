@@ -1,6 +1,5 @@
 #include "engine/node/svxml/values.h"
 
-#include <cstring>
 #include <type_traits>
 
 #include "engine/node/svxml/base64.h"
@@ -11,23 +10,6 @@ namespace {
 
 template <class T>
 constexpr bool kIsNumber = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
-
-template <class Number>
-bool sameBits(const std::vector<Number>& a, const std::vector<Number>& b) {
-    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Number)) == 0);
-}
-
-bool sameTable(const Table& a, const Table& b) {
-    if (a.rows != b.rows || a.columns.size() != b.columns.size()) return false;
-    for (std::size_t c = 0; c < a.columns.size(); ++c) {
-        const Table::Column& left = a.columns[c];
-        const Table::Column& right = b.columns[c];
-        if (left.name != right.name || left.cells.size() != right.cells.size()) return false;
-        for (std::size_t r = 0; r < left.cells.size(); ++r)
-            if (!sameValue(left.cells[r], right.cells[r])) return false;
-    }
-    return true;
-}
 
 template <class Number>
 Number readNumber(const Source& source, std::string_view text, std::size_t at, std::string_view what) {
@@ -64,29 +46,6 @@ std::vector<char> readBytes(std::string_view text, std::size_t at, std::string_v
 }
 
 }  // namespace
-
-bool sameValue(const Value& a, const Value& b) {
-    if (a.data.index() != b.data.index()) return false;
-    return std::visit(
-        [&](const auto& left) {
-            using T = std::decay_t<decltype(left)>;
-            const T& right = std::get<T>(b.data);
-            if constexpr (std::is_same_v<T, std::monostate>) {
-                return true;
-            } else if constexpr (std::is_same_v<T, std::shared_ptr<const Table>>) {
-                return left == right || (left && right && sameTable(*left, *right));
-            } else if constexpr (std::is_same_v<T, Color>) {
-                return left.space == right.space && std::memcmp(left.coords.data(), right.coords.data(), sizeof left.coords) == 0;
-            } else if constexpr (std::is_floating_point_v<T>) {
-                return std::memcmp(&left, &right, sizeof(T)) == 0;
-            } else if constexpr (std::is_same_v<T, std::vector<float>> || std::is_same_v<T, std::vector<double>>) {
-                return sameBits(left, right);
-            } else {
-                return left == right;
-            }
-        },
-        a.data);
-}
 
 void appendValue(std::string& out, const Value& value) {
     const auto appendAll = [&out](const auto& numbers) {

@@ -12,9 +12,6 @@
 
 namespace nemra::node::svxml {
 
-/// True for equal contents; numbers by their bits, so that NaN equals itself.
-bool sameValue(const Value& a, const Value& b);
-
 /// A scalar, a text or a vector as text; a colour gives its coordinates. Empty for an unset value.
 void appendValue(std::string& out, const Value& value);
 

@@ -10,10 +10,9 @@ namespace {
 /// Writes what tells a node from `base`, the node that a reader starts from.
 class NodeWriter {
 public:
-    NodeWriter(XmlWriter& writer, const Node& node, Node& base)
-        : writer_(writer), node_(const_cast<Node&>(node)), base_(base) {}  // Node hands out descriptions and lists by non-const calls only
+    NodeWriter(XmlWriter& writer, const Node& node, const Node& base) : writer_(writer), node_(node), base_(base) {}
 
-    void writeContents() {
+    void writeContents() const {
         if (!node_.comments().empty()) {
             const Element comments(writer_, "comments");
             writer_.text(node_.comments());
@@ -25,7 +24,8 @@ public:
     }
 
     /// False if a reader would get this node without a word being written.
-    bool differs() {
+    bool differs() const {
+        if (node_.name() != base_.name()) return true;
         if (!node_.comments().empty() || !node_.mutableList().empty()) return true;
         const auto settings = node_.activeParameters();
         if (std::any_of(settings.begin(), settings.end(), [&](const auto& setting) { return differsFromBase(setting); })) return true;
@@ -41,17 +41,17 @@ private:
         const Node::Setting start = base_.findParameter(setting.spec->name);
         // What a choice brings starts from its description, once the choice is made.
         const Value& startValue = start.spec == setting.spec ? *start.value : setting.spec->defaultValue;
-        return !sameValue(*setting.value, startValue);
+        return *setting.value != startValue;
     }
 
     /// Parameters that a choice brings stand inside its element.
-    void writeParameters() {
+    void writeParameters() const {
         const auto settings = node_.activeParameters();
         std::size_t next = 0;
         writeLevel(settings, next, settings.empty() ? 0 : settings.front().depth);
     }
 
-    void writeLevel(const std::vector<Node::Setting>& settings, std::size_t& next, int depth) {
+    void writeLevel(const std::vector<Node::Setting>& settings, std::size_t& next, int depth) const {
         while (next < settings.size() && settings[next].depth >= depth) {
             const Node::Setting& setting = settings[next++];
             std::size_t end = next;
@@ -67,7 +67,7 @@ private:
     }
 
     template <class Nested>
-    void writeSetting(const Node::Setting& setting, Nested&& nested) {
+    void writeSetting(const Node::Setting& setting, Nested&& nested) const {
         if (setting.spec->type == NEMRA_PARAMETER_TABLE) return writeTable(*setting.spec, *setting.value);
         const Element element(writer_, "parameter");
         writer_.attribute("name", setting.spec->name);
@@ -78,7 +78,7 @@ private:
         nested();
     }
 
-    void writeTable(const ParameterSpec& spec, const Value& value) {
+    void writeTable(const ParameterSpec& spec, const Value& value) const {
         const Element element(writer_, "table");
         writer_.attribute("name", spec.name);
         const auto* table = std::get_if<std::shared_ptr<const Table>>(&value.data);
@@ -96,7 +96,7 @@ private:
         }
     }
 
-    void writeTextCells(const Table::Column& column) {
+    void writeTextCells(const Table::Column& column) const {
         for (const Value& cell : column.cells) {
             const bool unset = std::holds_alternative<std::monostate>(cell.data);
             const Element element(writer_, unset ? kUnset.data() : "cell");
@@ -119,7 +119,7 @@ private:
         return text;
     }
 
-    void writeRawSlots() {
+    void writeRawSlots() const {
         for (const RawSlotSpec& slot : node_.nodeClass().rawSlots) {
             const Value* const value = node_.rawSlot(slot.name);
             if (value == nullptr) continue;
@@ -131,30 +131,29 @@ private:
         }
     }
 
-    bool childDiffers(const ChildSpec& slot) {
-        if (node_.isDefaultChild(slot.name)) return false;
-        const auto child = node_.mutableChild(slot.name);
-        if (!child) return false;
-        const auto base = base_.mutableChild(slot.name);
-        if (!base || &base->nodeClass() != &child->nodeClass()) return true;
+    bool childDiffers(const ChildSpec& slot) const {
+        const auto child = node_.child(slot.name);
+        const auto base = base_.child(slot.name);
+        if (child == base) return false;
+        if (&base->nodeClass() != &child->nodeClass()) return true;
         return NodeWriter(writer_, *child, *base).differs();
     }
 
-    void writeChild(const ChildSpec& slot) {
+    void writeChild(const ChildSpec& slot) const {
         if (!childDiffers(slot)) return;
-        const auto child = node_.mutableChild(slot.name);
+        const auto child = node_.child(slot.name);
+        const auto base = base_.child(slot.name);
         const Element element(writer_, "child");
-        writer_.attribute("name", slot.name);
+        writer_.attribute("slot", slot.name);
         writer_.attribute("type", child->type());
-        const auto base = base_.mutableChild(slot.name);
-        if (base && &base->nodeClass() == &child->nodeClass()) return NodeWriter(writer_, *child, *base).writeContents();
-        Node fresh(child->nodeClass(), child->name());
-        NodeWriter(writer_, *child, fresh).writeContents();
+        if (child->name() != slot.name) writer_.attribute("name", child->name());
+        if (&base->nodeClass() == &child->nodeClass()) return NodeWriter(writer_, *child, *base).writeContents();
+        NodeWriter(writer_, *child, Node(child->nodeClass(), child->name())).writeContents();
     }
 
     XmlWriter& writer_;
-    Node& node_;
-    Node& base_;
+    const Node& node_;
+    const Node& base_;
 };
 
 }  // namespace
@@ -163,8 +162,7 @@ void writeNodeOfFamily(XmlWriter& writer, const char* element, const Node& node)
     const Element open(writer, element);
     writer.attribute("type", node.type());
     writer.attribute("name", node.name());
-    Node base(node.nodeClass(), node.name());
-    NodeWriter(writer, node, base).writeContents();
+    NodeWriter(writer, node, Node(node.nodeClass(), node.name())).writeContents();
 }
 
 void writeNode(XmlWriter& writer, const Node& node) {
@@ -172,8 +170,7 @@ void writeNode(XmlWriter& writer, const Node& node) {
     writer.attribute("family", node.family());
     writer.attribute("type", node.type());
     writer.attribute("name", node.name());
-    Node base(node.nodeClass(), node.name());
-    NodeWriter(writer, node, base).writeContents();
+    NodeWriter(writer, node, Node(node.nodeClass(), node.name())).writeContents();
 }
 
 }  // namespace nemra::node::svxml
