@@ -24,7 +24,6 @@ __attribute__((weak)) nemra_onode_t* nemraNode_getChild(nemra_onode_t*, const ch
 __attribute__((weak)) nemra_onode_t* nemraNode_getListChild(nemra_onode_t*, const char*) { notAvailable(__func__); return nullptr; }
 __attribute__((weak)) bool nemraNode_setChild(nemra_onode_t*, nemra_onode_t*) { notAvailable(__func__); return false; }
 __attribute__((weak)) bool nemraNode_isListType(nemra_onode_t*) { notAvailable(__func__); return false; }
-__attribute__((weak)) char* nemraNode_serialize(nemra_onode_t*, int, uint32_t* size) { if (size) *size = 0; notAvailable(__func__); return nullptr; }
 __attribute__((weak)) nemra_parameter** nemraNode_getParameters(nemra_onode_t*, uint32_t* count) { if (count) *count = 0; notAvailable(__func__); return nullptr; }
 __attribute__((weak)) bool nemraNode_setParameter(nemra_onode_t*, const char*, nemra_value*, int) { notAvailable(__func__); return false; }
 __attribute__((weak)) int32_t nemraNode_getRawDataSize(nemra_onode_t*) { notAvailable(__func__); return 0; }

@@ -1,7 +1,7 @@
 // What all geometries have in common, through the flat interface.
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
-#include "engine/node/api/node_handles.h"
+#include "engine/node/node_handle.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
 #include "engine/node/mesh.h"

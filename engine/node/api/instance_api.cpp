@@ -4,7 +4,7 @@
 
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
-#include "engine/node/api/node_handles.h"
+#include "engine/node/node_handle.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
 #include "module/flat/nemra_node.h"

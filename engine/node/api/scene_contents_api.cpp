@@ -3,7 +3,7 @@
 
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
-#include "engine/node/api/node_handles.h"
+#include "engine/node/node_handle.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/mesh.h"
 #include "module/flat/nemra_node.h"
@@ -41,7 +41,6 @@ bool removeNode(SceneObject& object, nemra_onode_t* handle) {
     const auto found = node ? std::find(nodes.begin(), nodes.end(), node) : nodes.end();
     if (found == nodes.end()) return false;
     nodes.erase(found);
-    retireHandle(node);
     return true;
 }
 

@@ -1,7 +1,5 @@
 #include "engine/node/api/scene_objects.h"
 
-#include "engine/node/api/node_handles.h"
-
 namespace nemra::node {
 
 namespace {
@@ -16,10 +14,7 @@ void retireAll(std::vector<Handle*>& handles) {
 
 SceneObject::~SceneObject() { clear(); }
 
-void SceneObject::clearNodes() {
-    for (const auto& node : scene.nodes) retireHandle(node);
-    scene.nodes.clear();
-}
+void SceneObject::clearNodes() { scene.nodes.clear(); }
 
 void SceneObject::clearGeometries() {
     retireAll(geometryHandles);

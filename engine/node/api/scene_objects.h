@@ -12,8 +12,8 @@
 
 namespace nemra::node {
 
-/// Object behind nemra_scene_t. Handles of geometries and instances stand beside them in the same order; those of nodes belong
-/// to the nodes.
+/// Object behind nemra_scene_t. Handles of geometries and instances stand beside them in the same order; those of nodes
+/// belong to the nodes and go stale with them.
 struct SceneObject {
     Scene scene;
     std::vector<nemra_geom_t*> geometryHandles;

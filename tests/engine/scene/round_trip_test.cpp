@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cmath>
 #include <filesystem>
 #include <limits>
 #include <locale>
@@ -168,7 +169,7 @@ TEST_F(RoundTrip, NumbersKeepTheirBits) {
     Mesh& mesh = std::get<Mesh>(geometry.shape);
     mesh.vertices = {0.1, -0.0, 1.0 / 3.0, 5e-324, 1e18, -2.2250738585072014e-308, 0.30000000000000004, 123456789.123456789, 1e-5};
     mesh.normals = {0.1F, 1e-45F, 3.4e17F, 0, 0, 1, 1, 0, 0};
-    mesh.uvs = {0.1F, 0.2F, -3, 4, 5, 16777217};
+    mesh.uvs = {0.1F, 0.2F, -3, 4, 5, 16777216};
     mesh.triangles = {0, 1, 2, 2, 1, 0};
     const auto read = readSvxmlGeometry(writeSvxml(geometry), "test");
     ASSERT_TRUE(read);
