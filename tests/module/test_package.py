@@ -1,5 +1,6 @@
 """The Python package around the module: names, examples, command line, exit, how the libraries find each other."""
 
+import ast
 import os
 import signal
 import subprocess
@@ -33,6 +34,24 @@ class TestNames:
     def test_library_path_is_a_folder(self):
         assert isinstance(sarvo.SVLIB_PATH, str)
         assert os.path.isdir(sarvo.SVLIB_PATH)
+
+
+class TestTypeStub:
+    """What an editor is told exists, with the same parameters, and nothing that exists is left out."""
+
+    CLASSES = {node.name: node for node in ast.parse((PACKAGE / "nemra.pyi").read_text()).body if isinstance(node, ast.ClassDef)}
+
+    @pytest.mark.parametrize("name", ["Raw", "Renderer", "Server"])
+    def test_class_has_the_methods_of_the_module(self, name):
+        real = getattr(sarvo.nemra, name)
+        methods = {node.name: node for node in self.CLASSES[name].body if isinstance(node, ast.FunctionDef)}
+        bound = {key for key, value in vars(real).items() if not key.startswith("_") and callable(value) and not isinstance(value, type)}
+        assert set(methods) - {"__init__"} == bound
+        for key in bound:
+            parameters = [argument.arg for argument in methods[key].args.args]
+            signature = getattr(real, key).__doc__
+            for parameter in parameters[parameters[:1] == ["self"]:]:
+                assert f"{parameter}: " in signature, f"{name}.{key}"
 
 
 class TestExamples:
