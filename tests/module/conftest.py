@@ -12,7 +12,7 @@ import sys
 import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-BUILD = pathlib.Path(os.environ.get("NEMRA_BUILD_DIR", ROOT / "build"))
+BUILD = pathlib.Path(os.environ.get("NEMRA_BUILD_DIR", ROOT / "build")).resolve()
 IN_PROBE = "NEMRA_PROBE_REPORT" in os.environ
 PROBE = pytest.StashKey()
 
