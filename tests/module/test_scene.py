@@ -182,7 +182,7 @@ class TestReading:
         probe.answer(nemraScene_readFromFile="true")
         assert scene.read("a.svxml") is True
         assert scene.readBytes(b"a\0b") is False
-        assert probe.calls() == ["nemraScene_readFromFile(90, a.svxml)", "nemraScene_readFromChar(90, a\0b)"]
+        assert probe.calls() == ["nemraScene_readFromFile(90, a.svxml)", "nemraScene_readFromChar(90, a\0b, 3)"]
 
     def test_only_bytes(self, probe, scene):
         for wrong in (bytearray(b"a"), "a", None, memoryview(b"a")):
