@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/common/log.h"
+#include "engine/common/workdir.h"
 #include "engine/node/svxml/limits.h"
 #include "engine/node/svxml/svxml.h"
 
@@ -40,7 +41,7 @@ bool readBytes(const std::string& path, std::vector<char>& bytes) {
         return false;
     };
     errno = 0;
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(resolvePath(path).c_str(), "rb"));
     if (!file) return fail(std::strerror(errno));
     struct stat about {};
     if (fstat(fileno(file.get()), &about) != 0) return fail(std::strerror(errno));
