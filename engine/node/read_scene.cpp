@@ -58,12 +58,19 @@ bool readBytes(const std::string& path, std::vector<char>& bytes) {
 
 bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene) {
     switch (encodingOf(bytes)) {
-        case Encoding::svxml: return readSvxml(bytes, origin, scene);
-        case Encoding::svbin: log::error(origin, "reading svbin is not available yet"); return false;
-        case Encoding::gzip: log::error(origin, "reading gzipped scenes is not available yet"); return false;
-        case Encoding::unknown: break;
+        case Encoding::svxml:
+            return readSvxml(bytes, origin, scene);
+        case Encoding::svbin:
+            log::error(origin, "reading svbin is not available yet");
+            return false;
+        case Encoding::gzip:
+            log::error(origin, "reading gzipped scenes is not available yet");
+            return false;
+        case Encoding::unknown:
+            break;
     }
-    log::error(origin, bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor any other encoding of scenes");
+    log::error(origin,
+               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor any other encoding of scenes");
     return false;
 }
 
