@@ -11,9 +11,6 @@ void notAvailable(const char* function) { nemra::log::warning(function, "not ava
 
 extern "C" {
 
-__attribute__((weak)) void nemraNode_register() { notAvailable(__func__); }
-__attribute__((weak)) nemra_onode_t* nemraNode_create(const char*, const char*, const char*) { notAvailable(__func__); return nullptr; }
-__attribute__((weak)) void nemraNode_release(nemra_onode_t**) { notAvailable(__func__); }
 __attribute__((weak)) const char* nemraNode_name(nemra_onode_t*) { notAvailable(__func__); return ""; }
 __attribute__((weak)) const char* nemraNode_className(nemra_onode_t*) { notAvailable(__func__); return ""; }
 __attribute__((weak)) const char* nemraNode_typeName(nemra_onode_t*) { notAvailable(__func__); return ""; }
@@ -27,8 +24,6 @@ __attribute__((weak)) nemra_onode_t* nemraNode_getChild(nemra_onode_t*, const ch
 __attribute__((weak)) nemra_onode_t* nemraNode_getListChild(nemra_onode_t*, const char*) { notAvailable(__func__); return nullptr; }
 __attribute__((weak)) bool nemraNode_setChild(nemra_onode_t*, nemra_onode_t*) { notAvailable(__func__); return false; }
 __attribute__((weak)) bool nemraNode_isListType(nemra_onode_t*) { notAvailable(__func__); return false; }
-__attribute__((weak)) nemra_onode_t* nemraNode_clone(nemra_onode_t*) { notAvailable(__func__); return nullptr; }
-__attribute__((weak)) nemra_onode_t* nemraNode_copy(nemra_onode_t*) { notAvailable(__func__); return nullptr; }
 __attribute__((weak)) char* nemraNode_serialize(nemra_onode_t*, int, uint32_t* size) { if (size) *size = 0; notAvailable(__func__); return nullptr; }
 __attribute__((weak)) nemra_parameter** nemraNode_getParameters(nemra_onode_t*, uint32_t* count) { if (count) *count = 0; notAvailable(__func__); return nullptr; }
 __attribute__((weak)) bool nemraNode_setParameter(nemra_onode_t*, const char*, nemra_value*, int) { notAvailable(__func__); return false; }

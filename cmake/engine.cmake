@@ -1,0 +1,12 @@
+# nemra_engine: the three engine libraries that the module is linked with, and NEMRA_ENGINE_RPATH, where it finds them.
+add_library(nemra_engine INTERFACE)
+if(NEMRA_ENGINE_DIR)
+    foreach(name nemra nemraNode nemraCommon)
+        find_library(NEMRA_OTHER_${name} ${name} PATHS "${NEMRA_ENGINE_DIR}" NO_DEFAULT_PATH REQUIRED)
+        target_link_libraries(nemra_engine INTERFACE "${NEMRA_OTHER_${name}}")
+    endforeach()
+    set(NEMRA_ENGINE_RPATH "${NEMRA_ENGINE_DIR}")
+else()
+    target_link_libraries(nemra_engine INTERFACE nemra nemraNode nemraCommon)
+    set(NEMRA_ENGINE_RPATH "$ORIGIN/lib")
+endif()

@@ -1,0 +1,58 @@
+#include "engine/common/host_call.h"
+
+#include <atomic>
+#include <chrono>
+#include <new>
+#include <thread>
+#include <utility>
+
+namespace nemra {
+
+namespace {
+
+constexpr int kKeptLimit = 4096;
+
+constinit std::atomic<bool> closing{false};
+constinit std::atomic<int> inFlight{0};
+constinit std::atomic<int> kept{0};
+constinit thread_local int ownPasses = 0;
+
+}  // namespace
+
+// The count goes up before the flag is read, and the closing side sets the flag before it reads the count; in the single total
+// order of these four operations, either the callback sees the gate closed or the closer sees the callback.
+GatePass::GatePass() noexcept {
+    inFlight.fetch_add(1);
+    open_ = !closing.load();
+    if (open_) {
+        ++ownPasses;
+    } else {
+        inFlight.fetch_sub(1);
+    }
+}
+
+GatePass::~GatePass() {
+    if (!open_) return;
+    --ownPasses;
+    inFlight.fetch_sub(1);
+}
+
+bool closeCallbackGate(int timeoutMs) {
+    closing.store(true);
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    // A callback that closes the gate itself doesn't wait for its own end.
+    while (inFlight.load() > ownPasses) {
+        if (std::chrono::steady_clock::now() >= until) return false;
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    return true;
+}
+
+bool keepForever(std::exception_ptr thrown) noexcept {
+    // Leaked on purpose, also beyond the limit: dropping it here could already ask for the host's lock.
+    alignas(std::exception_ptr) unsigned char storage[sizeof(std::exception_ptr)];
+    new (storage) std::exception_ptr(std::move(thrown));
+    return kept.fetch_add(1) + 1 < kKeptLimit;
+}
+
+}  // namespace nemra

@@ -1,0 +1,33 @@
+/// Array arguments enter by one copy in the order of the buffer's memory; strides aren't honoured.
+#pragma once
+
+#include <vector>
+
+#include "module/binding.h"
+
+namespace Nemra {
+
+/// True if `count` elements from the array's first one on lie inside the memory that the array spans. A reversed or broadcast
+/// view spans less than its size says.
+template <class T>
+bool spansElements(const py::array_t<T>& array, py::ssize_t count) {
+    py::ssize_t last = 0;  // bytes from the first element to the one that lies highest
+    for (py::ssize_t axis = 0; axis < array.ndim(); ++axis) {
+        if (array.shape(axis) == 0) return count <= 0;
+        const py::ssize_t reach = array.strides(axis) * (array.shape(axis) - 1);
+        if (reach > 0) last += reach;
+    }
+    return count * static_cast<py::ssize_t>(sizeof(T)) <= last + static_cast<py::ssize_t>(sizeof(T));
+}
+
+/// The first `count` elements in memory order; `count` must not exceed array.size(). Where the memory holds fewer, they are taken
+/// in the order of the indices, since there is nothing else to read.
+template <class T>
+std::vector<T> inBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
+    if (count <= 0) return {};
+    if (spansElements(array, count)) return std::vector<T>(array.data(), array.data() + count);
+    const auto ordered = py::array_t<T, py::array::c_style | py::array::forcecast>(array);
+    return std::vector<T>(ordered.data(), ordered.data() + count);
+}
+
+}  // namespace Nemra

@@ -1,0 +1,3 @@
+#include "nodes/family.h"
+
+NEMRA_FAMILY_BINDER(bsdf)

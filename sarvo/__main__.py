@@ -1,0 +1,92 @@
+"""Command line: python -m sarvo render SCENE -o picture.png"""
+
+import argparse
+import os
+import sys
+
+from . import SVLIB_PATH, examples, nemra
+from ._render import EXIT_FAILED, RenderJob
+
+
+def build_parser() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(prog="python -m sarvo", description="Spectral light simulation.")
+    commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")
+
+    render = commands.add_parser(
+        "render", help="render a scene to a picture",
+        description="Renders a scene. Ctrl-C stops early and writes what was computed; a second Ctrl-C gives up.",
+        epilog="Exit codes: 0 written, 1 failed, 2 wrong usage, 130 stopped by Ctrl-C (the picture is written).")
+    render.add_argument("scene", metavar="SCENE", help="scene file, or the name of an example")
+    render.add_argument("-o", "--output", metavar="FILE", help="picture to write, kind by its extension (default: SCENE.png)")
+    render.add_argument("--spp", type=positive_number, metavar="N", help="samples per pixel (default: 64, or none with --time)")
+    render.add_argument("--time", type=positive_number, metavar="SECONDS", help="stop after this time")
+    render.add_argument("--threads", type=positive_integer, metavar="N", default=usable_cores(),
+                        help="render threads (default: %(default)s, all cores)")
+    render.add_argument("--setup", metavar="NAME", help="setup to render, when the scene has several")
+    render.add_argument("-q", "--quiet", action="store_true", help="no progress, only warnings and errors")
+
+    commands.add_parser("version", help="print the version")
+    commands.add_parser("examples", help="list the example scenes and their files")
+    return parser
+
+
+def positive_number(text: str) -> float:
+    value = float(text)
+    if not 0 < value < float("inf"):
+        raise argparse.ArgumentTypeError(f"{text} isn't a number above 0")
+    return value
+
+
+def positive_integer(text: str) -> int:
+    value = int(text)
+    if not 0 < value < 2**31:
+        raise argparse.ArgumentTypeError(f"{text} isn't a whole number above 0")
+    return value
+
+
+def usable_cores() -> int:
+    return len(os.sched_getaffinity(0))
+
+
+def find_scene(scene: str) -> str:
+    """File of a scene given by file name or by the name of an example. A file wins."""
+    if os.path.exists(scene) or scene not in examples:
+        return scene
+    return examples[scene]
+
+
+def render(options: argparse.Namespace) -> int:
+    scene = find_scene(options.scene)
+    if not os.path.isfile(scene):
+        known = ", ".join(examples)
+        print(f"sarvo: no scene file {scene} (examples: {known})", file=sys.stderr)
+        return EXIT_FAILED
+    output = options.output or os.path.splitext(os.path.basename(scene))[0] + ".png"
+    folder = os.path.dirname(output) or "."
+    if not os.path.isdir(folder):  # Better told now than after an hour of rendering.
+        print(f"sarvo: no folder {folder} to write {os.path.basename(output)} to", file=sys.stderr)
+        return EXIT_FAILED
+
+    spp = options.spp or (0 if options.time else 64)
+    job = RenderJob(output, spp=spp, seconds=options.time or 0, quiet=options.quiet)
+    job.set_parameter("num_threads", options.threads)
+    job.set_parameter("library_paths", SVLIB_PATH)
+    if options.setup:
+        job.set_parameter("setup", options.setup)
+    return job.run(scene)
+
+
+def main(arguments: list[str] | None = None) -> int:
+    options = build_parser().parse_args(arguments)
+    if options.command == "version":
+        print(nemra.version())
+        return 0
+    if options.command == "examples":
+        for name, file in examples.items():
+            print(f"{name}  {file}")
+        return 0
+    return render(options)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,98 @@
+"""One render from start to written picture, with progress on a terminal. The engine calls back from a thread of its own."""
+
+import sys
+import threading
+
+from . import nemra
+
+EXIT_WRITTEN = 0
+EXIT_FAILED = 1
+EXIT_INTERRUPTED = 130
+
+_LEVEL_NAMES = {int(nemra.Warning): "warning: ", int(nemra.Error): "error: ", int(nemra.Critcal): "error: "}
+
+
+class RenderJob:
+    """Renders one scene and writes the result to `output`. `spp` and `seconds` of 0 set no limit."""
+
+    def __init__(self, output: str, *, spp: float, seconds: float, quiet: bool) -> None:
+        self._output = output
+        self._spp = spp
+        self._seconds = seconds
+        self._progress = not quiet and sys.stderr.isatty()
+        self._quiet = quiet
+        self._finished = threading.Event()
+        self._written = False
+        self._summary = ""
+        self._renderer = nemra.Renderer()
+        self._renderer.onMessage(self._on_message)
+        self._renderer.onFinish(self._on_finish)
+        nemra.onMessage(self._on_global_message)
+
+    def set_parameter(self, name: str, value: str | int) -> None:
+        self._renderer.setParameter(name, value)
+
+    def run(self, scene: str) -> int:
+        """Renders and writes; returns an exit code."""
+        renderer = self._renderer
+        renderer.setHaltCondition(time=self._seconds, spp=self._spp, action=nemra.Renderer.halt_cond.stops)
+        renderer.addLocalNode()
+        if not renderer.start(scene):
+            self._say(f"sarvo: {scene} can't be rendered")
+            return EXIT_FAILED
+
+        interrupted = False
+        while True:
+            try:
+                if self._finished.wait(0.2):
+                    break
+                self._show_progress()
+            except KeyboardInterrupt:
+                if interrupted:
+                    self._say("sarvo: given up, nothing written")
+                    return EXIT_INTERRUPTED
+                interrupted = True
+                self._say("sarvo: stopping; what was computed will be written")
+                renderer.stop()
+        self._clear_progress()
+        if not self._written:
+            self._say(f"sarvo: can't write {self._output}")
+            return EXIT_FAILED
+        if not self._quiet:
+            print(self._summary)
+        return EXIT_INTERRUPTED if interrupted else EXIT_WRITTEN
+
+    def _on_finish(self, raw) -> None:
+        try:
+            self._written = raw.writeAuto(self._output)
+            self._summary = f"{self._output}: {raw.width()}x{raw.height()} pixels, {raw.SPP():g} samples per pixel, {raw.renderTime():.1f} s"
+        finally:
+            self._finished.set()
+
+    def _on_message(self, source: str, message: str, level) -> None:
+        self._log(f"{source}: {message}" if source else message, int(level))
+
+    def _on_global_message(self, message: str, level) -> None:
+        self._log(message, int(level))
+
+    def _log(self, message: str, level: int) -> None:
+        if level in _LEVEL_NAMES:
+            self._say("sarvo: " + _LEVEL_NAMES[level] + message)
+
+    def _say(self, line: str) -> None:
+        self._clear_progress()
+        print(line, file=sys.stderr)
+
+    def _show_progress(self) -> None:
+        if not self._progress:
+            return
+        statistic = self._renderer.getStatistic
+        kinds = nemra.Renderer.stat_type
+        spp, seconds, rate = statistic(kinds.spp), statistic(kinds.time), statistic(kinds.spscurrent)
+        done = max(spp / self._spp if self._spp else 0, seconds / self._seconds if self._seconds else 0)
+        text = f"\r{min(done, 1):4.0%}  {spp:.0f} spp  {seconds:.0f} s  {rate / 1e6:.2f} M samples/s\x1b[K"
+        print(text, end="", file=sys.stderr, flush=True)
+
+    def _clear_progress(self) -> None:
+        if self._progress:
+            print("\r\x1b[K", end="", file=sys.stderr, flush=True)

@@ -1,0 +1,91 @@
+#include "engine/common/log.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "engine/common/guarded.h"
+#include "engine/common/text.h"
+
+namespace nemra {
+namespace {
+
+struct Heard {
+    std::vector<std::string> lines;
+    bool throwing = false;
+    bool answering = false;
+};
+
+void listen(void* user, const char* message, LogLevel_t) {
+    auto& heard = *static_cast<Heard*>(user);
+    heard.lines.emplace_back(message);
+    if (heard.throwing) throw std::runtime_error("from the host");
+    if (heard.answering) log::warning("host", "answered");
+}
+
+TEST(Log, ReachesTheHostOrTheInnermostCapture) {
+    static Heard heard;
+    log::addHostSink(listen, &heard, "");
+    log::addHostSink(listen, &heard, "");  // replaces itself
+    log::error("scene.svxml", "broken");
+    EXPECT_EQ(heard.lines, std::vector<std::string>{"scene.svxml: broken"});
+
+    std::vector<std::string> outer;
+    std::vector<std::string> inner;
+    {
+        const log::Capture outside([&](const log::Message& m) { outer.push_back(m.text); });
+        {
+            const log::Capture inside([&](const log::Message& m) {
+                inner.push_back(m.text);
+                log::info("", "passed on");
+            });
+            log::warning("node", "first");
+        }
+        log::warning("node", "second");
+        log::deliverToHost({NEMRA_LOG_INFO, "", "direct"});
+    }
+    EXPECT_EQ(inner, std::vector<std::string>{"first"});
+    EXPECT_EQ(outer, (std::vector<std::string>{"passed on", "second"}));
+    EXPECT_EQ(heard.lines.back(), "direct");
+}
+
+TEST(Log, BearsHostsThatThrowOrAnswerWithMessages) {
+    static Heard heard;
+    log::addHostSink(listen, &heard, "");
+    heard.throwing = true;
+    for (int i = 0; i < 100; ++i) log::error("", "x");
+    EXPECT_EQ(heard.lines.size(), 64U) << "called no more after 64 faults";
+    heard.throwing = false;
+    heard.answering = true;
+    log::addHostSink(listen, &heard, "");  // given again: called again
+    heard.lines.clear();
+    log::error("", "x");
+    EXPECT_GT(heard.lines.size(), 1U);
+    EXPECT_LT(heard.lines.size(), 20U);
+    heard.answering = false;
+}
+
+TEST(Guarded, TurnsFaultsIntoTheAnswerAndAMessage) {
+    std::string text;
+    const log::Capture capture([&](const log::Message& m) { text = m.source + "|" + m.text; });
+    EXPECT_EQ(guarded<int>("someFunction", -1, []() -> int { throw std::runtime_error("no luck"); }), -1);
+    EXPECT_EQ(text, "someFunction|no luck");
+}
+
+TEST(Text, PermanentWordsBearBeingFreed) {
+    char* const first = permanentText("mesh");
+    freeCharArray(first);
+    EXPECT_EQ(permanentText("mesh"), first);
+    EXPECT_STREQ(first, "mesh");
+    EXPECT_STREQ(permanentText(""), "");
+    char* const copy = callersText("abc");
+    EXPECT_STREQ(copy, "abc");
+    freeCharArray(copy);
+    freeCharArray(nullptr);
+    for (int i = 0; i < 500; ++i) freeCharArray(permanentText("word " + std::to_string(i)));  // more than there is room for
+}
+
+}  // namespace
+}  // namespace nemra

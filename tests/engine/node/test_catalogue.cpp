@@ -1,0 +1,116 @@
+// A walk over all node classes: what a script meets at import, and what an untouched node is.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <functional>
+#include <set>
+
+#include "engine/node/catalogue/build.h"
+#include "engine/node/node.h"
+
+namespace nemra::node {
+namespace {
+
+void visitAll(const std::vector<ParameterSpec>& parameters, const std::function<void(const ParameterSpec&)>& visit) {
+    for (const ParameterSpec& spec : parameters) {
+        visit(spec);
+        for (const OptionSpec& option : spec.options) visitAll(option.parameters, visit);
+    }
+}
+
+class EveryClass : public testing::Test {
+protected:
+    void SetUp() override { registerClasses(); }
+};
+
+TEST_F(EveryClass, DescribesItsParameters) {
+    ASSERT_FALSE(allClasses().empty());
+    for (const NodeClass* const nodeClass : allClasses()) {
+        SCOPED_TRACE(nodeClass->family + '/' + nodeClass->type);
+        EXPECT_EQ(findClass(nodeClass->family, nodeClass->type), nodeClass);
+        visitAll(nodeClass->parameters, [](const ParameterSpec& spec) {
+            SCOPED_TRACE(spec.name);
+            std::string why;
+            Value value = spec.defaultValue;
+            EXPECT_TRUE(acceptValue(spec, value, why)) << why;
+            EXPECT_EQ(value, spec.defaultValue) << "the default is kept in another form than what is set";
+            for (const ParameterSpec& column : spec.columns) EXPECT_FALSE(column.doc.empty());
+            std::set<std::string> options;
+            for (const OptionSpec& option : spec.options) EXPECT_TRUE(options.insert(option.name).second) << option.name;
+            if (spec.type == NEMRA_PARAMETER_REAL || spec.type == NEMRA_PARAMETER_INTEGER) {
+                EXPECT_TRUE(std::isfinite(spec.minimum) && std::isfinite(spec.maximum)) << "a number without limits";
+            }
+        });
+    }
+}
+
+// Bindings make getX and setX from a name. Two settings that share one at the same time, or one that hides a method that every node
+// has, can't be reached.
+TEST_F(EveryClass, HasNamesThatABindingCanOffer) {
+    const std::set<std::string> taken{"setComments", "setChild", "getChild", "getChildList", "getListChild", "getPtr"};
+    for (const NodeClass* const nodeClass : allClasses()) {
+        SCOPED_TRACE(nodeClass->family + '/' + nodeClass->type);
+        std::set<std::string> slots;
+        for (const ChildSpec& child : nodeClass->children) EXPECT_TRUE(slots.insert(child.name).second);
+        visitAll(nodeClass->parameters, [&](const ParameterSpec& spec) {
+            std::string capital = spec.name;
+            capital[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(capital[0])));
+            EXPECT_FALSE(taken.contains("get" + capital) || taken.contains("set" + capital)) << spec.name;
+        });
+    }
+}
+
+TEST_F(EveryClass, MakesNodesWithDefaultChildren) {
+    for (const NodeClass* const nodeClass : allClasses()) {
+        SCOPED_TRACE(nodeClass->family + '/' + nodeClass->type);
+        Node node(*nodeClass, "n");
+        for (const Node::Setting& setting : node.activeParameters()) {
+            EXPECT_TRUE(setting.isDefault);
+            std::string why;
+            if (setting.spec->type == NEMRA_PARAMETER_INFO) continue;
+            EXPECT_TRUE(node.set(setting.spec->name, *setting.value, why)) << why;
+            EXPECT_TRUE(node.findParameter(setting.spec->name).isDefault);
+        }
+        for (const ChildSpec& child : nodeClass->children) {
+            EXPECT_TRUE(node.isDefaultChild(child.name));
+            EXPECT_EQ(node.child(child.name)->name(), child.name);
+            EXPECT_EQ(node.child(child.name)->type(), child.defaultType);
+            for (const auto& [name, value] : child.defaults) EXPECT_EQ(*node.child(child.name)->findParameter(name).value, value);
+            EXPECT_EQ(node.mutableChild(child.name)->family(), child.family);
+            EXPECT_TRUE(node.isDefaultChild(child.name)) << "asking for it isn't changing it";
+            EXPECT_EQ(node.child(child.name), node.mutableChild(child.name));
+        }
+    }
+}
+
+// Every option of every choice can be selected, brings exactly its parameters, and each of them can be set.
+TEST_F(EveryClass, SelectsEveryOption) {
+    for (const NodeClass* const nodeClass : allClasses()) {
+        for (const ParameterSpec& choice : nodeClass->parameters) {
+            for (const OptionSpec& option : choice.options) {
+                SCOPED_TRACE(nodeClass->family + '/' + nodeClass->type + ' ' + choice.name + '=' + option.name);
+                Node node(*nodeClass, "n");
+                std::string why;
+                ASSERT_TRUE(node.set(choice.name, Value{option.name}, why)) << why;
+                for (const OptionSpec& other : choice.options) {
+                    for (const ParameterSpec& nested : other.parameters) {
+                        const auto found = node.findParameterBelow(choice, nested.name);
+                        EXPECT_EQ(found.spec == &nested, &other == &option) << nested.name;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Catalogue, RefusesUnfinishedEntries) {
+    EXPECT_THROW(ParameterSpec(real("x", 1.0).doc("No unit")), std::logic_error);
+    EXPECT_THROW(ParameterSpec(real("x", 1.0).pure()), std::logic_error);
+    EXPECT_THROW(ParameterSpec(real("x", 2.0).pure().range(0.0, 1.0).doc("Default out of range")), std::logic_error);
+    EXPECT_THROW(ParameterSpec(choice("x").doc("No options")), std::logic_error);
+}
+
+}  // namespace
+}  // namespace nemra::node
