@@ -13,7 +13,7 @@ namespace {
 
 /// Words that freeCharArray leaves alone, one behind the other, each with its closing zero. freeCharArray knows them by address.
 constinit std::array<char, 1024> words{};
-constinit std::size_t wordsEnd = 0;
+constinit std::size_t wordsEnd = 1;  // the empty word comes first, so that it is there when memory isn't
 constinit std::mutex wordsMutex;
 
 bool isPermanent(const char* text) noexcept {

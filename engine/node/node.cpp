@@ -105,7 +105,6 @@ Node::Setting Node::findParameterBelow(const ParameterSpec& top, std::string_vie
     const auto selected = [this](const ParameterSpec& choice) -> std::string_view { return std::get<std::string>(valueOf(choice).data); };
     const Setting none{nullptr, nullptr, true, 0};
     if (!findActive(class_->parameters, selected, [&](const ParameterSpec& s) { return &s == &top; }).first) return none;
-    if (top.name == name) return setting(top);
     const OptionSpec* const option = top.type == NEMRA_PARAMETER_CHOICE ? findOption(top, selected(top)) : nullptr;
     if (!option) return none;
     const auto [spec, depth] = findActive(option->parameters, selected, [&](const ParameterSpec& s) { return s.name == name; });

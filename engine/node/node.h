@@ -76,8 +76,8 @@ public:
     std::vector<Setting> activeParameters() const;
     /// The active parameter of that raw name (the first in order if there are several), or one with a null spec.
     Setting findParameter(std::string_view name) const;
-    /// The active parameter of that raw name in the part of the tree that begins with `top`, which is `top` itself or what its
-    /// selected options bring; a null spec if there is none or `top` isn't active.
+    /// The active parameter of that raw name among those that the selected option of the choice `top` brings, at any depth; a null
+    /// spec if there is none or `top` isn't active.
     Setting findParameterBelow(const ParameterSpec& top, std::string_view name) const;
     /// How that parameter stands on this node, active or not. It must belong to the node's class.
     Setting setting(const ParameterSpec& spec) const noexcept;
