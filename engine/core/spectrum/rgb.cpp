@@ -2,8 +2,8 @@
 #include <cmath>
 
 #include "engine/core/data/tables.h"
-#include "engine/core/spectrum/color.h"
 #include "engine/core/spectrum/spectrum.h"
+#include "engine/node/color.h"
 
 namespace nemra::core {
 namespace {
@@ -11,9 +11,12 @@ namespace {
 /// Linear sRGB weights on the basis of Mallett and Yuksel (2019). The basis sums to 1, so white is a flat spectrum; beyond its ends
 /// (380 and 780 nm) the last value holds.
 SpectralCurve makeRgb(const node::Node& node, Translation& translation) {
-    Triple rgb{};
-    const node::Color color = node.color("color");
-    if (!toLinearSrgb(color, rgb)) translation.warn(node, "colour space \"" + color.space + "\" isn't known; it is read as sRGB");
+    const auto linear = node::convert(node.color("color"), "linear_srgb");
+    if (!linear) {
+        translation.warn(node, "its colour space isn't known; it counts as black");
+        return constantCurve(0.0);
+    }
+    const std::array<float, 3> rgb = linear->coords;
     std::vector<double> knots;
     for (int i = 0; i < data::kMallettCount; ++i) knots.push_back(data::kMallettFirst + data::kMallettStep * i);
     return {[rgb](double lambda) {
