@@ -8,6 +8,8 @@ class Probe:
         self._library = ctypes.CDLL("libnemraCommon.so")
         # The firing functions give the interpreter lock up, as an engine's threads need it.
         self._library.probeFireRaw.argtypes = [ctypes.c_char_p, ctypes.c_uint64, ctypes.c_bool]
+        for event in ("Log", "Raw", "State", "Statistics", "Message", "Busy"):
+            getattr(self._library, "probeFire" + event).restype = ctypes.c_char_p
 
     def answer(self, script=None, **functions):
         """Adds answers; keywords are for functions whatever their arguments."""
@@ -27,20 +29,28 @@ class Probe:
     def forget(self):
         self._library.probeForgetCalls()
 
+    def forget_answer(self, *calls):
+        for call in calls:
+            self._library.probeForgetAnswer(call.encode())
+
+    # The engine calls a callback, by default on a thread that Python has never seen. The result is the text of what left the
+    # callback, empty if nothing did.
+
     def log(self, message, level, foreign=True):
-        self._library.probeFireLog(None if message is None else message.encode(), level, foreign)
+        return self._library.probeFireLog(None if message is None else message.encode(), level, foreign).decode()
 
     def raw(self, setter, handle, foreign=True):
-        self._library.probeFireRaw(setter.encode(), handle, foreign)
+        return self._library.probeFireRaw(setter.encode(), handle, foreign).decode()
 
     def state(self, state, foreign=True):
-        self._library.probeFireState(state, foreign)
+        return self._library.probeFireState(state, foreign).decode()
 
     def statistics(self, foreign=True):
-        self._library.probeFireStatistics(foreign)
+        return self._library.probeFireStatistics(foreign).decode()
 
     def message(self, source, message, level, foreign=True):
-        self._library.probeFireMessage(source.encode(), message.encode(), level, foreign)
+        source, message = (None if text is None else text.encode() for text in (source, message))
+        return self._library.probeFireMessage(source, message, level, foreign).decode()
 
     def busy(self, busy, foreign=True):
-        self._library.probeFireBusy(busy, foreign)
+        return self._library.probeFireBusy(busy, foreign).decode()

@@ -39,6 +39,10 @@ def definition(result, name, parameters):
         )
     if name == "nemraRawGetImage8bitInfo":
         body = "*width = 3; *height = 2; *stride = 12; *alignment = 4; " + body
+    if field := re.search(r"\*\* (\w+),(?:.*,)? bool keepOriginal$", parameters):
+        call = body.removeprefix("return ")
+        answered = "" if result == "void" else "return answered;"
+        body = f"{'' if result == 'void' else 'auto answered = '}{call} probe::takeAway({field[1]}, keepOriginal); {answered}"
     return f"NEMRA_API {result} {name}({parameters}) {{ {body} }}"
 
 

@@ -2,7 +2,8 @@
 ///
 /// A call reads `function(argument, argument)`: texts as they are, handles and numbers in decimals, `&7` for the address of a handle
 /// field that holds 7, `[1 2 3]` for elements. Its answer is looked up by the whole call, then by the function alone. Without an
-/// answer it is 0, false, null or an empty text. An answer is text too: a number, `null`, or elements with blanks between.
+/// answer it is 0, false, null or an empty text. An answer is text too: a number, `null`, or elements with blanks between. The count
+/// that a function gives with its answer is that of the answer's elements, or the answer to `count function`.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +21,8 @@ namespace probe {
 
 /// Records the call and finds its answer.
 PROBE_API std::optional<std::string> record(const std::string& function, const std::string& call);
+/// An answer to a question of the probe's own, which isn't a call.
+PROBE_API std::optional<std::string> answerTo(const std::string& question);
 /// Keeps a callback and its user data for the firing functions, under the name of the function that installs it.
 PROBE_API void keepCallback(const std::string& function, void* callback, void* user);
 
@@ -158,9 +161,16 @@ R call(const char* function, Args... args) {
         return;
     } else {
         R answered = result<R>(answer, count);
+        if (const auto told = answerTo("count " + std::string(function))) count = std::atoll(told->c_str());
         (giveCount(args, count), ...);
         return answered;
     }
+}
+
+/// An object that the engine takes over leaves an empty field behind, unless the script says "keeps handles".
+template <class T>
+void takeAway(T** field, bool keepOriginal) {
+    if (!keepOriginal && !answerTo("keeps handles")) *field = nullptr;
 }
 
 /// A function that hands bytes of its answer to the caller's sink.

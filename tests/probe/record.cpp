@@ -1,4 +1,7 @@
 // The script and the record of calls, and how a test reaches them through ctypes.
+#include <cxxabi.h>
+
+#include <exception>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -22,20 +25,35 @@ auto& answers = *new std::map<std::string, std::string>;
 auto& calls = *new std::vector<std::string>;
 auto& callbacks = *new std::map<std::string, Callback>;
 
+/// With the user pointer that came with it, or, if the test wants so, without.
 Callback find(const char* setter) {
     const std::lock_guard guard(lock);
-    return callbacks[setter];
+    Callback callback = callbacks[setter];
+    if (answers.contains("no user pointer")) callback.user = nullptr;
+    return callback;
 }
 
-/// Calls on this thread or on one that Python has never seen. `done` keeps the caller's lock out of the way of a foreign thread:
-/// ctypes gives the interpreter lock up during the call.
+/// Calls on this thread or on one that Python has never seen, and tells what left the callback: an empty text if nothing did.
+/// ctypes gives the interpreter lock up during the call, so that a foreign thread can take it. Good until the next firing.
 template <class Body>
-void onThread(bool foreign, Body body) {
+const char* onThread(bool foreign, Body body) {
+    static auto& outcome = *new std::string;
+    outcome.clear();
+    const auto caught = [&] {
+        try {
+            body();
+        } catch (const abi::__forced_unwind&) {
+            throw;  // the interpreter is ending this thread
+        } catch (const std::exception& e) {
+            outcome = e.what();
+        }
+    };
     if (foreign) {
-        std::thread(body).join();
+        std::thread(caught).join();
     } else {
-        body();
+        caught();
     }
+    return outcome.c_str();
 }
 
 }  // namespace
@@ -49,6 +67,12 @@ std::optional<std::string> record(const std::string& function, const std::string
         if (const auto found = answers.find(key); found != answers.end()) return found->second;
     }
     return std::nullopt;
+}
+
+std::optional<std::string> answerTo(const std::string& question) {
+    const std::lock_guard guard(lock);
+    const auto found = answers.find(question);
+    return found == answers.end() ? std::nullopt : std::optional(found->second);
 }
 
 void keepCallback(const std::string& function, void* callback, void* user) {
@@ -84,49 +108,59 @@ PROBE_API int probeCall(int index, char* buffer, int capacity) {
     return static_cast<int>(call.size());
 }
 
+/// Forgets one answer, or all of them for an empty text.
+PROBE_API void probeForgetAnswer(const char* call) {
+    const std::lock_guard guard(lock);
+    if (*call) {
+        answers.erase(call);
+    } else {
+        answers.clear();
+    }
+}
+
 PROBE_API void probeForgetCalls() {
     const std::lock_guard guard(lock);
     calls.clear();
 }
 
-PROBE_API void probeFireLog(const char* message, int level, bool foreign) {
+PROBE_API const char* probeFireLog(const char* message, int level, bool foreign) {
     const Callback sink = find("addNemraLogMessageCallbackSink");
-    onThread(foreign, [&] {
+    return onThread(foreign, [&] {
         reinterpret_cast<nemra_log_callback>(sink.function)(sink.user, message, static_cast<LogLevel_t>(level));
     });
 }
 
-PROBE_API void probeFireRaw(const char* setter, std::uint64_t raw, bool foreign) {
+PROBE_API const char* probeFireRaw(const char* setter, std::uint64_t raw, bool foreign) {
     const Callback callback = find(setter);
-    onThread(foreign, [&] {
+    return onThread(foreign, [&] {
         reinterpret_cast<nemra_renderer_raw_callback>(callback.function)(callback.user, reinterpret_cast<nemra_raw_t*>(raw));
     });
 }
 
-PROBE_API void probeFireState(int state, bool foreign) {
+PROBE_API const char* probeFireState(int state, bool foreign) {
     const Callback callback = find("nemraRendererSetStateChangedCallback");
-    onThread(foreign, [&] {
+    return onThread(foreign, [&] {
         reinterpret_cast<nemra_renderer_state_callback>(callback.function)(callback.user,
                                                                            static_cast<NemraRendererState_t>(state));
     });
 }
 
-PROBE_API void probeFireStatistics(bool foreign) {
+PROBE_API const char* probeFireStatistics(bool foreign) {
     const Callback callback = find("nemraRendererSetStatisticsCallback");
-    onThread(foreign, [&] { reinterpret_cast<nemra_renderer_statistics_callback>(callback.function)(callback.user); });
+    return onThread(foreign, [&] { reinterpret_cast<nemra_renderer_statistics_callback>(callback.function)(callback.user); });
 }
 
-PROBE_API void probeFireMessage(const char* source, const char* message, int level, bool foreign) {
+PROBE_API const char* probeFireMessage(const char* source, const char* message, int level, bool foreign) {
     const Callback callback = find("nemraRendererSetMessageCallback");
-    onThread(foreign, [&] {
+    return onThread(foreign, [&] {
         reinterpret_cast<nemra_renderer_message_callback>(callback.function)(callback.user, source, message,
                                                                              static_cast<LogLevel_t>(level));
     });
 }
 
-PROBE_API void probeFireBusy(bool busy, bool foreign) {
+PROBE_API const char* probeFireBusy(bool busy, bool foreign) {
     const Callback callback = find("nemraServerSetBusyChangedCallback");
-    onThread(foreign, [&] { reinterpret_cast<nemra_server_busy_callback>(callback.function)(callback.user, busy); });
+    return onThread(foreign, [&] { reinterpret_cast<nemra_server_busy_callback>(callback.function)(callback.user, busy); });
 }
 
 }  // extern "C"

@@ -1,0 +1,13 @@
+#include "scene/cone.h"
+
+namespace NemraNode {
+
+void bindCone(py::module_& geometries) {
+    py::class_<Cone, Geometry, std::shared_ptr<Cone>>(geometries, "Cone")
+        .def(py::init<const std::string&, float, bool>())
+        .def(py::init([](const std::string& name, float rtop) { return std::make_shared<Cone>(name, rtop, false); }))
+        .def("setRtop", &Cone::setRtop)
+        .def("getRtop", &Cone::getRtop);
+}
+
+}  // namespace NemraNode
