@@ -1,0 +1,16 @@
+/// Published tables that the engine carries. Origin and licence stand at the head of each table's file.
+#pragma once
+
+namespace nemra::core::data {
+
+inline constexpr int kObserverFirst = 360;  ///< nm
+inline constexpr int kObserverCount = 471;  ///< one row per nm up to 830
+extern const double kCie1931[kObserverCount][3];
+extern const double kCie1964[kObserverCount][3];
+
+inline constexpr int kMallettFirst = 380;  ///< nm
+inline constexpr int kMallettStep = 5;     ///< nm
+inline constexpr int kMallettCount = 81;
+extern const double kMallett2019[kMallettCount][3];
+
+}  // namespace nemra::core::data

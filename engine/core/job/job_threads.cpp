@@ -1,0 +1,111 @@
+#include "engine/core/job/job_threads.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "engine/core/job/render_job.h"
+
+namespace nemra::core {
+
+namespace {
+
+/// For the whole process and never destroyed: threads may still run while it ends.
+struct Running {
+    std::mutex mutex;
+    std::condition_variable ended;
+    std::vector<std::weak_ptr<RenderJob>> jobs;
+    int threads = 0;
+    bool closed = false;
+};
+
+Running& running() {
+    static Running* const instance = [] {
+        auto* const made = new Running;
+        // A child of a fork has none of its parent's threads, and must not find the lock held by one of them.
+        pthread_atfork([] { running().mutex.lock(); }, [] { running().mutex.unlock(); },
+                       [] {
+                           Running& all = running();
+                           all.jobs.clear();
+                           all.threads = 0;
+                           all.mutex.unlock();
+                       });
+        // Runs before the static destructors of what render threads use: those were registered earlier.
+        std::atexit([] { stopAllJobs(1000); });
+        return made;
+    }();
+    return *instance;
+}
+
+class BlockedSignals {
+public:
+    BlockedSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGPROF}) sigdelset(&all, fault);
+        pthread_sigmask(SIG_BLOCK, &all, &before_);
+    }
+    ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    BlockedSignals(const BlockedSignals&) = delete;
+    BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
+void countOut() {
+    Running& all = running();
+    const std::lock_guard lock(all.mutex);
+    --all.threads;
+    all.ended.notify_all();
+}
+
+}  // namespace
+
+int startJobThreads(const std::shared_ptr<RenderJob>& job, const char* name, int count, const std::function<void()>& body) {
+    Running& all = running();
+    const BlockedSignals blocked;
+    const std::lock_guard lock(all.mutex);
+    if (all.closed) return 0;
+    std::erase_if(all.jobs, [](const std::weak_ptr<RenderJob>& known) { return known.expired(); });
+    all.jobs.push_back(job);
+    for (int started = 0; started < count; ++started) {
+        try {
+            std::thread([name, body = std::function<void()>(body)]() mutable {
+                pthread_setname_np(pthread_self(), name);
+                std::function<void()>(std::exchange(body, nullptr))();
+                countOut();  // last: by now nothing that the job kept alive is left to this thread
+            }).detach();
+        } catch (const std::system_error&) {
+            return started;
+        }
+        ++all.threads;
+    }
+    return count;
+}
+
+bool stopAllJobs(int timeoutMs) {
+    Running& all = running();
+    std::vector<std::weak_ptr<RenderJob>> jobs;
+    {
+        const std::lock_guard lock(all.mutex);
+        all.closed = true;
+        jobs.swap(all.jobs);
+    }
+    for (const auto& known : jobs) {
+        if (const auto job = known.lock()) job->cancel();
+    }
+    std::unique_lock lock(all.mutex);
+    return all.ended.wait_for(lock, std::chrono::milliseconds(std::max(0, timeoutMs)), [&] { return all.threads == 0; });
+}
+
+}  // namespace nemra::core

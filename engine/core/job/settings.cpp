@@ -1,0 +1,74 @@
+#include "engine/core/job/settings.h"
+
+#include <sched.h>
+
+#include <algorithm>
+#include <charconv>
+#include <thread>
+
+namespace nemra::core {
+
+namespace {
+
+constexpr int kMostThreads = 1024;
+
+std::vector<std::string> split(std::string_view list) {
+    std::vector<std::string> parts;
+    while (!list.empty()) {
+        const auto end = std::min(list.find(';'), list.size());
+        if (end > 0) parts.emplace_back(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    return parts;
+}
+
+bool toFlag(std::string_view value, bool& flag) {
+    if (value == "true" || value == "1") {
+        flag = true;
+    } else if (value == "false" || value == "0" || value.empty()) {
+        flag = false;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool Settings::set(std::string_view name, std::string_view value, std::string& why) {
+    const auto wrong = [&](std::string_view wanted) {
+        why = "the parameter \"" + std::string(name) + "\" takes " + std::string(wanted) + ", not \"" + std::string(value) + "\"";
+        return false;
+    };
+    if (name == "library_paths") {
+        libraryPaths = split(value);
+    } else if (name == "setup") {
+        setup = value;
+    } else if (name == "output_file_name") {
+        outputFile = value;
+    } else if (name == "output_raw") {
+        return toFlag(value, outputRaw) || wrong("\"true\" or \"false\"");
+    } else if (name == "num_threads") {
+        int count = 0;
+        const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), count);
+        if (fault != std::errc() || end != value.data() + value.size()) return wrong("a whole number");
+        threads = std::min(count, kMostThreads);
+    } else if (name == "remote_host") {
+        remoteHost = value;
+    } else if (name == "local_remote_server") {
+        return toFlag(value, localRemoteServer) || wrong("\"true\" or \"false\"");
+    } else {
+        why = "unknown parameter \"" + std::string(name) + "\"";
+        return false;
+    }
+    return true;
+}
+
+int availableCores() {
+    cpu_set_t cores;
+    CPU_ZERO(&cores);
+    if (sched_getaffinity(0, sizeof(cores), &cores) == 0) return std::max(1, CPU_COUNT(&cores));
+    return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+}  // namespace nemra::core

@@ -1,0 +1,27 @@
+/// Parameters of a renderer by their names.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nemra::core {
+
+/// The values that a render node takes along when it is added.
+struct Settings {
+    std::vector<std::string> libraryPaths;  ///< "library_paths": folders of .svlib files, or such files
+    std::string setup;                      ///< "setup": name of the setup to render, "" for the scene's own choice
+    std::string outputFile;                 ///< "output_file_name": where the last result goes, "" for nowhere
+    bool outputRaw = false;                 ///< "output_raw"
+    int threads = 0;                        ///< "num_threads": zero or below for all cores
+    std::string remoteHost;                 ///< "remote_host"
+    bool localRemoteServer = false;         ///< "local_remote_server"
+
+    /// False, and nothing changes, for an unknown name or a value that doesn't fit; `why` says the reason.
+    bool set(std::string_view name, std::string_view value, std::string& why);
+};
+
+/// Cores that this process may use, at least 1.
+int availableCores();
+
+}  // namespace nemra::core

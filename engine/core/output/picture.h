@@ -1,0 +1,55 @@
+/// From a sensor's channels to display values: what an output node of type rgbimage asks for.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/core/output/color_space.h"
+#include "engine/core/result/raw.h"
+#include "engine/node/node.h"
+
+namespace nemra::core {
+
+/// Tristimulus values, rows from the top, three per pixel. Y is a luminance in cd/m2 until a gain makes it relative to the
+/// display's white; for an energy sensor it stands for the radiance.
+struct XyzImage {
+    int width = 0;
+    int height = 0;
+    std::vector<float> values;
+};
+
+/// What the filters of an output work on, one after the other.
+struct Picture {
+    const Film& film;
+    const LightView& view;
+    XyzImage image;
+    bool fast;  ///< draft: a filter may trade quality for time
+};
+
+/// A class of the family "filter"; found by type, null for one that isn't known.
+using Filter = void (*)(const node::Node& node, Picture& picture);
+Filter findFilter(std::string_view type);
+
+/// The sensor's channels as tristimulus values by the observer of that option name ("cie1931_2deg", "cie1964_10deg"). What a
+/// ciexyz sensor measured goes through as it is; band values are weighed by the observer's mean over each band and 683 lm/W;
+/// energy alone makes a grey of the D65 chromaticity.
+XyzImage toXyz(const Film& film, const LightView& view, std::string_view observer);
+
+/// Code values of a display, rows from the top and without gaps, R, G, B per pixel, 8 bits each.
+struct DisplayImage {
+    int width = 0;
+    int height = 0;
+    std::string colorSpace;
+    double gamma = 0.0;  ///< exponent of the display curve; 0: the colour space's own curve
+    std::vector<unsigned char> bytes;
+};
+
+/// Runs the output's filters (spectoxyz and averageautogain if it lists none) and encodes the result in its colour space.
+/// Filters that aren't known are left out with a warning.
+DisplayImage makeDisplayImage(const Raw& raw, bool fast);
+
+/// Name of the output's colour space, "srgb" where the node has none.
+std::string colorSpaceOf(const node::Node* output);
+
+}  // namespace nemra::core

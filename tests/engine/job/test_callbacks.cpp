@@ -1,0 +1,180 @@
+// What hosts do in callbacks, and to renderers while callbacks are under way.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+
+#include "engine/common/slot_table.h"
+#include "module/flat/nemra_renderer.h"
+#include "tests/engine/job/recorder.h"
+
+namespace nemra::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::shared_ptr<FakeScene> slowScene() {
+    auto scene = std::make_shared<FakeScene>();
+    scene->perSample = 20us;
+    return scene;
+}
+
+TEST(Callbacks, OneThatThrowsIsReportedAndTheOthersStillCome) {
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(1, {0.0, 2.0, NEMRA_HALT_STOPS});
+    recorder.attach(*renderer);
+    renderer->callbacks().setState(nullptr, [](void*, NemraRendererState_t) { throw std::runtime_error("boom"); });
+    ASSERT_TRUE(renderer->start(loaderOf(std::make_shared<FakeScene>())));
+    ASSERT_TRUE(recorder.waitForFinish());
+    ASSERT_TRUE(recorder.waitFor([](const Recorder& r) { return r.messages.size() == 3; }));
+    EXPECT_EQ(recorder.messages[0], "renderer: the state callback raised: boom");
+}
+
+TEST(Callbacks, OneThatAlwaysThrowsIsCalledNoMoreAfterAWhile) {
+    static std::atomic<int> calls{0};
+    calls = 0;
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(1);
+    recorder.attach(*renderer);
+    renderer->callbacks().setState(nullptr, [](void*, NemraRendererState_t) {
+        ++calls;
+        throw 7;  // no std::exception either
+    });
+    ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
+    for (int i = 0; i < 50; ++i) {
+        renderer->setPaused(true);
+        renderer->setPaused(false);
+    }
+    renderer->stop();
+    ASSERT_TRUE(recorder.waitForFinish());
+    EXPECT_EQ(calls, 64);
+    EXPECT_NE(recorder.messages.back().find("called no more"), std::string::npos);
+}
+
+TEST(Callbacks, AMessageCallbackThatThrowsDoesNotHearOfItself) {
+    static std::atomic<int> calls{0};
+    calls = 0;
+    Recorder& recorder = makeRecorder();
+    core::Renderer renderer;
+    recorder.attach(renderer);
+    renderer.callbacks().setMessage(nullptr, [](void*, const char*, const char*, LogLevel_t) {
+        ++calls;
+        throw std::runtime_error("boom");
+    });
+    renderer.start(loaderOf(slowScene()));  // refused with a message: there is no node
+    std::this_thread::sleep_for(60ms);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(Callbacks, AllOfARendererCanBeUsedFromInsideOne) {
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(2, {0.0, 2.0, NEMRA_HALT_STOPS});
+    recorder.attach(*renderer);
+    std::atomic<int> restarts{0};
+    recorder.onFinish = [&](nemra_raw_t*) {
+        renderer->stop();
+        renderer->setParameter("num_threads", "1");
+        renderer->updateRaw();
+        if (restarts < 3 && renderer->start(loaderOf(std::make_shared<FakeScene>()))) ++restarts;
+    };
+    ASSERT_TRUE(renderer->start(loaderOf(std::make_shared<FakeScene>())));
+    ASSERT_TRUE(recorder.waitForFinish(4));
+    EXPECT_EQ(restarts, 3) << "a renderer whose finish is told can start again";
+    renderer->release();
+    std::this_thread::sleep_for(20ms);
+}
+
+TEST(Callbacks, AfterReleaseNoneStartsAndReleaseDoesNotWait) {
+    struct Host {
+        std::atomic<bool> released{false};
+        std::atomic<int> late{0};
+        std::atomic<int> inside{0};
+    };
+    for (int repeat = 0; repeat < 30; ++repeat) {
+        // The host object outlives the test, as the memory of a host that is being destroyed does for a callback under way.
+        auto* const host = new Host;
+        nemra_renderer_t* handle = nemraRendererCreate();
+        auto renderer = nemra::find<core::Renderer>(handle);
+        renderer->addLocalNode();
+        renderer->callbacks().setState(host, [](void* user, NemraRendererState_t) {
+            auto& h = *static_cast<Host*>(user);
+            if (h.released) ++h.late;
+            ++h.inside;
+            std::this_thread::sleep_for(30ms);
+        });
+        renderer->callbacks().setStatistics(host, [](void* user) {
+            if (static_cast<Host*>(user)->released) ++static_cast<Host*>(user)->late;
+        });
+        ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
+        if (repeat % 3 != 0) std::this_thread::sleep_for(std::chrono::milliseconds(repeat));
+        renderer.reset();
+        const auto before = std::chrono::steady_clock::now();
+        nemraRendererRelease(&handle);
+        const auto took = std::chrono::steady_clock::now() - before;
+        host->released = true;
+        EXPECT_EQ(handle, nullptr);
+        EXPECT_LT(took, 20ms) << "a release must not wait for a callback";
+        std::this_thread::sleep_for(40ms);
+        EXPECT_EQ(host->late, 0);
+        if (repeat == 0) {
+            EXPECT_EQ(host->inside, 0) << "a callback must not begin while the host has just started the render";
+        }
+    }
+}
+
+TEST(Callbacks, ReleaseFromInsideACallback) {
+    static nemra_renderer_t* handle;
+    static std::atomic<int> calls;
+    for (int repeat = 0; repeat < 10; ++repeat) {
+        calls = 0;
+        handle = nemraRendererCreate();
+        auto renderer = nemra::find<core::Renderer>(handle);
+        renderer->addLocalNode();
+        nemraRendererSetStateChangedCallback(handle, nullptr, [](void*, NemraRendererState_t) {
+            ++calls;
+            nemraRendererRelease(&handle);
+        });
+        ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
+        renderer.reset();
+        std::this_thread::sleep_for(30ms);
+        EXPECT_EQ(calls, 1);
+        EXPECT_EQ(handle, nullptr);
+    }
+}
+
+TEST(Callbacks, ABlockedHostLosesNoStateAndHoldsUpNoRender) {
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(1, {0.0, 3.0, NEMRA_HALT_STOPS});
+    recorder.attach(*renderer);
+    {
+        const std::lock_guard hostIsBusy(recorder.mutex);
+        ASSERT_TRUE(renderer->start(loaderOf(std::make_shared<FakeScene>())));
+        std::this_thread::sleep_for(100ms);
+        EXPECT_EQ(renderer->statistic(NEMRA_STAT_SPP), 3.0) << "rendering goes on while the host has no time";
+        EXPECT_TRUE(recorder.states.empty());
+    }
+    ASSERT_TRUE(recorder.waitForFinish());
+    EXPECT_EQ(recorder.states, (std::vector<int>{NEMRA_RENDERER_RUNNING, NEMRA_RENDERER_STOPPING, NEMRA_RENDERER_IDLE}));
+}
+
+TEST(Callbacks, StaleAndForeignHandlesAreAnswered) {
+    nemra_renderer_t* renderer = nemraRendererCreate();
+    nemra_renderer_t* const stale = renderer;
+    nemraRendererRelease(&renderer);
+    nemraRendererRelease(&renderer);
+    nemraRendererRelease(nullptr);
+    for (nemra_renderer_t* const handle : {static_cast<nemra_renderer_t*>(nullptr), stale, reinterpret_cast<nemra_renderer_t*>(12345)}) {
+        EXPECT_FALSE(nemraRendererStart(handle, "nowhere.svxml"));
+        EXPECT_FALSE(nemraRendererStartData(handle, "x", 1));
+        EXPECT_FALSE(nemraRendererTogglePause(handle, true));
+        EXPECT_EQ(nemraRendererGetStatistic(handle, NEMRA_STAT_SPP), 0.0);
+        nemraRendererStop(handle);
+        nemraRendererUpdateRaw(handle);
+        nemraRendererSetParameter(handle, nullptr, nullptr);
+        nemraRendererSetHaltCondition(handle, 1, 1, NEMRA_HALT_STOPS);
+    }
+}
+
+}  // namespace
+}  // namespace nemra::test
