@@ -118,7 +118,7 @@ class TestMeshToArrays:
         rows = getattr(mesh, method)()
         assert rows.dtype == dtype and rows.flags.c_contiguous and rows.flags.writeable
         assert rows.tolist() == numpy.arange(7 // width * width).reshape(-1, width).tolist()
-        probe.answer({function: "null"})
+        probe.answer({function: "<null>"})
         assert getattr(mesh, method)().shape == (0, width)
         probe.forget_answer(function, function + "Size")
 

@@ -47,7 +47,7 @@ class TestOwnership:
         assert nemra.Raw.__bases__ == (nemra.CRawHandler,)
 
     def test_failed_read_gives_a_raw_that_passes_null_on(self, probe, nemra):
-        probe.answer(nemraRawReadSvraw="null", nemraRawFromImageNode="null")
+        probe.answer(nemraRawReadSvraw="<null>", nemraRawFromImageNode="<null>")
         missing = nemra.Raw.readSvraw("missing.svraw")
         assert missing.width() == 0
         assert nemra.Raw.fromImageNode(None, 0).height() == 0
@@ -100,12 +100,12 @@ class TestMetadata:
         ],
     )
     def test_null_text_raises(self, probe, raw, function, method, arguments):
-        probe.answer({function: "null"})
+        probe.answer({function: "<null>"})
         with pytest.raises(RuntimeError, match=NULL_TEXT):
             getattr(raw, method)(*arguments)
 
     def test_null_response_is_none(self, probe, raw):
-        probe.answer(nemraRawChannelResponse="null")
+        probe.answer(nemraRawChannelResponse="<null>")
         assert raw.channelResponse(5) is None
         probe.answer(nemraRawChannelResponse="spectral")
         assert raw.channelResponse(5) == "spectral"
@@ -248,7 +248,7 @@ class TestOutput:
         assert raw.writeResultBytes("png") == b"a"
         probe.forget_answer("count nemraRawWriteResultBytes")
         probe.forget()
-        probe.answer(nemraRawWriteResultBytes="null")
+        probe.answer(nemraRawWriteResultBytes="<null>")
         with pytest.raises(RuntimeError, match=NULL_TEXT):
             raw.writeResultBytes("png")
         assert probe.calls("freeCharArray") == []

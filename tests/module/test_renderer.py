@@ -128,7 +128,7 @@ class TestOwnership:
         assert probe.calls("nemraRendererStop") == []
 
     def test_null_handle_is_not_released(self, probe, nemra):
-        probe.answer(nemraRendererCreate="null", nemraServerCreate="null")
+        probe.answer(nemraRendererCreate="<null>", nemraServerCreate="<null>")
         made = [nemra.Renderer(), nemra.Server()]
         made[0].stop()
         del made

@@ -127,7 +127,7 @@ class TestContents:
             "nemraScene_setName(90, n)", "nemraScene_addSearchPath(90, p)", "nemraScene_setActiveSetupName(90, u)",
             "nemraScene_addImport(90, file, true, 3, prefix)",
         ]  # fmt: skip
-        probe.answer(nemraScene_name="null", nemraScene_getActiveSetupName="null")
+        probe.answer(nemraScene_name="<null>", nemraScene_getActiveSetupName="<null>")
         for read in (scene.name, scene.getActiveSetup):
             with pytest.raises(RuntimeError, match="basic_string: construction from null is not valid"):
                 read()
@@ -280,7 +280,7 @@ class TestWriting:
         assert stream.getvalue() == "a" and scene.print() == "a\0b"
 
     def test_null_raises(self, probe, scene):
-        probe.answer({"nemraScene_writeToChar(90, 0)": "null"})
+        probe.answer({"nemraScene_writeToChar(90, 0)": "<null>"})
         for write in (scene.print, lambda: scene.write(io.StringIO())):
             with pytest.raises(RuntimeError, match="basic_string: construction from null is not valid"):
                 write()
