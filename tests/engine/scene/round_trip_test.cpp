@@ -263,7 +263,7 @@ TEST_F(RoundTrip, LocaleDoesNotMatter) {
 }
 
 TEST_F(RoundTrip, CornellBoxAsMeasured) {
-    const auto file = std::filesystem::path(__FILE__).parent_path() / "../../../sarvo/examples/cornellbox.svxml";
+    const auto file = std::filesystem::path(NEMRA_SOURCE_DIR) / "sarvo/examples/cornellbox.svxml";
     Messages messages;
     Scene scene;
     ASSERT_TRUE(readSceneFile(file.string(), scene)) << messages.text();
