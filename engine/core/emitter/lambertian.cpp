@@ -15,7 +15,7 @@ struct Level {
     bool perHemisphere;   ///< times pi: what leaves a side
 };
 constexpr Level kLevels[] = {
-    {"radiance", false, false, false}, {"luminance", true, false, false},     {"exitance", false, false, true},
+    {"total_radiance", false, false, false}, {"luminance", true, false, false}, {"exitance", false, false, true},
     {"luminous_exitance", true, false, true}, {"power", false, true, true}, {"luminous_flux", true, true, true},
 };
 

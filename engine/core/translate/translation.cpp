@@ -7,7 +7,7 @@ namespace nemra::core {
 NodePointer Translation::resolve(NodePointer node) {
     const NodePointer start = node;
     for (int step = 0; node && node->type() == "linked"; ++step) {
-        const std::string& name = node->text("name");
+        const std::string& name = node->text("node");
         if (step == kMaxLinks) {
             warn(*start, "its links go round in a circle (last: \"" + name + "\"); it is left out");
             return nullptr;

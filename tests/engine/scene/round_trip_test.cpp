@@ -152,7 +152,7 @@ TEST_F(RoundTrip, AwkwardTexts) {
         scene.searchPaths = {text};
         auto node = std::make_shared<Node>(*findClass("spectrum", "linked"), text);
         std::string why;
-        ASSERT_TRUE(node->set("name", {text}, why)) << why;
+        ASSERT_TRUE(node->set("node", {text}, why)) << why;
         node->setComments(text);
         scene.nodes = {node};
         auto sphere = std::make_shared<Geometry>();
@@ -167,7 +167,7 @@ TEST_F(RoundTrip, AwkwardTexts) {
         EXPECT_EQ(read.searchPaths, scene.searchPaths);
         ASSERT_EQ(read.nodes.size() + read.geometries.size() + read.instances.size(), 3U);
         EXPECT_EQ(read.nodes[0]->name(), text);
-        EXPECT_EQ(read.nodes[0]->text("name"), text);
+        EXPECT_EQ(read.nodes[0]->text("node"), text);
         EXPECT_EQ(read.nodes[0]->comments(), text);
         EXPECT_EQ(read.geometries[0]->name, text);
         EXPECT_EQ(read.instances[0]->layers, instance->layers);
@@ -263,7 +263,7 @@ TEST_F(RoundTrip, LocaleDoesNotMatter) {
 }
 
 TEST_F(RoundTrip, CornellBoxAsMeasured) {
-    const auto file = std::filesystem::path(__FILE__).parent_path() / "../../../sarvo/examples/cornellbox.svxml";
+    const auto file = std::filesystem::path(NEMRA_SOURCE_DIR) / "sarvo/examples/cornellbox.svxml";
     Messages messages;
     Scene scene;
     ASSERT_TRUE(readSceneFile(file.string(), scene)) << messages.text();
