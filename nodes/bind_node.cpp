@@ -1,4 +1,5 @@
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "nodes/node.h"
 
 namespace NemraNode {
@@ -8,7 +9,7 @@ using NodeHandler = Nemra::CHandler<nemra_onode_t>;
 
 void bindNode(py::module_& module, std::string) {
     py::class_<NodeHandler, std::shared_ptr<NodeHandler>>(module, "CNodeHandler");
-    py::class_<Node, NodeHandler, std::shared_ptr<Node>> node(
+    Nemra::BoundClass<Node, NodeHandler, std::shared_ptr<Node>> node(
         module, "Node", "\n        A scene node.\n\n        This is the parent class of nodes.\n    \n    ");
     node.def(py::init<const std::string&, const std::string&, const std::string&>(), py::arg("className"), py::arg("typeName"),
              py::arg("name"));
@@ -39,8 +40,7 @@ void bindNode(py::module_& module, std::string) {
     node.def("isListType", &Node::isListType, "Is this node has a variable list of childs");
     node.def("listClass", &Node::listClass, "Retrieve the className of the variable list of childs");
     node.def("getChildList", &Node::getChildList, "Retrieve the list of varying childs");
-    node.def("getListChild", &Node::getListChild, py::arg("name"),
-             "Retrieve a child named \"name\" in the varying child list");
+    node.def("getListChild", &Node::getListChild, py::arg("name"), "Retrieve a child named \"name\" in the varying child list");
     node.def("clone", &Node::clone, "Return a clone of this node. Childrens are shared with the original");
     node.def("copy", &Node::copy, "Return a copy of this node. All its nodes are also copied");
     node.def("setChild", &Node::setChild, py::arg("child"),
