@@ -25,10 +25,12 @@ struct HotView {
     const LightView* view;
     std::uint64_t epoch;
 };
-constinit thread_local HotView hot{nullptr, nullptr, 0};
+/// Read once per pixel and channel, so without a call to find this thread's copy: three words fit what the loader keeps for
+/// libraries that come late.
+[[gnu::tls_model("initial-exec")]] constinit thread_local HotView hot{nullptr, nullptr, 0};
 thread_local std::shared_ptr<const LightView> hotOwner;  ///< apart, so that reading `hot` needs no check of its construction
 
-double lightQuantity(nemra_raw_t* handle, int channel, int x, int y, int quantity) {
+[[gnu::noinline, gnu::cold]] double lightQuantity(nemra_raw_t* handle, int channel, int x, int y, int quantity) {
     return guarded("nemraRawGetLightQuantity", 0.0, [&] {
         const std::uint64_t epoch = core::rawEpoch().load(std::memory_order_acquire);
         const auto raw = find<Raw>(handle);
