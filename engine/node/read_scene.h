@@ -11,10 +11,12 @@
 namespace nemra::node {
 
 /// Reads a scene into `scene`, which is left as it was on failure. `origin` names the source in messages: a file name, or
-/// "buffer". What is unknown (elements, classes, parameters) is skipped with a warning that says line and column; what is broken
-/// (no scene, damaged mesh, numbers that aren't) gives one error message with file, line and node, and false.
+/// "buffer". On success the scene is what was read and nothing else. Unknown elements and attributes are skipped with a warning
+/// that says line and column, so that later versions can add some; so are parameters without effect under the choices made.
+/// What would change the light without anybody noticing (unknown classes and parameters) and what is broken (no scene, damaged
+/// mesh, numbers that aren't) gives one error message with file, line, column and node, and false.
 NEMRA_API bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene);
-/// The same from a file. A missing or unreadable file gives one error message and false.
+/// The same from a file; a relative path is taken from the working directory of the process. A missing or unreadable file gives one error message and false.
 NEMRA_API bool readSceneFile(const std::string& path, Scene& scene);
 
 }  // namespace nemra::node

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/node/geometry.h"
@@ -15,7 +16,8 @@ struct Import {
     std::string prefix;
 };
 
-struct Scene {
+/// A geometry is rendered where instances place it, once for each; a geometry that no instance names isn't rendered.
+struct NEMRA_API Scene {
     std::string name;
     std::string activeSetup;               ///< name of a node of family setup; "" takes the only one
     std::vector<std::string> searchPaths;
@@ -26,6 +28,8 @@ struct Scene {
 
     /// First node of that family and name, or null.
     std::shared_ptr<Node> findNode(std::string_view family, std::string_view nodeName) const;
+    /// First geometry of that name, or null.
+    std::shared_ptr<Geometry> findGeometry(std::string_view geometryName) const;
 };
 
 }  // namespace nemra::node

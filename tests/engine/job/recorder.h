@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -41,9 +42,6 @@ public:
             static_cast<Recorder*>(user)->note([&](Recorder& r) { r.messages.push_back(std::string(source) + ": " + text); });
         });
     }
-    ~Recorder() {
-        for (nemra_raw_t* raw : finished) nemraRawRelease(&raw);
-    }
 
     bool waitFor(const std::function<bool(const Recorder&)>& condition, int timeoutMs = 5000) {
         std::unique_lock lock(mutex);
@@ -71,6 +69,12 @@ private:
         changed.notify_all();
     }
 };
+
+/// Lives on: a callback that is under way when its renderer goes ends in its own time.
+inline Recorder& makeRecorder() {
+    static auto* const all = new std::deque<Recorder>;
+    return all->emplace_back();
+}
 
 inline core::Renderer::Loader loaderOf(std::shared_ptr<const FakeScene> scene) {
     return [scene](const core::Settings&) { return scene; };

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "engine/common/slot_table.h"
 #include "module/flat/nemra_renderer.h"
 #include "tests/engine/job/recorder.h"
 
@@ -20,7 +21,7 @@ std::shared_ptr<FakeScene> slowScene() {
 }
 
 TEST(Callbacks, OneThatThrowsIsReportedAndTheOthersStillCome) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1, {0.0, 2.0, NEMRA_HALT_STOPS});
     recorder.attach(*renderer);
     renderer->callbacks().setState(nullptr, [](void*, NemraRendererState_t) { throw std::runtime_error("boom"); });
@@ -33,7 +34,7 @@ TEST(Callbacks, OneThatThrowsIsReportedAndTheOthersStillCome) {
 TEST(Callbacks, OneThatAlwaysThrowsIsCalledNoMoreAfterAWhile) {
     static std::atomic<int> calls{0};
     calls = 0;
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1);
     recorder.attach(*renderer);
     renderer->callbacks().setState(nullptr, [](void*, NemraRendererState_t) {
@@ -54,7 +55,7 @@ TEST(Callbacks, OneThatAlwaysThrowsIsCalledNoMoreAfterAWhile) {
 TEST(Callbacks, AMessageCallbackThatThrowsDoesNotHearOfItself) {
     static std::atomic<int> calls{0};
     calls = 0;
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     core::Renderer renderer;
     recorder.attach(renderer);
     renderer.callbacks().setMessage(nullptr, [](void*, const char*, const char*, LogLevel_t) {
@@ -67,7 +68,7 @@ TEST(Callbacks, AMessageCallbackThatThrowsDoesNotHearOfItself) {
 }
 
 TEST(Callbacks, AllOfARendererCanBeUsedFromInsideOne) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(2, {0.0, 2.0, NEMRA_HALT_STOPS});
     recorder.attach(*renderer);
     std::atomic<int> restarts{0};
@@ -94,7 +95,7 @@ TEST(Callbacks, AfterReleaseNoneStartsAndReleaseDoesNotWait) {
         // The host object outlives the test, as the memory of a host that is being destroyed does for a callback under way.
         auto* const host = new Host;
         nemra_renderer_t* handle = nemraRendererCreate();
-        auto renderer = find<core::Renderer>(handle);
+        auto renderer = nemra::find<core::Renderer>(handle);
         renderer->addLocalNode();
         renderer->callbacks().setState(host, [](void* user, NemraRendererState_t) {
             auto& h = *static_cast<Host*>(user);
@@ -116,7 +117,9 @@ TEST(Callbacks, AfterReleaseNoneStartsAndReleaseDoesNotWait) {
         EXPECT_LT(took, 20ms) << "a release must not wait for a callback";
         std::this_thread::sleep_for(40ms);
         EXPECT_EQ(host->late, 0);
-        if (repeat == 0) EXPECT_EQ(host->inside, 0) << "a callback must not begin while the host has just started the render";
+        if (repeat == 0) {
+            EXPECT_EQ(host->inside, 0) << "a callback must not begin while the host has just started the render";
+        }
     }
 }
 
@@ -126,7 +129,7 @@ TEST(Callbacks, ReleaseFromInsideACallback) {
     for (int repeat = 0; repeat < 10; ++repeat) {
         calls = 0;
         handle = nemraRendererCreate();
-        auto renderer = find<core::Renderer>(handle);
+        auto renderer = nemra::find<core::Renderer>(handle);
         renderer->addLocalNode();
         nemraRendererSetStateChangedCallback(handle, nullptr, [](void*, NemraRendererState_t) {
             ++calls;
@@ -141,7 +144,7 @@ TEST(Callbacks, ReleaseFromInsideACallback) {
 }
 
 TEST(Callbacks, ABlockedHostLosesNoStateAndHoldsUpNoRender) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1, {0.0, 3.0, NEMRA_HALT_STOPS});
     recorder.attach(*renderer);
     {

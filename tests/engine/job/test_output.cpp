@@ -2,6 +2,7 @@
 #include <ImfArray.h>
 #include <ImfChannelList.h>
 #include <ImfFloatAttribute.h>
+#include <ImfFrameBuffer.h>
 #include <ImfInputFile.h>
 #include <ImfStandardAttributes.h>
 #include <ImfStringAttribute.h>
@@ -18,6 +19,7 @@
 #include <fstream>
 #include <thread>
 
+#include "engine/common/slot_table.h"
 #include "engine/common/workdir.h"
 #include "engine/core/data/tables.h"
 #include "engine/core/output/filters.h"
@@ -86,7 +88,7 @@ TEST_F(Output, PngHoldsTheDisplayedPictureTheRightWayUp) {
     double mean = 0.0;
     for (std::size_t i = 1; i < xyz.values.size(); i += 3) mean += std::min(1.0, gain * xyz.values[i]) / 240.0;
     EXPECT_NEAR(mean, 0.18, 1e-6);
-    for (const auto [x, y] : {std::pair{0, 0}, std::pair{19, 0}, std::pair{3, 11}}) {
+    for (const auto& [x, y] : {std::pair{0, 0}, std::pair{19, 0}, std::pair{3, 11}}) {
         const double X = gain * FakeScene::mean(x, y, 8, 0), Y = gain * FakeScene::mean(x, y, 8, 1), Z = gain * FakeScene::mean(x, y, 8, 2);
         const double linear = std::clamp(-0.9692436363 * X + 1.8759675015 * Y + 0.0415550574 * Z, 0.0, 1.0);  // green, IEC 61966-2-1
         const double code = linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;
@@ -108,7 +110,7 @@ TEST_F(Output, ExrOfTristimulusValuesIsPhotometric) {
     EXPECT_FLOAT_EQ(colors.red.x, 0.64F);
     EXPECT_FLOAT_EQ(colors.white.y, 0.329F);
     const auto r = exrPlane(file, "R"), g = exrPlane(file, "G"), b = exrPlane(file, "B");
-    for (const auto [x, y] : {std::pair{0, 0}, std::pair{19, 0}, std::pair{3, 11}}) {
+    for (const auto& [x, y] : {std::pair{0, 0}, std::pair{19, 0}, std::pair{3, 11}}) {
         const auto i = static_cast<std::size_t>(y * 20 + x);
         const double luminance = 0.2126390059 * r[i] + 0.7151686788 * g[i] + 0.0721923154 * b[i];
         EXPECT_NEAR(luminance, FakeScene::mean(x, y, 4, 1), 2e-3) << x << "," << y;
@@ -182,7 +184,7 @@ TEST_F(Output, WhatCannotBeWrittenIsSaidOnceAndTheOldFileStays) {
 
 TEST_F(Output, TheLastResultOfARenderGoesWhereTheParameterSays) {
     for (const auto& [given, written] : {std::pair{"a", "a.png"}, std::pair{"b.auto", "b.png"}, std::pair{"c.exr", "c.exr"}}) {
-        Recorder recorder;
+        Recorder& recorder = makeRecorder();
         core::Renderer renderer;
         recorder.attach(renderer);
         renderer.setParameter("output_file_name", path(given));

@@ -35,7 +35,7 @@ TEST(RenderJob, EachPixelGetsExactlyTheSamplesOfTheHaltForAnyNumberOfThreads) {
     for (const int threads : {1, 2, 5}) {
         for (const double spp : {1.0, 3.0, 24.5}) {
             auto scene = std::make_shared<FakeScene>();
-            Recorder recorder;
+            Recorder& recorder = makeRecorder();
             auto renderer = rendererWith(threads, {0.0, spp, NEMRA_HALT_STOPS});
             recorder.attach(*renderer);
             ASSERT_TRUE(renderer->start(loaderOf(scene)));
@@ -57,7 +57,7 @@ TEST(RenderJob, EachPixelGetsExactlyTheSamplesOfTheHaltForAnyNumberOfThreads) {
 }
 
 TEST(RenderJob, StatesGoByTheArrowsAndFinishComesLast) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(2, {0.0, 4.0, NEMRA_HALT_STOPS});
     recorder.attach(*renderer);
     ASSERT_TRUE(renderer->start(loaderOf(std::make_shared<FakeScene>())));
@@ -68,7 +68,7 @@ TEST(RenderJob, StatesGoByTheArrowsAndFinishComesLast) {
 }
 
 TEST(RenderJob, StartIsRefusedWhileRunningAndWorksAgainAfterwards) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1);
     recorder.attach(*renderer);
     EXPECT_FALSE(renderer->start([](const core::Settings&) { return nullptr; }));
@@ -85,7 +85,7 @@ TEST(RenderJob, StartIsRefusedWhileRunningAndWorksAgainAfterwards) {
 }
 
 TEST(RenderJob, WithoutANodeNothingStarts) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     core::Renderer renderer;
     recorder.attach(renderer);
     EXPECT_FALSE(renderer.start(loaderOf(slowScene())));
@@ -100,7 +100,7 @@ TEST(RenderJob, WithoutANodeNothingStarts) {
 }
 
 TEST(RenderJob, PauseStopAndTimeHaltTakeEffectWithinATenthOfASecond) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto scene = std::make_shared<FakeScene>();
     scene->pixelsWide = scene->pixelsHigh = 64;
     scene->perSample = 200us;  // a tile of 256 pixels takes 51 ms for one sample each
@@ -133,7 +133,7 @@ TEST(RenderJob, PauseStopAndTimeHaltTakeEffectWithinATenthOfASecond) {
 }
 
 TEST(RenderJob, AHaltThatPausesFinishesOnceAndCanBeResumed) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(2, {0.0, 3.0, NEMRA_HALT_PAUSES});
     recorder.attach(*renderer);
     ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
@@ -162,7 +162,7 @@ TEST(RenderJob, AHaltThatPausesFinishesOnceAndCanBeResumed) {
 }
 
 TEST(RenderJob, AHaltThatChangesNothingFinishesOnceWithItsSamplesAndGoesOn) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(2, {0.0, 5.0, NEMRA_HALT_NOCHANGE});
     recorder.attach(*renderer);
     ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
@@ -178,7 +178,7 @@ TEST(RenderJob, AHaltThatChangesNothingFinishesOnceWithItsSamplesAndGoesOn) {
 }
 
 TEST(RenderJob, UpdatesAreConsistentWhileTheRenderGoesOn) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(2);
     recorder.attach(*renderer);
     ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
@@ -202,7 +202,7 @@ TEST(RenderJob, UpdatesAreConsistentWhileTheRenderGoesOn) {
 }
 
 TEST(RenderJob, AStormOfRequestsKeepsToTheArrows) {
-    Recorder recorder;
+    Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(3);
     recorder.attach(*renderer);
     std::uint32_t random = 12345;
@@ -227,17 +227,17 @@ TEST(RenderJob, AStormOfRequestsKeepsToTheArrows) {
 }
 
 TEST(RenderJob, SeveralNodesAddTheirThreadsAndRenderersDontDisturbEachOther) {
-    std::vector<std::unique_ptr<Recorder>> recorders;
+    std::vector<Recorder*> recorders;
     std::vector<std::shared_ptr<core::Renderer>> renderers;
     auto scene = std::make_shared<FakeScene>();
     for (int i = 0; i < 4; ++i) {
-        recorders.push_back(std::make_unique<Recorder>());
+        recorders.push_back(&makeRecorder());
         renderers.push_back(rendererWith(1, {0.0, 9.0, NEMRA_HALT_STOPS}));
         renderers.back()->addLocalNode();
         recorders.back()->attach(*renderers.back());
         ASSERT_TRUE(renderers.back()->start(loaderOf(scene)));
     }
-    for (auto& recorder : recorders) {
+    for (Recorder* const recorder : recorders) {
         ASSERT_TRUE(recorder->waitForFinish());
         EXPECT_EQ(nemraRawGetLightQuantity(recorder->finished[0], 0, 19, 11, 0), FakeScene::mean(19, 11, 9, 0));
     }

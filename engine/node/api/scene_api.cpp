@@ -1,0 +1,109 @@
+// Scenes through the flat interface: their life, names, settings and encodings.
+#include <span>
+
+#include "engine/common/guarded.h"
+#include "engine/common/text.h"
+#include "engine/node/api/scene_objects.h"
+#include "engine/node/api/serialize.h"
+#include "engine/node/read_scene.h"
+#include "module/flat/nemra_scene.h"
+
+using namespace nemra;
+using namespace nemra::node;
+
+extern "C" {
+
+nemra_scene_t* nemraScene_create(const char* name) {
+    return guarded<nemra_scene_t*>(__func__, nullptr, [&] {
+        const auto object = std::make_shared<SceneObject>();
+        object->scene.name = viewOf(name);
+        return publish<nemra_scene_t>(object);
+    });
+}
+
+void nemraScene_release(nemra_scene_t** handle) {
+    guarded(__func__, [&] { retire(handle); });
+}
+
+const char* nemraScene_name(nemra_scene_t* scene) {
+    return guarded<const char*>(__func__, "", [&] {
+        const auto found = find<SceneObject>(scene);
+        return found ? found->scene.name.c_str() : "";
+    });
+}
+
+const char* nemraScene_getActiveSetupName(nemra_scene_t* scene) {
+    return guarded<const char*>(__func__, "", [&] {
+        const auto found = find<SceneObject>(scene);
+        return found ? found->scene.activeSetup.c_str() : "";
+    });
+}
+
+void nemraScene_setName(nemra_scene_t* scene, const char* name) {
+    guarded(__func__, [&] {
+        if (const auto found = find<SceneObject>(scene)) found->scene.name = viewOf(name);
+    });
+}
+
+void nemraScene_addSearchPath(nemra_scene_t* scene, const char* path) {
+    guarded(__func__, [&] {
+        if (const auto found = find<SceneObject>(scene)) found->scene.searchPaths.emplace_back(viewOf(path));
+    });
+}
+
+// The name is kept whether or not there is such a setup: a script may add it afterwards.
+bool nemraScene_setActiveSetupName(nemra_scene_t* scene, const char* name) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto found = find<SceneObject>(scene);
+        if (found) found->scene.activeSetup = viewOf(name);
+        return found != nullptr;
+    });
+}
+
+bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int32_t, const char* prefix) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto found = find<SceneObject>(scene);
+        if (!found || viewOf(path).empty()) return false;
+        if (load) {
+            log::warning("nemraScene_addImport", "loading an import at once is not available yet");
+            return false;
+        }
+        found->scene.imports.push_back({std::string(viewOf(path)), std::string(viewOf(prefix))});
+        return true;
+    });
+}
+
+bool nemraScene_readFromFile(nemra_scene_t* scene, const char* path) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto found = find<SceneObject>(scene);
+        Scene read;
+        if (!found || !readSceneFile(std::string(viewOf(path)), read)) return false;
+        found->replace(std::move(read));
+        return true;
+    });
+}
+
+bool nemraScene_readFromChar(nemra_scene_t* scene, const char* data, int32_t size) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto found = find<SceneObject>(scene);
+        if (!found) return false;
+        if (data == nullptr || size < 0) {
+            log::error("buffer", "no scene: there is nothing in it");
+            return false;
+        }
+        Scene read;
+        if (!readScene({data, static_cast<std::size_t>(size)}, "buffer", read)) return false;
+        found->replace(std::move(read));
+        return true;
+    });
+}
+
+char* nemraScene_writeToChar(nemra_scene_t* scene, int32_t format, int32_t* size) {
+    if (size != nullptr) *size = 0;
+    return guarded<char*>(__func__, nullptr, [&]() -> char* {
+        const auto found = find<SceneObject>(scene);
+        return found ? serialize("nemraScene_writeToChar", found->scene, format, size) : nullptr;
+    });
+}
+
+}  // extern "C"

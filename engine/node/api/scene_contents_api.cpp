@@ -1,0 +1,241 @@
+// What scenes hold, through the flat interface: adding, removing, listing.
+#include <algorithm>
+
+#include "engine/common/guarded.h"
+#include "engine/common/text.h"
+#include "engine/node/node_handle.h"
+#include "engine/node/api/scene_objects.h"
+#include "engine/node/mesh.h"
+#include "module/flat/nemra_node.h"
+#include "module/flat/nemra_scene.h"
+
+namespace {
+
+using namespace nemra;
+using namespace nemra::node;
+
+void warnOfSecond(const Scene& scene, const std::string& label) {
+    log::warning("scene '" + scene.name + "'", "a second " + label + "; references by name find the first");
+}
+
+/// Removes entry `at` of two lists that go together, and ends its handle.
+template <class Object, class Handle>
+void erase(std::vector<std::shared_ptr<Object>>& objects, std::vector<Handle*>& handles, std::size_t at) {
+    retire(&handles[at]);
+    handles.erase(handles.begin() + static_cast<std::ptrdiff_t>(at));
+    objects.erase(objects.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+/// False unless the handle is one of these.
+template <class Object, class Handle>
+bool removeHandle(std::vector<std::shared_ptr<Object>>& objects, std::vector<Handle*>& handles, Handle* handle) {
+    const auto found = handle == nullptr ? handles.end() : std::find(handles.begin(), handles.end(), handle);
+    if (found == handles.end()) return false;
+    erase(objects, handles, static_cast<std::size_t>(found - handles.begin()));
+    return true;
+}
+
+bool removeNode(SceneObject& object, nemra_onode_t* handle) {
+    auto& nodes = object.scene.nodes;
+    const auto node = findNode(handle);
+    const auto found = node ? std::find(nodes.begin(), nodes.end(), node) : nodes.end();
+    if (found == nodes.end()) return false;
+    nodes.erase(found);
+    return true;
+}
+
+std::vector<std::vector<std::string>> layersOf(const char*** paths) {
+    std::vector<std::vector<std::string>> layers;
+    for (; paths != nullptr && *paths != nullptr; ++paths) {
+        auto& path = layers.emplace_back();
+        for (const char** name = *paths; *name != nullptr; ++name)
+            if (**name != '\0') path.emplace_back(*name);
+    }
+    return layers;
+}
+
+/// The handle of entry `at`, made when it is first asked for.
+template <class Object, class Handle>
+Handle* handleAt(const std::vector<std::shared_ptr<Object>>& objects, std::vector<Handle*>& handles, std::size_t at) {
+    if (handles[at] == nullptr) handles[at] = publish<Handle>(objects[at]);
+    return handles[at];
+}
+
+/// Points at the first of `list` and fills `count`.
+template <class Handle>
+Handle** answer(std::vector<Handle*>& list, std::uint32_t* count) {
+    if (count != nullptr) *count = static_cast<std::uint32_t>(list.size());
+    return list.empty() ? nullptr : list.data();
+}
+
+template <class Accept>
+nemra_onode_t** listNodes(const char* function, nemra_scene_t* scene, std::uint32_t* count, Accept&& accept) {
+    if (count != nullptr) *count = 0;
+    return guarded<nemra_onode_t**>(function, nullptr, [&]() -> nemra_onode_t** {
+        const auto object = find<SceneObject>(scene);
+        if (!object) return nullptr;
+        object->nodeAnswer.clear();
+        for (const auto& node : object->scene.nodes)
+            if (accept(*node)) object->nodeAnswer.push_back(handleOf(node));
+        return answer(object->nodeAnswer, count);
+    });
+}
+
+template <class Accept>
+nemra_geom_t** listGeometries(const char* function, nemra_scene_t* scene, std::uint32_t* count, Accept&& accept) {
+    if (count != nullptr) *count = 0;
+    return guarded<nemra_geom_t**>(function, nullptr, [&]() -> nemra_geom_t** {
+        const auto object = find<SceneObject>(scene);
+        if (!object) return nullptr;
+        const auto& geometries = object->scene.geometries;
+        object->geometryAnswer.clear();
+        for (std::size_t i = 0; i < geometries.size(); ++i)
+            if (accept(*geometries[i])) object->geometryAnswer.push_back(handleAt(geometries, object->geometryHandles, i));
+        return answer(object->geometryAnswer, count);
+    });
+}
+
+template <class Shape>
+bool isA(const Geometry& geometry) {
+    return std::holds_alternative<Shape>(geometry.shape);
+}
+
+}  // namespace
+
+extern "C" {
+
+nemra_onode_t* nemraScene_addNode(nemra_scene_t* scene, nemra_onode_t** node, bool keepOriginal) {
+    return guarded<nemra_onode_t*>(__func__, nullptr, [&]() -> nemra_onode_t* {
+        const auto object = find<SceneObject>(scene);
+        const auto original = node == nullptr ? nullptr : findNode(*node);
+        if (!object || !original) return nullptr;
+        const auto copy = original->copy();
+        if (object->scene.findNode(copy->family(), copy->name())) warnOfSecond(object->scene, copy->label());
+        object->scene.nodes.push_back(copy);
+        if (!keepOriginal) nemraNode_release(node);
+        return handleOf(copy);
+    });
+}
+
+nemra_geom_t* nemraScene_addGeom(nemra_scene_t* scene, nemra_geom_t** geometry, bool keepOriginal) {
+    return guarded<nemra_geom_t*>(__func__, nullptr, [&]() -> nemra_geom_t* {
+        const auto object = find<SceneObject>(scene);
+        if (!object) return nullptr;
+        const auto taken = takeForScene<Geometry>(geometry, keepOriginal);
+        if (!taken) return nullptr;
+        if (object->scene.findGeometry(taken->name)) warnOfSecond(object->scene, "geometry '" + taken->name + "'");
+        nemra_geom_t* const handle = publish<nemra_geom_t>(taken);
+        object->scene.geometries.push_back(taken);
+        object->geometryHandles.push_back(handle);
+        return handle;
+    });
+}
+
+uint64_t nemraScene_addInstance(nemra_scene_t* scene, nemra_instance_t** instance, const char*** layerNames, bool keepOriginal) {
+    return guarded<uint64_t>(__func__, 0, [&]() -> uint64_t {
+        const auto object = find<SceneObject>(scene);
+        if (!object) return 0;
+        const auto taken = takeForScene<Instance>(instance, keepOriginal);
+        if (!taken) return 0;
+        // Without paths a copy of an instance of another scene stays in the layers that it was in.
+        if (auto layers = layersOf(layerNames); !layers.empty()) taken->layers = std::move(layers);
+        nemra_instance_t* const handle = publish<nemra_instance_t>(taken);
+        object->scene.instances.push_back(taken);
+        object->instanceHandles.push_back(handle);
+        return toId(handle);
+    });
+}
+
+bool nemraScene_removeNode(nemra_scene_t* scene, nemra_onode_t* node) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto object = find<SceneObject>(scene);
+        return object && removeNode(*object, node);
+    });
+}
+
+bool nemraScene_removeGeom(nemra_scene_t* scene, nemra_geom_t* geometry) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto object = find<SceneObject>(scene);
+        return object && removeHandle(object->scene.geometries, object->geometryHandles, geometry);
+    });
+}
+
+bool nemraScene_removeInstance(nemra_scene_t* scene, nemra_instance_t* instance) {
+    return guarded<bool>(__func__, false, [&] {
+        const auto object = find<SceneObject>(scene);
+        return object && removeHandle(object->scene.instances, object->instanceHandles, instance);
+    });
+}
+
+// A number tells its kind, so at most one of the three finds it.
+void nemraScene_remove(nemra_scene_t* scene, uint64_t number) {
+    guarded(__func__, [&] {
+        const auto object = find<SceneObject>(scene);
+        if (!object) return;
+        const bool removed = removeHandle(object->scene.instances, object->instanceHandles, toHandle<nemra_instance_t>(number)) ||
+                             removeHandle(object->scene.geometries, object->geometryHandles, toHandle<nemra_geom_t>(number)) ||
+                             removeNode(*object, toHandle<nemra_onode_t>(number));
+        if (!removed) log::warning("scene '" + object->scene.name + "'", "nothing to remove under number " + std::to_string(number));
+    });
+}
+
+void nemraScene_clear(nemra_scene_t* scene) {
+    guarded(__func__, [&] {
+        if (const auto object = find<SceneObject>(scene)) object->clear();
+    });
+}
+void nemraScene_clearNodes(nemra_scene_t* scene) {
+    guarded(__func__, [&] {
+        if (const auto object = find<SceneObject>(scene)) object->clearNodes();
+    });
+}
+void nemraScene_clearGeometry(nemra_scene_t* scene) {
+    guarded(__func__, [&] {
+        if (const auto object = find<SceneObject>(scene)) object->clearGeometries();
+    });
+}
+void nemraScene_clearInstances(nemra_scene_t* scene) {
+    guarded(__func__, [&] {
+        if (const auto object = find<SceneObject>(scene)) object->clearInstances();
+    });
+}
+
+nemra_onode_t** nemraScene_getNodes(nemra_scene_t* scene, uint32_t* count) {
+    return listNodes(__func__, scene, count, [](const Node&) { return true; });
+}
+
+nemra_onode_t** nemraScene_findNodes(nemra_scene_t* scene, const char* className, const char* typeName, const char* name,
+                                     uint32_t* count) {
+    const auto fits = [](const char* wanted, const std::string& is) { return viewOf(wanted).empty() || viewOf(wanted) == is; };
+    return listNodes(__func__, scene, count, [&](const Node& node) {
+        return fits(className, node.family()) && fits(typeName, node.type()) && fits(name, node.name());
+    });
+}
+
+nemra_instance_t** nemraScene_getInstances(nemra_scene_t* scene, uint32_t* count) {
+    if (count != nullptr) *count = 0;
+    return guarded<nemra_instance_t**>(__func__, nullptr, [&]() -> nemra_instance_t** {
+        const auto object = find<SceneObject>(scene);
+        if (!object) return nullptr;
+        const auto& instances = object->scene.instances;
+        object->instanceAnswer.clear();
+        for (std::size_t i = 0; i < instances.size(); ++i)
+            object->instanceAnswer.push_back(handleAt(instances, object->instanceHandles, i));
+        return answer(object->instanceAnswer, count);
+    });
+}
+
+nemra_geom_t** nemraScene_getGeometries(nemra_scene_t* scene, uint32_t* count) {
+    return listGeometries(__func__, scene, count, [](const Geometry&) { return true; });
+}
+nemra_geom_t** nemraScene_getMeshes(nemra_scene_t* scene, uint32_t* count) {
+    return listGeometries(__func__, scene, count, isA<Mesh>);
+}
+nemra_geom_t** nemraScene_getSpheres(nemra_scene_t* scene, uint32_t* count) {
+    return listGeometries(__func__, scene, count, isA<Sphere>);
+}
+nemra_geom_t** nemraScene_getCones(nemra_scene_t* scene, uint32_t* count) {
+    return listGeometries(__func__, scene, count, isA<Cone>);
+}
+
+}  // extern "C"

@@ -1,0 +1,79 @@
+#include "engine/node/read_scene.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "engine/common/log.h"
+#include "engine/node/svxml/limits.h"
+#include "engine/node/svxml/svxml.h"
+
+namespace nemra::node {
+
+namespace {
+
+enum class Encoding { svxml, svbin, gzip, unknown };
+
+/// From the first bytes: gzip has its magic number (RFC 1952), svbin the file identifier of its schema behind the root offset,
+/// svxml a '<' behind blanks and an optional byte order mark.
+Encoding encodingOf(std::span<const char> bytes) {
+    std::string_view text(bytes.data(), bytes.size());
+    if (text.starts_with("\x1f\x8b")) return Encoding::gzip;
+    if (text.size() >= 8 && text.substr(4, 4) == "SVB1") return Encoding::svbin;
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first != std::string_view::npos && text[first] == '<' ? Encoding::svxml : Encoding::unknown;
+}
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+/// The whole of a regular file. On failure one error message, and false.
+bool readBytes(const std::string& path, std::vector<char>& bytes) {
+    const auto fail = [&](const std::string& why) {
+        log::error(path, "can't read the scene: " + why);
+        return false;
+    };
+    errno = 0;
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+    if (!file) return fail(std::strerror(errno));
+    struct stat about {};
+    if (fstat(fileno(file.get()), &about) != 0) return fail(std::strerror(errno));
+    if (!S_ISREG(about.st_mode)) return fail("it isn't a regular file");
+    if (about.st_size > static_cast<off_t>(svxml::kMaxBytes)) return fail("it is larger than 2 GiB");
+    bytes.resize(static_cast<std::size_t>(about.st_size));
+    const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), file.get());
+    if (std::ferror(file.get())) return fail(std::strerror(errno));
+    bytes.resize(got);
+    return true;
+}
+
+}  // namespace
+
+bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene) {
+    switch (encodingOf(bytes)) {
+        case Encoding::svxml: return readSvxml(bytes, origin, scene);
+        case Encoding::svbin: log::error(origin, "reading svbin is not available yet"); return false;
+        case Encoding::gzip: log::error(origin, "reading gzipped scenes is not available yet"); return false;
+        case Encoding::unknown: break;
+    }
+    log::error(origin, bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor any other encoding of scenes");
+    return false;
+}
+
+bool readSceneFile(const std::string& path, Scene& scene) {
+    try {
+        std::vector<char> bytes;
+        return readBytes(path, bytes) && readScene(bytes, path, scene);
+    } catch (const std::bad_alloc&) {
+        log::error(path, "not enough memory to read this");
+        return false;
+    }
+}
+
+}  // namespace nemra::node

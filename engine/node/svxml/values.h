@@ -1,0 +1,50 @@
+/// Values of parameters, cells and raw slots as svxml text.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/node/node_class.h"
+#include "engine/node/svxml/numbers.h"
+#include "engine/node/svxml/source.h"
+
+namespace nemra::node::svxml {
+
+/// A scalar, a text or a vector as text; a colour gives its coordinates. Empty for an unset value.
+void appendValue(std::string& out, const Value& value);
+
+/// Words of `text` (which lies in `source`) as numbers. Throws a Fault with the word's place, `what` and its position in the list.
+template <class Number>
+std::vector<Number> readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
+    std::vector<Number> numbers;
+    for (;;) {
+        const std::string_view word = takeWord(text);
+        if (word.empty()) return numbers;
+        Number number{};
+        const NumberFault fault = parseNumber(word, number);
+        if (fault == NumberFault::none) {
+            numbers.push_back(number);
+            continue;
+        }
+        throw Fault{source.offsetOf(word.data(), elsewhere),
+                    std::string(what) + ": '" + std::string(word.substr(0, 40)) + "' at position " + std::to_string(numbers.size()) +
+                        (fault == NumberFault::outOfRange ? " is out of the range of its kind of number" : " isn't a number of its kind")};
+    }
+}
+
+/// What `text` means for a parameter of that description, in the kind of its default. `at` is the text's place, `what` names
+/// the parameter in messages. Not for tables and colours.
+Value readValue(const Source& source, const ParameterSpec& spec, std::string_view text, std::size_t at, std::string_view what);
+
+/// Contents of a raw slot of that type.
+Value readRawData(const Source& source, nemra_raw_data_type_t type, std::string_view text, std::size_t at, std::string_view what);
+
+/// True if text is the form of the cells (so that each one needs its own element).
+bool isTextCell(nemra_parameter_type_t type);
+
+/// Word that stands for a cell which was never set.
+constexpr std::string_view kUnset = "unset";
+
+}  // namespace nemra::node::svxml

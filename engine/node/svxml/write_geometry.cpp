@@ -1,0 +1,88 @@
+#include "engine/node/mesh.h"
+#include "engine/node/svxml/write_parts.h"
+
+namespace nemra::node::svxml {
+
+namespace {
+
+void writeArray(XmlWriter& writer, const char* name, const auto& numbers, std::size_t perLine) {
+    if (numbers.empty()) return;
+    const Element element(writer, name);
+    writer.numbers(numbers.data(), numbers.size(), perLine);
+}
+
+bool isFoundByName(const Scene* scene, const std::shared_ptr<Node>& node) {
+    return scene != nullptr && scene->findNode(node->family(), node->name()) == node;
+}
+
+/// The attribute half of a material: its name, where that finds it.
+void writeMaterialName(XmlWriter& writer, const std::shared_ptr<Node>& material, const std::string& name, const Scene* scene) {
+    if (material) {
+        if (isFoundByName(scene, material)) writer.attribute("material", material->name());
+    } else if (!name.empty()) {
+        writer.attribute("material", name);
+    }
+}
+
+void writeOwnMaterial(XmlWriter& writer, const std::shared_ptr<Node>& material, const Scene* scene) {
+    if (material && !isFoundByName(scene, material)) writeNodeOfFamily(writer, "material", *material);
+}
+
+void writeArrays(XmlWriter& writer, const Mesh& mesh) {
+    writeArray(writer, "vertices", mesh.vertices, 3);
+    writeArray(writer, "normals", mesh.normals, 3);
+    writeArray(writer, "uvs", mesh.uvs, 2);
+    writeArray(writer, "triangles", mesh.triangles, 3);
+}
+
+void writeScalars(XmlWriter& writer, const Sphere& sphere) {
+    writer.attribute("radius", sphere.radius);
+    if (sphere.reverse) writer.attribute("reverse", "true");
+}
+
+void writeScalars(XmlWriter& writer, const Cone& cone) {
+    writer.attribute("top_radius", cone.topRadius);
+    if (cone.reverse) writer.attribute("reverse", "true");
+}
+
+std::string joinLayerPath(const std::vector<std::string>& names) {
+    std::string path;
+    for (const std::string& name : names) {
+        if (!path.empty()) path += '/';
+        for (const char c : name) {
+            if (c == '/' || c == '\\') path += '\\';
+            path += c;
+        }
+    }
+    return path;
+}
+
+}  // namespace
+
+void writeGeometry(XmlWriter& writer, const Geometry& geometry, const Scene* scene) {
+    const Element element(writer, typeName(geometry));
+    writer.attribute("name", geometry.name);
+    writeMaterialName(writer, geometry.material, geometry.materialName, scene);
+    if (const auto* sphere = std::get_if<Sphere>(&geometry.shape)) writeScalars(writer, *sphere);
+    if (const auto* cone = std::get_if<Cone>(&geometry.shape)) writeScalars(writer, *cone);
+    writeOwnMaterial(writer, geometry.material, scene);
+    if (const auto* mesh = std::get_if<Mesh>(&geometry.shape)) writeArrays(writer, *mesh);
+}
+
+void writeInstance(XmlWriter& writer, const Instance& instance, const Scene* scene) {
+    const Element element(writer, "instance");
+    writer.attribute("geometry", instance.geometryName);
+    writeMaterialName(writer, instance.material, instance.materialName, scene);
+    if (instance.materialIsFallback) writer.attribute("material_is_fallback", "true");
+    if (instance.transform != Instance{}.transform) {
+        const Element transform(writer, "transform");
+        writer.numbers(instance.transform.data(), instance.transform.size(), 4);
+    }
+    for (const auto& path : instance.layers) {
+        const Element layer(writer, "layer");
+        writer.attribute("path", joinLayerPath(path));
+    }
+    writeOwnMaterial(writer, instance.material, scene);
+}
+
+}  // namespace nemra::node::svxml

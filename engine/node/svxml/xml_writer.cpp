@@ -1,0 +1,84 @@
+#include "engine/node/svxml/xml_writer.h"
+
+#include <stdexcept>
+
+#include "engine/node/svxml/limits.h"
+
+namespace nemra::node::svxml {
+
+void XmlWriter::open(const char* name) {
+    if (open_.size() > kMaxDepth) throw std::length_error("nodes nest too deep to be written");
+    endTag();
+    if (!out_.empty()) newLine(open_.size());
+    out_ += '<';
+    out_ += name;
+    open_.push_back(name);
+    inTag_ = true;
+    inlineText_ = false;
+    checkSize();
+}
+
+void XmlWriter::attribute(const char* name, std::string_view value) {
+    out_ += ' ';
+    out_ += name;
+    out_ += "=\"";
+    escape(value, true);
+    out_ += '"';
+}
+
+void XmlWriter::text(std::string_view text) {
+    endTag();
+    inlineText_ = true;
+    escape(text, false);
+    checkSize();
+}
+
+void XmlWriter::close() {
+    const char* const name = open_.back();
+    open_.pop_back();
+    if (inTag_) {
+        out_ += "/>";
+    } else {
+        if (!inlineText_) newLine(open_.size());
+        out_ += "</";
+        out_ += name;
+        out_ += '>';
+    }
+    inTag_ = false;
+    inlineText_ = false;
+    if (open_.empty()) out_ += '\n';
+}
+
+void XmlWriter::endTag() {
+    if (inTag_) out_ += '>';
+    inTag_ = false;
+}
+
+void XmlWriter::newLine(std::size_t depth) {
+    out_ += '\n';
+    out_.append(4 * depth, ' ');
+}
+
+void XmlWriter::escape(std::string_view text, bool inAttribute) {
+    for (const char c : text) {
+        switch (c) {
+            case '&': out_ += "&amp;"; break;
+            case '<': out_ += "&lt;"; break;
+            case '>': out_ += "&gt;"; break;
+            case '"': out_ += inAttribute ? "&quot;" : "\""; break;
+            default:
+                // Readers turn line ends into blanks inside attributes, and \r into \n everywhere, unless they are written as numbers.
+                if (static_cast<unsigned char>(c) < 0x20 && (inAttribute || (c != '\n' && c != '\t'))) {
+                    out_ += "&#" + std::to_string(static_cast<int>(c)) + ";";
+                } else {
+                    out_ += c;
+                }
+        }
+    }
+}
+
+void XmlWriter::checkSize() const {
+    if (out_.size() > kMaxBytes) throw std::length_error("the text would be larger than 2 GiB");
+}
+
+}  // namespace nemra::node::svxml

@@ -1,0 +1,292 @@
+// What is written must be read back the same: nodes of every class, awkward texts and numbers, whole scenes.
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <locale>
+
+#include "engine/node/mesh.h"
+#include "engine/node/read_scene.h"
+#include "engine/node/svxml/svxml.h"
+#include "tests/engine/scene/messages.h"
+#include "tests/engine/scene/small_scene.h"
+
+namespace nemra::node {
+namespace {
+
+using test::kSmallScene;
+using test::Messages;
+
+class RoundTrip : public testing::Test {
+protected:
+    static void SetUpTestSuite() { registerClasses(); }
+};
+
+Scene readWhole(std::string_view text) {
+    Messages messages;
+    Scene scene;
+    EXPECT_TRUE(readScene(text, "test", scene)) << messages.text();
+    EXPECT_EQ(messages.errors() + messages.warnings(), 0) << messages.text();
+    return scene;
+}
+
+std::shared_ptr<Node> throughText(const Node& node) {
+    Messages messages;
+    const auto read = readSvxmlNode(writeSvxml(node), "test");
+    EXPECT_TRUE(read) << messages.text() << writeSvxml(node);
+    EXPECT_EQ(messages.warnings(), 0) << messages.text();
+    return read;
+}
+
+void expectSame(const Node& a, const Node& b) {
+    SCOPED_TRACE(a.label());
+    EXPECT_EQ(a.label(), b.label());
+    EXPECT_EQ(a.comments(), b.comments());
+    const auto left = a.activeParameters();
+    const auto right = b.activeParameters();
+    ASSERT_EQ(left.size(), right.size());
+    for (std::size_t i = 0; i < left.size(); ++i) EXPECT_TRUE(*left[i].value == *right[i].value) << left[i].spec->name;
+    for (const auto& slot : a.nodeClass().rawSlots) {
+        const Value* const mine = a.rawSlot(slot.name);
+        const Value* const theirs = b.rawSlot(slot.name);
+        ASSERT_EQ(mine == nullptr, theirs == nullptr) << slot.name;
+        EXPECT_TRUE(mine == nullptr || *mine == *theirs) << slot.name;
+    }
+    for (const auto& slot : a.nodeClass().children) expectSame(*a.child(slot.name), *b.child(slot.name));
+    ASSERT_EQ(a.list().size(), b.list().size());
+    for (std::size_t i = 0; i < a.list().size(); ++i) expectSame(*a.list()[i], *b.list()[i]);
+}
+
+/// Something that isn't the default and lies in the range.
+double otherNumber(const ParameterSpec& spec, double current) {
+    const double low = std::max(spec.minimum, -1.0e3);
+    const double high = std::min(spec.maximum, 1.0e3);
+    const double third = low + (high - low) / 3.0;
+    return current == third ? low + (high - low) / 7.0 : third;
+}
+
+Value otherCell(const ParameterSpec& column, std::size_t row) {
+    if (column.type == NEMRA_PARAMETER_REAL)
+        return {std::max(column.minimum, 0.0) + 0.1 * static_cast<double>(row + 1) + (column.name == "wavelength" ? 400.0 : 0.0)};
+    if (column.type == NEMRA_PARAMETER_INTEGER) return {static_cast<std::int32_t>(row + 1)};
+    if (column.type == NEMRA_PARAMETER_BOOLEAN) return {row % 2 == 0};
+    return {std::string(row == 0 ? " a <b> & c " : "")};
+}
+
+Value otherValue(const ParameterSpec& spec, const Value& current) {
+    switch (spec.type) {
+        case NEMRA_PARAMETER_REAL: return {otherNumber(spec, *toNumber(current))};
+        case NEMRA_PARAMETER_INTEGER:
+            if (!spec.allowed.empty()) return {spec.allowed.back()};
+            return {static_cast<std::int32_t>(otherNumber(spec, *toNumber(current)))};
+        case NEMRA_PARAMETER_BOOLEAN: return {!std::get<bool>(current.data)};
+        case NEMRA_PARAMETER_CHOICE: return {spec.options.back().name};
+        case NEMRA_PARAMETER_VECTOR: return {std::vector<double>{0.1, -2.5e-7, 3.0}};
+        case NEMRA_PARAMETER_DIRECTION: return {std::vector<double>{0.6, 0.0, -0.8}};
+        case NEMRA_PARAMETER_MATRIX2: return {std::vector<float>{0.1F, 2, 3, 4}};
+        case NEMRA_PARAMETER_MATRIX3: return {std::vector<float>{0.1F, 2, 3, 4, 5, 6, 7, 8, 9}};
+        case NEMRA_PARAMETER_COLOR: return {Color{std::get<Color>(current.data).space, {0.1F, 0.2F, 0.7F}}};
+        case NEMRA_PARAMETER_TABLE: {
+            auto table = std::make_shared<Table>();
+            table->rows = 2;
+            for (const auto& column : spec.columns) table->columns.push_back({column.name, {otherCell(column, 0), otherCell(column, 1)}});
+            return {std::shared_ptr<const Table>(table)};
+        }
+        default: return {std::string("a <text> & \"more\"\n\tnext line ")};
+    }
+}
+
+TEST_F(RoundTrip, EveryClassUntouched) {
+    for (const NodeClass* nodeClass : allClasses()) {
+        const Node node(*nodeClass, "n");
+        EXPECT_EQ(writeSvxml(node), "<node family=\"" + nodeClass->family + "\" type=\"" + nodeClass->type + "\" name=\"n\"/>\n");
+        if (const auto read = throughText(node)) expectSame(node, *read);
+    }
+}
+
+TEST_F(RoundTrip, EveryClassWithEveryParameterChanged) {
+    int changed = 0;
+    for (const NodeClass* nodeClass : allClasses()) {
+        Node node(*nodeClass, "n");
+        node.setComments("  of " + nodeClass->type + "\n");
+        std::vector<std::string> done;
+        // A choice brings further parameters, so ask again after each change.
+        for (std::size_t i = 0; i < node.activeParameters().size(); ++i) {
+            const auto setting = node.activeParameters()[i];
+            if (setting.spec->type == NEMRA_PARAMETER_INFO) continue;
+            std::string why;
+            const Value value = otherValue(*setting.spec, *setting.value);
+            EXPECT_TRUE(node.set(setting.spec->name, value, why)) << node.label() << " " << setting.spec->name << ": " << why;
+            ++changed;
+        }
+        for (const auto& slot : nodeClass->children) {
+            const auto child = node.mutableChild(slot.name);
+            child->setComments("child");
+            child->setName("own name");
+        }
+        if (const auto read = throughText(node)) {
+            expectSame(node, *read);
+            EXPECT_EQ(writeSvxml(*read), writeSvxml(node));
+        }
+    }
+    EXPECT_GT(changed, 40);
+}
+
+TEST_F(RoundTrip, AwkwardTexts) {
+    for (const std::string text : {" ", "\n", "\r\n", "a\rb", "\t", "<![CDATA[x]]>", "]]>", "&amp;", "&#10;", "\x01", "\"'", "äö\U0001F4A1",
+                                   " leading", "trailing ", "--", "<!-- x -->"}) {
+        Scene scene;
+        scene.name = text;
+        scene.searchPaths = {text};
+        auto node = std::make_shared<Node>(*findClass("spectrum", "linked"), text);
+        std::string why;
+        ASSERT_TRUE(node->set("name", {text}, why)) << why;
+        node->setComments(text);
+        scene.nodes = {node};
+        auto sphere = std::make_shared<Geometry>();
+        sphere->name = text;
+        sphere->shape = Sphere{};
+        scene.geometries = {sphere};
+        auto instance = std::make_shared<Instance>();
+        instance->layers = {{text, "b/c\\"}, {}};
+        scene.instances = {instance};
+        const Scene read = readWhole(writeSvxml(scene));
+        EXPECT_EQ(read.name, text);
+        EXPECT_EQ(read.searchPaths, scene.searchPaths);
+        ASSERT_EQ(read.nodes.size() + read.geometries.size() + read.instances.size(), 3U);
+        EXPECT_EQ(read.nodes[0]->name(), text);
+        EXPECT_EQ(read.nodes[0]->text("name"), text);
+        EXPECT_EQ(read.nodes[0]->comments(), text);
+        EXPECT_EQ(read.geometries[0]->name, text);
+        EXPECT_EQ(read.instances[0]->layers, instance->layers);
+    }
+}
+
+TEST_F(RoundTrip, NumbersKeepTheirBits) {
+    Geometry geometry{.name = "m", .materialName = "", .material = nullptr, .shape = Mesh{}};
+    Mesh& mesh = std::get<Mesh>(geometry.shape);
+    mesh.vertices = {0.1, -0.0, 1.0 / 3.0, 5e-324, 1e18, -2.2250738585072014e-308, 0.30000000000000004, 123456789.123456789, 1e-5};
+    mesh.normals = {0.1F, 1e-45F, 3.4e17F, 0, 0, 1, 1, 0, 0};
+    mesh.uvs = {0.1F, 0.2F, -3, 4, 5, 16777216};
+    mesh.triangles = {0, 1, 2, 2, 1, 0};
+    const auto read = readSvxmlGeometry(writeSvxml(geometry), "test");
+    ASSERT_TRUE(read);
+    const Mesh& again = std::get<Mesh>(read->shape);
+    EXPECT_EQ(again.vertices, mesh.vertices);
+    EXPECT_TRUE(std::signbit(again.vertices[1]));
+    EXPECT_EQ(again.normals, mesh.normals);
+    EXPECT_EQ(again.uvs, mesh.uvs);
+    EXPECT_EQ(again.triangles, mesh.triangles);
+}
+
+TEST_F(RoundTrip, WholeScene) {
+    const Scene scene = readWhole(kSmallScene);
+    const std::string text = writeSvxml(scene);
+    const Scene again = readWhole(text);
+    EXPECT_EQ(writeSvxml(again), text);
+    EXPECT_EQ(again.name, "small & whole");
+    EXPECT_EQ(again.activeSetup, "main");
+    EXPECT_EQ(again.imports.at(0).prefix, "o_");
+    ASSERT_EQ(again.nodes.size(), scene.nodes.size());
+    for (std::size_t i = 0; i < scene.nodes.size(); ++i) expectSame(*scene.nodes[i], *again.nodes[i]);
+    const auto setup = again.findNode("setup", "main");
+    ASSERT_TRUE(setup);
+    EXPECT_EQ(setup->child("instrument")->real("f_number"), 4.0);
+    EXPECT_EQ(setup->child("instrument")->list().at(0)->name(), "image");
+    EXPECT_TRUE(std::get<Sphere>(again.findGeometry("s")->shape).reverse);
+    EXPECT_EQ(again.findGeometry("s")->material->name(), "own");
+    EXPECT_EQ(again.instances.at(0)->transform[3], 5.0);
+    EXPECT_TRUE(again.instances.at(0)->materialIsFallback);
+}
+
+// A material that is a node of the scene is written once, by its name elsewhere.
+TEST_F(RoundTrip, SharedMaterials) {
+    Scene scene;
+    auto inside = std::make_shared<Node>(*findClass("material", "generic"), "inside");
+    auto outside = std::make_shared<Node>(*findClass("material", "generic"), "outside");
+    scene.nodes = {inside};
+    for (const auto& material : {inside, outside}) {
+        auto instance = std::make_shared<Instance>();
+        instance->material = material;
+        scene.instances.push_back(instance);
+    }
+    const Scene read = readWhole(writeSvxml(scene));
+    EXPECT_EQ(read.instances.at(0)->materialName, "inside");
+    EXPECT_FALSE(read.instances.at(0)->material);
+    ASSERT_TRUE(read.instances.at(1)->material);
+    EXPECT_EQ(read.instances.at(1)->material->name(), "outside");
+}
+
+// A parameter that comes before its choice, or beside it, is set all the same.
+TEST_F(RoundTrip, ChoicesFirst) {
+    Messages messages;
+    const auto node = readSvxmlNode(std::string_view(R"(<node family="instrument" type="stdcam" name="n">
+        <parameter name="f_number" value="4"/><parameter name="aperture" value="lens"/></node>)"),
+                                    "test");
+    ASSERT_TRUE(node) << messages.text();
+    EXPECT_EQ(node->real("f_number"), 4.0);
+}
+
+struct CommaPunctuation : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST_F(RoundTrip, LocaleDoesNotMatter) {
+    const std::string expected = writeSvxml(readWhole(kSmallScene));
+    const std::locale old = std::locale::global(std::locale(std::locale::classic(), new CommaPunctuation));
+    EXPECT_EQ(writeSvxml(readWhole(kSmallScene)), expected);
+    std::locale::global(old);
+
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    const char* found = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"})
+        if (found == nullptr) found = std::setlocale(LC_NUMERIC, name);
+    if (found == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed: only the C++ locale was tried";
+    ASSERT_EQ(*std::localeconv()->decimal_point, ',');
+    EXPECT_EQ(writeSvxml(readWhole(kSmallScene)), expected);
+    std::setlocale(LC_NUMERIC, before.c_str());
+}
+
+TEST_F(RoundTrip, CornellBoxAsMeasured) {
+    const auto file = std::filesystem::path(__FILE__).parent_path() / "../../../sarvo/examples/cornellbox.svxml";
+    Messages messages;
+    Scene scene;
+    ASSERT_TRUE(readSceneFile(file.string(), scene)) << messages.text();
+    EXPECT_EQ(messages.warnings(), 0) << messages.text();
+    EXPECT_EQ(scene.geometries.size(), 16U);
+    EXPECT_EQ(scene.instances.size(), 16U);
+    ASSERT_TRUE(scene.findNode("setup", scene.activeSetup));
+
+    const auto area = [](const Mesh& mesh) {
+        double sum = 0.0;
+        for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {
+            const double* a = mesh.vertices.data() + 3 * mesh.triangles[t];
+            const double* b = mesh.vertices.data() + 3 * mesh.triangles[t + 1];
+            const double* c = mesh.vertices.data() + 3 * mesh.triangles[t + 2];
+            const double u[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+            const double v[3] = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
+            sum += 0.5 * std::hypot(u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]);
+        }
+        return sum;
+    };
+    const auto& light = std::get<Mesh>(scene.findGeometry("light")->shape);
+    const auto& ceiling = std::get<Mesh>(scene.findGeometry("ceiling")->shape);
+    EXPECT_NEAR(area(light), 0.130 * 0.105, 1e-12);
+    EXPECT_NEAR(area(light) + area(ceiling), 0.556 * 0.5592, 1e-12);
+    for (const Mesh* mesh : {&light, &ceiling})
+        for (std::size_t i = 1; i < mesh->triangles.size(); i += 3) EXPECT_FLOAT_EQ(triangleNormals(*mesh)[i], -1.0F);
+    // Red is on the left as the camera sees it, which looks along +z: at large x.
+    EXPECT_EQ(scene.findGeometry("left_wall")->materialName, "red");
+    EXPECT_GT(std::get<Mesh>(scene.findGeometry("left_wall")->shape).vertices[0], 0.5);
+    const auto red = scene.findNode("material", "red")->child("bsdf")->child("reflectance")->table("samples");
+    EXPECT_EQ(red->rows, 76U);
+    EXPECT_GT(red->numbers("value").back(), 5.0 * red->numbers("value").front());
+    EXPECT_EQ(scene.findNode("material", "light")->child("emitter")->choice("side"), "front");
+}
+
+}  // namespace
+}  // namespace nemra::node
