@@ -1,6 +1,7 @@
 /// Array arguments enter by one copy in the order of the buffer's memory; strides aren't honoured.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "module/binding.h"
@@ -20,14 +21,14 @@ bool spansElements(const py::array_t<T>& array, py::ssize_t count) {
     return count * static_cast<py::ssize_t>(sizeof(T)) <= last + static_cast<py::ssize_t>(sizeof(T));
 }
 
-/// The first `count` elements in memory order; `count` must not exceed array.size(). Where the memory holds fewer, they are taken
-/// in the order of the indices, since there is nothing else to read.
+/// The first `count` elements in memory order. Where the memory that the array spans holds fewer, they are taken in the order of
+/// the indices, as far as there are any, since there is nothing else to read.
 template <class T>
 std::vector<T> inBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
     if (count <= 0) return {};
     if (spansElements(array, count)) return std::vector<T>(array.data(), array.data() + count);
     const auto ordered = py::array_t<T, py::array::c_style | py::array::forcecast>(array);
-    return std::vector<T>(ordered.data(), ordered.data() + count);
+    return std::vector<T>(ordered.data(), ordered.data() + std::min(count, ordered.size()));
 }
 
 }  // namespace Nemra

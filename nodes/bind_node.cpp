@@ -1,4 +1,5 @@
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "nodes/node.h"
 
 namespace NemraNode {
@@ -8,7 +9,7 @@ using NodeHandler = Nemra::CHandler<nemra_onode_t>;
 
 void bindNode(py::module_& module, std::string) {
     py::class_<NodeHandler, std::shared_ptr<NodeHandler>>(module, "CNodeHandler");
-    py::class_<Node, NodeHandler, std::shared_ptr<Node>> node(
+    Nemra::BoundClass<Node, NodeHandler, std::shared_ptr<Node>> node(
         module, "Node", "\n        A scene node.\n\n        This is the parent class of nodes.\n    \n    ");
     node.def(py::init<const std::string&, const std::string&, const std::string&>(), py::arg("className"), py::arg("typeName"),
              py::arg("name"));

@@ -1,4 +1,5 @@
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "render/renderer.h"
 #include "render/renderer_docs.h"
 
@@ -6,7 +7,7 @@ namespace Nemra {
 
 namespace {
 
-using RendererClass = py::class_<NemraRenderer, CHandler<nemra_renderer_t>, std::shared_ptr<NemraRenderer>>;
+using RendererClass = Nemra::BoundClass<NemraRenderer, CHandler<nemra_renderer_t>, std::shared_ptr<NemraRenderer>>;
 
 void bindEnumerators(const RendererClass& renderer, const std::string& packageName) {
     py::enum_<nemra_renderer_stat_t>(renderer, "stat_type", py::arithmetic(), "Enumerator of statistic value types")

@@ -1,6 +1,7 @@
 #include "render/server.h"
 
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "render/callback_slot.h"
 
 namespace Nemra {
@@ -76,7 +77,7 @@ Current parameters: (list may not be up to date)
 
 void bindServer(py::module_& module, const std::string&) {
     py::class_<CHandler<nemra_server_t>, std::shared_ptr<CHandler<nemra_server_t>>>(module, "CServerHandler");
-    py::class_<NemraServer, CHandler<nemra_server_t>, std::shared_ptr<NemraServer>> server(module, "Server");
+    Nemra::BoundClass<NemraServer, CHandler<nemra_server_t>, std::shared_ptr<NemraServer>> server(module, "Server");
     server.def(py::init<>())
         .def("openAsync", &NemraServer::openAsync, py::arg("port"), kOpenAsync)
         .def("open", &NemraServer::open, py::arg("port"), kOpen)

@@ -1,4 +1,5 @@
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "results/raw.h"
 #include "results/raw_docs.h"
 
@@ -6,7 +7,7 @@ namespace Nemra {
 
 namespace {
 
-using RawClass = py::class_<NemraRaw, CHandler<nemra_raw_t>, std::shared_ptr<NemraRaw>>;
+using RawClass = Nemra::BoundClass<NemraRaw, CHandler<nemra_raw_t>, std::shared_ptr<NemraRaw>>;
 
 void bindQuantity(const RawClass& raw) {
     py::enum_<Quantity>(raw, "quantity", py::arithmetic(), "Enumerator for raw quantities")

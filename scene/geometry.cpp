@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "module/engine_text.h"
 
 namespace NemraNode {
@@ -60,7 +61,7 @@ public:
 void bindGeometry(py::module_& geometries) {
     using Handler = Nemra::CHandler<nemra_geom_t>;
     py::class_<Handler, std::shared_ptr<Handler>>(geometries, "CGeomHandler");
-    py::class_<Geometry, Handler, pyGeometry, std::shared_ptr<Geometry>>(geometries, "Geometry")
+    Nemra::BoundClass<Geometry, Handler, pyGeometry, std::shared_ptr<Geometry>>(geometries, "Geometry")
         .def("getPtr", &Geometry::lowBits, "Get pointer to data as an integer")
         .def("__repr__", &Geometry::repr)
         .def(

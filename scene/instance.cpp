@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "module/buffer_order.h"
 #include "module/engine_text.h"
 #include "module/owned_array.h"
@@ -68,7 +69,7 @@ void Instance::setMaterial(nodes::Node& material, bool fallback, bool keepOrigin
 void bindInstance(py::module_& nodes, std::string) {
     using Handler = Nemra::CHandler<nemra_instance_t>;
     py::class_<Handler, std::shared_ptr<Handler>>(nodes, "CInstanceHandler");
-    py::class_<Instance, Handler, std::shared_ptr<Instance>>(nodes, "Instance")
+    Nemra::BoundClass<Instance, Handler, std::shared_ptr<Instance>>(nodes, "Instance")
         .def(py::init([] { return std::make_shared<Instance>(nemraInstance_create()); }))
         .def("copy", &Instance::copy,
              " Copy an instance\n            \n            .. note:: \n\n"

@@ -1,4 +1,5 @@
 #include "scene/mesh.h"
+#include "module/bound_class.h"
 
 #include <iostream>
 
@@ -100,7 +101,7 @@ py::array_t<float> Mesh::getTriangleNormals() const {
 py::array_t<float> Mesh::getUvs() const { return asRows(readBuffer<float>(handle, nemraMesh_getUvsSize, nemraMesh_getUvs), 2); }
 
 void bindMesh(py::module_& geometries) {
-    py::class_<Mesh, Geometry, std::shared_ptr<Mesh>>(geometries, "Mesh")
+    Nemra::BoundClass<Mesh, Geometry, std::shared_ptr<Mesh>>(geometries, "Mesh")
         .def(py::init(&meshOfArrays), py::arg("name"), py::arg("vertices"), py::arg("normals"), py::arg("triangles"),
              py::arg("uvs") = py::array_t<float>(0))
         .def("copy", &Mesh::copy, "Create a copy of this mesh")

@@ -1,11 +1,12 @@
 #include "module/binders.h"
+#include "module/bound_class.h"
 #include "scene/scene.h"
 
 namespace NemraNode {
 
 namespace {
 
-using SceneClass = py::class_<Scene, Nemra::CHandler<nemra_scene_t>, std::shared_ptr<Scene>>;
+using SceneClass = Nemra::BoundClass<Scene, Nemra::CHandler<nemra_scene_t>, std::shared_ptr<Scene>>;
 
 constexpr const char* kAddNode =
     "Add an Node to the scene, this method copies the node and put it in the scene, you can choose to delete the original from "

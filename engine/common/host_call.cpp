@@ -14,7 +14,14 @@ constexpr int kKeptLimit = 4096;
 
 constinit std::atomic<bool> closing{false};
 constinit std::atomic<int> inFlight{0};
-constinit std::atomic<int> kept{0};
+constinit std::atomic<int> keptCount{0};
+
+/// What hosts threw, in a list that is never emptied.
+struct Kept {
+    std::exception_ptr thrown;
+    Kept* next;
+};
+constinit std::atomic<Kept*> keptList{nullptr};
 constinit thread_local int ownPasses = 0;
 
 }  // namespace
@@ -49,10 +56,15 @@ bool closeCallbackGate(int timeoutMs) {
 }
 
 bool keepForever(std::exception_ptr thrown) noexcept {
-    // Leaked on purpose, also beyond the limit: dropping it here could already ask for the host's lock.
-    alignas(std::exception_ptr) unsigned char storage[sizeof(std::exception_ptr)];
-    new (storage) std::exception_ptr(std::move(thrown));
-    return kept.fetch_add(1) + 1 < kKeptLimit;
+    // Also beyond the limit: dropping it here could already ask for the host's lock.
+    if (auto* const entry = new (std::nothrow) Kept{std::move(thrown), keptList.load()}) {
+        while (!keptList.compare_exchange_weak(entry->next, entry)) {
+        }
+    } else {
+        alignas(std::exception_ptr) unsigned char storage[sizeof(std::exception_ptr)];
+        new (storage) std::exception_ptr(std::move(thrown));  // never destroyed
+    }
+    return keptCount.fetch_add(1) + 1 < kKeptLimit;
 }
 
 }  // namespace nemra

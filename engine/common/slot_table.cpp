@@ -24,14 +24,17 @@ std::uint64_t indexOf(std::uint64_t id) noexcept {
     return ((id >> kGenerationBits) & kLowIndexMask) | (id >> kHighIndexShift << kLowIndexBits);
 }
 
-/// The object that this thread asked for last, per kind.
-struct Hot {
-    std::uint64_t id = 0;
+/// Keeps alive what HotHandle points to; apart from it, since it must be destroyed with its thread.
+struct HotKeeper {
     std::shared_ptr<void> object;
+    std::uint64_t id = 0;
+    ~HotKeeper() { HotHandle::forget(id); }
 };
-thread_local std::array<Hot, kKindCount> hot;
+thread_local HotKeeper hotKeeper;
 
 }  // namespace
+
+constinit thread_local HotHandle::Last HotHandle::last_{};
 
 SlotTable& SlotTable::of(Kind kind) noexcept {
     struct All {
@@ -111,13 +114,25 @@ std::shared_ptr<void> SlotTable::find(std::uint64_t id) const noexcept {
     return object;
 }
 
-void* SlotTable::findHot(std::uint64_t id) const noexcept {
-    Hot& last = hot[static_cast<std::size_t>(kind_)];
-    if (last.id == id && id != 0 && isCurrent(id)) return last.object.get();
-    std::shared_ptr<void> object = find(id);
-    last.id = object ? id : 0;
-    last.object.swap(object);  // what was there before is destroyed when the slot of this thread is consistent again
-    return last.object.get();
+void* HotHandle::look(Kind kind, std::uint64_t id) noexcept {
+    static_assert(kReaders == kReadersMask);
+    const SlotTable& table = SlotTable::of(kind);
+    std::shared_ptr<void> object = table.find(id);
+    last_ = {};
+    if (object) {
+        last_ = {id, kind, object.get(), &table.slotOf(id)->state,
+                 (generationOf(id) << kStateGenerationShift) | kReadersMask | kCurrent};
+    }
+    hotKeeper.id = last_.id;
+    hotKeeper.object.swap(object);  // what was there before is destroyed when everything is consistent again
+    return last_.object;
+}
+
+void HotHandle::forget(std::uint64_t id) noexcept {
+    if (id == 0 || last_.id != id) return;
+    last_ = {};
+    hotKeeper.id = 0;
+    const std::shared_ptr<void> dropped = std::move(hotKeeper.object);
 }
 
 bool SlotTable::hold(std::uint64_t id, const std::shared_ptr<void>& object) {
@@ -143,11 +158,7 @@ std::shared_ptr<void> SlotTable::retire(std::uint64_t id) {
         current_.fetch_sub(1, std::memory_order_relaxed);
         if ((before & kReadersMask) == 0) recycle(slot);  // else the last reader does
     }
-    Hot& last = hot[static_cast<std::size_t>(kind_)];
-    if (last.id == id) {
-        last.id = 0;
-        const std::shared_ptr<void> dropped = std::move(last.object);
-    }
+    HotHandle::forget(id);
     return held;
 }
 

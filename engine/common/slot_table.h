@@ -31,9 +31,6 @@ public:
     std::uint64_t publish(const std::shared_ptr<void>& object, bool held);
     /// The object, or null for an id that isn't current or whose object is gone. Lock-free.
     std::shared_ptr<void> find(std::uint64_t id) const noexcept;
-    /// Lock-free; a few nanoseconds when this thread asked for the same object last. The result is good until this thread's next
-    /// call of findHot for the same kind. Until then the thread keeps the object alive, also when it is retired elsewhere.
-    void* findHot(std::uint64_t id) const noexcept;
     /// Makes the table keep the object of a current id alive. False if the id isn't current.
     bool hold(std::uint64_t id, const std::shared_ptr<void>& object);
     /// Stops keeping the object alive; the id stays current for as long as the object lives. Gives back what was held, which the
@@ -46,6 +43,7 @@ public:
     std::size_t size() const noexcept;
 
 private:
+    friend class HotHandle;
     struct Slot {
         /// Generation in the upper half; below it the number of finds that are reading the slot, times two, plus one while the
         /// id is current.
@@ -75,6 +73,35 @@ private:
     std::uint64_t used_ = 0;  ///< slots ever taken
     std::atomic<std::size_t> current_{0};
     std::array<std::atomic<Slot*>, kSegments> segments_{};  ///< segment s has 2^(s + kFirstSegmentBits) slots
+};
+
+/// The object that this thread asked for last by findHot, of whatever kind.
+class NEMRA_API HotHandle {
+public:
+    /// The object, or null, as SlotTable::find has it.
+    static void* find(Kind kind, std::uint64_t id) noexcept {
+        const Last& last = last_;
+        const bool same = last.id == id && last.kind == kind && last.state &&
+                          (last.state->load(std::memory_order_acquire) | kReaders) == last.wanted;
+        return same ? last.object : look(kind, id);
+    }
+    /// Lets go of the object of that id, if it is the last.
+    static void forget(std::uint64_t id) noexcept;
+
+private:
+    friend class SlotTable;
+    struct Last {
+        std::uint64_t id;
+        Kind kind;
+        void* object;
+        const std::atomic<std::uint64_t>* state;  ///< of the slot
+        std::uint64_t wanted;                     ///< the state while the id is current, with all bits of the readers set
+    };
+    static void* look(Kind kind, std::uint64_t id) noexcept;
+
+    static constexpr std::uint64_t kReaders = 0xfffffffe;
+    // Few bytes, so that they fit what the loader keeps for libraries that come late.
+    static constinit thread_local Last last_ __attribute__((tls_model("initial-exec")));
 };
 
 /// Kind of each handle type.
@@ -108,10 +135,12 @@ template <class T, class Handle>
 std::shared_ptr<T> find(const Handle* handle) noexcept {
     return std::static_pointer_cast<T>(SlotTable::of(KindOf<Handle>::value).find(toId(handle)));
 }
-/// The same for functions that are called millions of times on one object; see SlotTable::findHot.
+/// The same in a few nanoseconds when this thread asked for the same object last, for functions that are called millions of times.
+/// The result is good until this thread's next call of findHot; until then the thread keeps the object alive, also when it is
+/// retired elsewhere.
 template <class T, class Handle>
 T* findHot(const Handle* handle) noexcept {
-    return static_cast<T*>(SlotTable::of(KindOf<Handle>::value).findHot(toId(handle)));
+    return static_cast<T*>(HotHandle::find(KindOf<Handle>::value, toId(handle)));
 }
 /// Ends a handle and clears the field; bears a null address and a null or stale field. True if it was current.
 template <class Handle>

@@ -57,12 +57,15 @@ std::string whyRefused(const Mesh& mesh) {
 }
 
 std::string whyRefused(const Sphere& sphere) {
-    return sphere.radius > 0.0F && sphere.radius <= static_cast<float>(kMaxCoordinate) ? "" : "the radius must be finite and above zero";
+    return sphere.radius > 0.0F && sphere.radius <= static_cast<float>(kMaxCoordinate)
+               ? ""
+               : "the radius must be finite and above zero";
 }
 
 std::string whyRefused(const Cone& cone) {
-    return cone.topRadius >= 0.0F && cone.topRadius <= static_cast<float>(kMaxCoordinate) ? ""
-                                                                                         : "the top radius must be finite and not below zero";
+    return cone.topRadius >= 0.0F && cone.topRadius <= static_cast<float>(kMaxCoordinate)
+               ? ""
+               : "the top radius must be finite and not below zero";
 }
 
 const std::vector<float>& triangleNormals(const Mesh& mesh) {

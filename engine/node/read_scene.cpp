@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/common/log.h"
+#include "engine/common/workdir.h"
 #include "engine/node/svxml/limits.h"
 #include "engine/node/svxml/svxml.h"
 
@@ -40,7 +41,7 @@ bool readBytes(const std::string& path, std::vector<char>& bytes) {
         return false;
     };
     errno = 0;
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(resolvePath(path).c_str(), "rb"));
     if (!file) return fail(std::strerror(errno));
     struct stat about {};
     if (fstat(fileno(file.get()), &about) != 0) return fail(std::strerror(errno));
@@ -57,12 +58,19 @@ bool readBytes(const std::string& path, std::vector<char>& bytes) {
 
 bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene) {
     switch (encodingOf(bytes)) {
-        case Encoding::svxml: return readSvxml(bytes, origin, scene);
-        case Encoding::svbin: log::error(origin, "reading svbin is not available yet"); return false;
-        case Encoding::gzip: log::error(origin, "reading gzipped scenes is not available yet"); return false;
-        case Encoding::unknown: break;
+        case Encoding::svxml:
+            return readSvxml(bytes, origin, scene);
+        case Encoding::svbin:
+            log::error(origin, "reading svbin is not available yet");
+            return false;
+        case Encoding::gzip:
+            log::error(origin, "reading gzipped scenes is not available yet");
+            return false;
+        case Encoding::unknown:
+            break;
     }
-    log::error(origin, bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor any other encoding of scenes");
+    log::error(origin,
+               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor any other encoding of scenes");
     return false;
 }
 

@@ -16,7 +16,7 @@ namespace nemra::node {
 /// What would change the light without anybody noticing (unknown classes and parameters) and what is broken (no scene, damaged
 /// mesh, numbers that aren't) gives one error message with file, line, column and node, and false.
 NEMRA_API bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene);
-/// The same from a file; a relative path is taken from the working directory of the process. A missing or unreadable file gives one error message and false.
+/// The same from a file; a relative path counts from workdir(). A missing or unreadable file gives one error message and false.
 NEMRA_API bool readSceneFile(const std::string& path, Scene& scene);
 
 }  // namespace nemra::node

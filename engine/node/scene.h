@@ -19,7 +19,7 @@ struct Import {
 /// A geometry is rendered where instances place it, once for each; a geometry that no instance names isn't rendered.
 struct NEMRA_API Scene {
     std::string name;
-    std::string activeSetup;               ///< name of a node of family setup; "" takes the only one
+    std::string activeSetup;  ///< name of a node of family setup; "" takes the only one
     std::vector<std::string> searchPaths;
     std::vector<Import> imports;
     std::vector<std::shared_ptr<Node>> nodes;

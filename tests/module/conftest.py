@@ -12,7 +12,7 @@ import sys
 import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-BUILD = pathlib.Path(os.environ.get("NEMRA_BUILD_DIR", ROOT / "build"))
+BUILD = pathlib.Path(os.environ.get("NEMRA_BUILD_DIR", ROOT / "build")).resolve()
 IN_PROBE = "NEMRA_PROBE_REPORT" in os.environ
 PROBE = pytest.StashKey()
 
@@ -20,13 +20,12 @@ sys.path.insert(0, str(BUILD / "python"))
 
 
 def environment(**more):
-    """For a child process: the package on the path, and with probe=True the probe engine."""
-    env = dict(os.environ, PYTHONPATH=str(BUILD / "python"), **more)
-    return env
+    """For a child process: the package on the path."""
+    return {**os.environ, "PYTHONPATH": str(BUILD / "python"), **more}
 
 
 def probe_environment(**more):
-    return environment(LD_LIBRARY_PATH=str(BUILD / "probe"), **more)
+    return environment(**{"LD_LIBRARY_PATH": str(BUILD / "probe"), **more})
 
 
 @pytest.fixture

@@ -2,8 +2,8 @@
 ///
 /// A call reads `function(argument, argument)`: texts as they are, handles and numbers in decimals, `&7` for the address of a handle
 /// field that holds 7, `[1 2 3]` for elements. Its answer is looked up by the whole call, then by the function alone. Without an
-/// answer it is 0, false, null or an empty text. An answer is text too: a number, `null`, or elements with blanks between. The count
-/// that a function gives with its answer is that of the answer's elements, or the answer to `count function`.
+/// answer it is 0, false, null or an empty text. An answer is text too: a number, `<null>`, or elements with blanks
+/// between. The count that a function gives with its answer is that of the answer's elements, or the answer to `count function`.
 #pragma once
 
 #include <cstdint>
@@ -109,9 +109,9 @@ R result(const std::optional<std::string>& answer, std::int64_t& count) {
         return;
     } else if constexpr (std::is_same_v<R, const char*>) {
         count = static_cast<std::int64_t>(text.size());
-        return answer && text == "null" ? nullptr : (new std::string(text))->c_str();
+        return answer && text == "<null>" ? nullptr : (new std::string(text))->c_str();
     } else if constexpr (std::is_same_v<R, char*>) {
-        if (answer && text == "null") return nullptr;
+        if (answer && text == "<null>") return nullptr;
         count = static_cast<std::int64_t>(text.size());
         auto* block = static_cast<char*>(std::malloc(text.size() + 1));
         std::memcpy(block, text.c_str(), text.size() + 1);
@@ -120,7 +120,7 @@ R result(const std::optional<std::string>& answer, std::int64_t& count) {
         return text == "true";
     } else if constexpr (std::is_pointer_v<R> && (std::is_arithmetic_v<std::remove_pointer_t<R>> ||
                                                   std::is_pointer_v<std::remove_pointer_t<R>>)) {
-        if (!answer || text == "null") return nullptr;
+        if (!answer || text == "<null>") return nullptr;
         using Element = std::remove_const_t<std::remove_pointer_t<R>>;
         auto* block = new std::vector<Element>(numbers<Element>(text));
         count = static_cast<std::int64_t>(block->size());

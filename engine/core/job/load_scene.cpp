@@ -55,6 +55,10 @@ void addLibraries(node::Scene& scene, const std::vector<std::string>& paths) {
 }
 
 std::shared_ptr<const PreparedScene> prepare(node::Scene& scene, const Settings& settings) {
+    if (!scene.imports.empty()) {  // half a scene would give a wrong picture
+        log::error("scene '" + scene.name + "'", "importing '" + scene.imports.front().path + "' is not available yet");
+        return nullptr;
+    }
     addLibraries(scene, settings.libraryPaths);
     return prepareScene(scene, settings.setup);
 }

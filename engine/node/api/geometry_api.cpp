@@ -1,10 +1,10 @@
 // What all geometries have in common, through the flat interface.
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
-#include "engine/node/node_handle.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
 #include "engine/node/mesh.h"
+#include "engine/node/node_handle.h"
 #include "module/flat/nemra_scene.h"
 
 using namespace nemra;

@@ -4,9 +4,9 @@
 
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
-#include "engine/node/node_handle.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
+#include "engine/node/node_handle.h"
 #include "module/flat/nemra_node.h"
 #include "module/flat/nemra_scene.h"
 

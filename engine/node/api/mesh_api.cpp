@@ -59,7 +59,8 @@ nemra_geom_t* nemraMesh_create(const char* name, const double* vertices, const f
             return nullptr;
         };
         if (verticesCount < 0 || trianglesCount < 0) return refuse("negative count");
-        if ((vertices == nullptr && verticesCount > 0) || (triangles == nullptr && trianglesCount > 0)) return refuse("array missing");
+        if ((vertices == nullptr && verticesCount > 0) || (triangles == nullptr && trianglesCount > 0))
+            return refuse("array missing");
         Mesh mesh;
         mesh.vertices = copyOf(vertices, static_cast<std::size_t>(verticesCount));
         mesh.normals = copyOf(normals, static_cast<std::size_t>(verticesCount));

@@ -3,9 +3,9 @@
 
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
-#include "engine/node/node_handle.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/mesh.h"
+#include "engine/node/node_handle.h"
 #include "module/flat/nemra_node.h"
 #include "module/flat/nemra_scene.h"
 
@@ -175,7 +175,8 @@ void nemraScene_remove(nemra_scene_t* scene, uint64_t number) {
         const bool removed = removeHandle(object->scene.instances, object->instanceHandles, toHandle<nemra_instance_t>(number)) ||
                              removeHandle(object->scene.geometries, object->geometryHandles, toHandle<nemra_geom_t>(number)) ||
                              removeNode(*object, toHandle<nemra_onode_t>(number));
-        if (!removed) log::warning("scene '" + object->scene.name + "'", "nothing to remove under number " + std::to_string(number));
+        if (!removed)
+            log::warning("scene '" + object->scene.name + "'", "nothing to remove under number " + std::to_string(number));
     });
 }
 

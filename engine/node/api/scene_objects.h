@@ -1,7 +1,7 @@
 /// What stands behind the handles of geometries, instances and scenes.
 ///
-/// A geometry or an instance is either free-standing (only its handle keeps it) or a scene's (the scene keeps it as well, and ends
-/// its handle when it leaves).
+/// A geometry or an instance is either free-standing (only its handle keeps it) or a scene's (the scene keeps it as well, and
+/// ends its handle when it leaves).
 #pragma once
 
 #include <memory>
@@ -30,7 +30,8 @@ struct SceneObject {
     void clearGeometries();
     void clearInstances();
     void clear();
-    /// The scene becomes `read`; handles of what was in it go stale. Handles of the new contents are made when they are asked for.
+    /// The scene becomes `read`; handles of what was in it go stale. Handles of the new contents are made when they are asked
+    /// for.
     void replace(Scene read);
 };
 

@@ -11,8 +11,8 @@ namespace nemra::node {
 
 enum class Format { svxml = 0, svbin = 1, svxmlz = 2, svbinz = 3 };
 
-/// `object` in that format as the caller's bytes, with their count in `size` (which may be null). Null, with a message and size 0,
-/// for an encoding that isn't there.
+/// `object` in that format as the caller's bytes, with their count in `size` (which may be null). Null, with a message and size
+/// 0, for an encoding that isn't there.
 template <class Object, class Size>
 char* serialize(const char* function, const Object& object, int format, Size* size) {
     if (static_cast<Format>(format) != Format::svxml) {

@@ -99,7 +99,7 @@ void Catalogue::addLinked(const std::string& family) {
     add({.family = family,
          .type = "linked",
          .summary = "Stands for another node of the family " + family + " in the scene",
-         .parameters = {link("name").doc("Name of the node that is meant")}});
+         .parameters = {link("node").doc("Name of the node that is meant")}});
 }
 
 }  // namespace nemra::node

@@ -16,8 +16,8 @@ void addEmitterClasses(Catalogue& catalogue) {
          .parameters =
              {choice("quantity")
                   .option("spectrum", "The spectrum is the spectral radiance itself, W/(m2 sr nm)")
-                  .option("radiance", "The spectrum is scaled to a radiance",
-                          {quantity("radiance", "W/(m2 sr)").doc("Radiance, over all wavelengths")})
+                  .option("total_radiance", "The spectrum is scaled to a radiance",
+                          {quantity("total_radiance", "W/(m2 sr)").doc("Radiance, over all wavelengths")})
                   .option("luminance", "The spectrum is scaled to a luminance", {quantity("luminance", "cd/m2").doc("Luminance")})
                   .option("exitance", "The spectrum is scaled to a radiant exitance",
                           {quantity("exitance", "W/m2").doc("Radiant exitance of an emitting side, over all wavelengths")})

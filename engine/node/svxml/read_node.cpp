@@ -9,8 +9,9 @@ namespace {
 
 bool describes(const std::vector<ParameterSpec>& parameters, std::string_view name) {
     return std::any_of(parameters.begin(), parameters.end(), [&](const ParameterSpec& parameter) {
-        return parameter.name == name || std::any_of(parameter.options.begin(), parameter.options.end(),
-                                                     [&](const OptionSpec& option) { return describes(option.parameters, name); });
+        return parameter.name == name ||
+               std::any_of(parameter.options.begin(), parameter.options.end(),
+                           [&](const OptionSpec& option) { return describes(option.parameters, name); });
     });
 }
 
@@ -75,7 +76,8 @@ private:
         for (Setting& setting : settings_) apply(setting, false);
         for (const Setting& setting : settings_) {
             if (setting.done) continue;
-            if (!describes(node_.nodeClass().parameters, setting.name)) fail(setting.element, "unknown parameter '" + setting.name + "'");
+            if (!describes(node_.nodeClass().parameters, setting.name))
+                fail(setting.element, "unknown parameter '" + setting.name + "'");
             source_.warn(source_.offsetOf(setting.element),
                          node_.label() + ": parameter '" + setting.name + "' has no effect under the choices made, skipped");
         }
@@ -131,7 +133,8 @@ private:
             }
             source_.checkAttributes(part, {"name"});
             const std::string name(source_.required(part, "name"));
-            const auto column = std::find_if(spec.columns.begin(), spec.columns.end(), [&](const auto& c) { return c.name == name; });
+            const auto column =
+                std::find_if(spec.columns.begin(), spec.columns.end(), [&](const auto& c) { return c.name == name; });
             if (column == spec.columns.end()) throw Fault{source_.offsetOf(part), what + " has no column '" + name + "'"};
             if (table->find(name) != nullptr) throw Fault{source_.offsetOf(part), what + ": a second column '" + name + "'"};
             std::vector<Value> cells = readCells(part, *column, what + ", column '" + name + "'");
@@ -174,7 +177,8 @@ private:
     }
 
     /// One cell of a column of numbers, most often a plain real.
-    Value readCell(const ParameterSpec& column, std::string_view word, std::size_t at, const std::string& what, std::size_t row) const {
+    Value readCell(const ParameterSpec& column, std::string_view word, std::size_t at, const std::string& what,
+                   std::size_t row) const {
         const bool isDouble = column.type == NEMRA_PARAMETER_REAL && !std::holds_alternative<float>(column.defaultValue.data);
         if (double number = 0.0; isDouble && parseNumber(word, number) == NumberFault::none) return {number};
         return readValue(source_, column, word, source_.offsetOf(word.data(), at), what + ", row " + std::to_string(row));
@@ -199,7 +203,8 @@ private:
         source_.checkAttributes(part, {"slot", "type", "name"});
         const std::string slotName(source_.required(part, "slot"));
         const auto& slots = node_.nodeClass().children;
-        const auto slot = std::find_if(slots.begin(), slots.end(), [&](const ChildSpec& child) { return child.name == slotName; });
+        const auto slot =
+            std::find_if(slots.begin(), slots.end(), [&](const ChildSpec& child) { return child.name == slotName; });
         if (slot == slots.end()) fail(part, "no child slot '" + slotName + "'");
         const std::string type = part.attribute("type") ? part.attribute("type").value() : slot->defaultType;
         if (type == slot->defaultType && node_.isDefaultChild(slotName)) {
@@ -219,7 +224,8 @@ private:
         place(part, makeNode(part, family, std::string(source_.required(part, "type")), part.attribute("name").value()));
     }
 
-    std::shared_ptr<Node> makeNode(pugi::xml_node part, const std::string& family, const std::string& type, std::string name) const {
+    std::shared_ptr<Node> makeNode(pugi::xml_node part, const std::string& family, const std::string& type,
+                                   std::string name) const {
         const NodeClass* const nodeClass = findClass(family, type);
         if (nodeClass == nullptr) fail(part, "unknown class '" + family + "/" + type + "'");
         return std::make_shared<Node>(*nodeClass, std::move(name));

@@ -19,8 +19,8 @@ void checkVersion(const Source& source, pugi::xml_node element) {
     if (parseNumber(std::string_view(attribute.value()), version) != NumberFault::none || version < 1)
         throw Fault{source.offsetOf(attribute), "version isn't a number from 1"};
     if (version > kVersion)
-        throw Fault{source.offsetOf(attribute), "written in version " + std::to_string(version) + " of the form, this reader knows versions up to " +
-                                                    std::to_string(kVersion)};
+        throw Fault{source.offsetOf(attribute), "written in version " + std::to_string(version) +
+                                                    " of the form, this reader knows versions up to " + std::to_string(kVersion)};
 }
 
 /// References by name find the first of a name, so a second one is most likely a slip.
@@ -98,7 +98,8 @@ bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene
 std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin) {
     std::shared_ptr<Node> node;
     read(text, origin, [&](svxml::Source& source, pugi::xml_node root) {
-        if (std::string_view(root.name()) != "node") source.fail(root, "element 'node' expected, not '" + std::string(root.name()) + "'");
+        if (std::string_view(root.name()) != "node")
+            source.fail(root, "element 'node' expected, not '" + std::string(root.name()) + "'");
         node = svxml::readNode(source, root);
     });
     return node;

@@ -54,7 +54,8 @@ Source::Source(std::span<const char> text, std::string_view origin) : text_(text
     buffer_.reserve(text.size() + 1);
     buffer_.assign(text.begin(), text.end());
     constexpr unsigned kOptions = pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_doctype;
-    const pugi::xml_parse_result result = document_.load_buffer_inplace(buffer_.data(), buffer_.size(), kOptions, pugi::encoding_utf8);
+    const pugi::xml_parse_result result =
+        document_.load_buffer_inplace(buffer_.data(), buffer_.size(), kOptions, pugi::encoding_utf8);
     if (!result) throw Fault{static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), result.description()};
     checkStructure();
 }
@@ -139,7 +140,8 @@ bool Source::flag(pugi::xml_node element, const char* attribute, bool otherwise)
     if (!found) return otherwise;
     const std::string_view value = found.value();
     if (value != "true" && value != "false")
-        throw Fault{offsetOf(found), "attribute '" + std::string(attribute) + "' must be true or false, not '" + std::string(value) + "'"};
+        throw Fault{offsetOf(found),
+                    "attribute '" + std::string(attribute) + "' must be true or false, not '" + std::string(value) + "'"};
     return value == "true";
 }
 

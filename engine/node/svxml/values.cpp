@@ -14,7 +14,8 @@ constexpr bool kIsNumber = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
 template <class Number>
 Number readNumber(const Source& source, std::string_view text, std::size_t at, std::string_view what) {
     const auto numbers = readNumbers<Number>(source, text, at, what);
-    if (numbers.size() != 1) throw Fault{at, std::string(what) + ": one number expected, " + std::to_string(numbers.size()) + " found"};
+    if (numbers.size() != 1)
+        throw Fault{at, std::string(what) + ": one number expected, " + std::to_string(numbers.size()) + " found"};
     return numbers.front();
 }
 
@@ -28,14 +29,20 @@ bool readBoolean(std::string_view text, std::size_t at, std::string_view what) {
 Value::Data kindOf(const ParameterSpec& spec) {
     if (!std::holds_alternative<std::monostate>(spec.defaultValue.data)) return spec.defaultValue.data;
     switch (spec.type) {
-        case NEMRA_PARAMETER_REAL: return 0.0;
-        case NEMRA_PARAMETER_INTEGER: return std::int32_t{0};
-        case NEMRA_PARAMETER_BOOLEAN: return false;
+        case NEMRA_PARAMETER_REAL:
+            return 0.0;
+        case NEMRA_PARAMETER_INTEGER:
+            return std::int32_t{0};
+        case NEMRA_PARAMETER_BOOLEAN:
+            return false;
         case NEMRA_PARAMETER_VECTOR:
-        case NEMRA_PARAMETER_DIRECTION: return std::vector<double>{};
+        case NEMRA_PARAMETER_DIRECTION:
+            return std::vector<double>{};
         case NEMRA_PARAMETER_MATRIX2:
-        case NEMRA_PARAMETER_MATRIX3: return std::vector<float>{};
-        default: return std::string{};
+        case NEMRA_PARAMETER_MATRIX3:
+            return std::vector<float>{};
+        default:
+            return std::string{};
     }
 }
 
@@ -97,14 +104,20 @@ Value readValue(const Source& source, const ParameterSpec& spec, std::string_vie
         kindOf(spec));
 }
 
-Value readRawData(const Source& source, nemra_raw_data_type_t type, std::string_view text, std::size_t at, std::string_view what) {
+Value readRawData(const Source& source, nemra_raw_data_type_t type, std::string_view text, std::size_t at,
+                  std::string_view what) {
     switch (type) {
         case NEMRA_RAW_DATA_INDEX:
-        case NEMRA_RAW_DATA_INT32: return {readNumbers<std::int32_t>(source, text, at, what)};
-        case NEMRA_RAW_DATA_FLOAT: return {readNumbers<float>(source, text, at, what)};
-        case NEMRA_RAW_DATA_DOUBLE: return {readNumbers<double>(source, text, at, what)};
-        case NEMRA_RAW_DATA_BINARY: return {readBytes(text, at, what)};
-        default: return {std::string(text)};
+        case NEMRA_RAW_DATA_INT32:
+            return {readNumbers<std::int32_t>(source, text, at, what)};
+        case NEMRA_RAW_DATA_FLOAT:
+            return {readNumbers<float>(source, text, at, what)};
+        case NEMRA_RAW_DATA_DOUBLE:
+            return {readNumbers<double>(source, text, at, what)};
+        case NEMRA_RAW_DATA_BINARY:
+            return {readBytes(text, at, what)};
+        default:
+            return {std::string(text)};
     }
 }
 

@@ -15,7 +15,8 @@ namespace nemra::node::svxml {
 /// A scalar, a text or a vector as text; a colour gives its coordinates. Empty for an unset value.
 void appendValue(std::string& out, const Value& value);
 
-/// Words of `text` (which lies in `source`) as numbers. Throws a Fault with the word's place, `what` and its position in the list.
+/// Words of `text` (which lies in `source`) as numbers. Throws a Fault with the word's place, `what` and its position in the
+/// list.
 template <class Number>
 std::vector<Number> readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
     std::vector<Number> numbers;
@@ -29,8 +30,10 @@ std::vector<Number> readNumbers(const Source& source, std::string_view text, std
             continue;
         }
         throw Fault{source.offsetOf(word.data(), elsewhere),
-                    std::string(what) + ": '" + std::string(word.substr(0, 40)) + "' at position " + std::to_string(numbers.size()) +
-                        (fault == NumberFault::outOfRange ? " is out of the range of its kind of number" : " isn't a number of its kind")};
+                    std::string(what) + ": '" + std::string(word.substr(0, 40)) + "' at position " +
+                        std::to_string(numbers.size()) +
+                        (fault == NumberFault::outOfRange ? " is out of the range of its kind of number"
+                                                          : " isn't a number of its kind")};
     }
 }
 

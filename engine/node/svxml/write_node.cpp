@@ -28,7 +28,8 @@ public:
         if (node_.name() != base_.name()) return true;
         if (!node_.comments().empty() || !node_.mutableList().empty()) return true;
         const auto settings = node_.activeParameters();
-        if (std::any_of(settings.begin(), settings.end(), [&](const auto& setting) { return differsFromBase(setting); })) return true;
+        if (std::any_of(settings.begin(), settings.end(), [&](const auto& setting) { return differsFromBase(setting); }))
+            return true;
         const auto& slots = node_.nodeClass().rawSlots;
         if (std::any_of(slots.begin(), slots.end(), [&](const RawSlotSpec& slot) { return node_.rawSlot(slot.name) != nullptr; }))
             return true;
@@ -84,7 +85,8 @@ private:
         const auto* table = std::get_if<std::shared_ptr<const Table>>(&value.data);
         if (table == nullptr || !*table) return;
         for (const Table::Column& column : (*table)->columns) {
-            const auto described = std::find_if(spec.columns.begin(), spec.columns.end(), [&](const auto& c) { return c.name == column.name; });
+            const auto described =
+                std::find_if(spec.columns.begin(), spec.columns.end(), [&](const auto& c) { return c.name == column.name; });
             if (described == spec.columns.end()) continue;  // no reader would know it
             const Element columnElement(writer_, "column");
             writer_.attribute("name", column.name);

@@ -62,12 +62,21 @@ void XmlWriter::newLine(std::size_t depth) {
 void XmlWriter::escape(std::string_view text, bool inAttribute) {
     for (const char c : text) {
         switch (c) {
-            case '&': out_ += "&amp;"; break;
-            case '<': out_ += "&lt;"; break;
-            case '>': out_ += "&gt;"; break;
-            case '"': out_ += inAttribute ? "&quot;" : "\""; break;
+            case '&':
+                out_ += "&amp;";
+                break;
+            case '<':
+                out_ += "&lt;";
+                break;
+            case '>':
+                out_ += "&gt;";
+                break;
+            case '"':
+                out_ += inAttribute ? "&quot;" : "\"";
+                break;
             default:
-                // Readers turn line ends into blanks inside attributes, and \r into \n everywhere, unless they are written as numbers.
+                // Readers turn line ends into blanks inside attributes, and \r into \n everywhere, unless they are written as
+                // numbers.
                 if (static_cast<unsigned char>(c) < 0x20 && (inAttribute || (c != '\n' && c != '\t'))) {
                     out_ += "&#" + std::to_string(static_cast<int>(c)) + ";";
                 } else {

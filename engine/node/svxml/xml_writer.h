@@ -16,7 +16,7 @@ public:
     void attribute(const char* name, std::string_view value);
     void attribute(const char* name, const char* value) { attribute(name, std::string_view(value)); }
     template <class Number>
-        requires std::is_arithmetic_v<Number>
+    requires std::is_arithmetic_v<Number>
     void attribute(const char* name, Number value) {
         std::string text;
         appendNumber(text, value);

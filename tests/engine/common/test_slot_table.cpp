@@ -108,7 +108,7 @@ TEST(SlotTable, LooksUpWhileOthersPublishAndRetire) {
                         ++met;
                         if (thing->number <= 0) ++torn;
                     }
-                } else if (auto* const thing = static_cast<Thing*>(table.findHot(id))) {
+                } else if (auto* const thing = findHot<Thing>(toHandle<nemra_scene_t>(id))) {
                     ++met;
                     if (thing->number <= 0) ++torn;
                 }

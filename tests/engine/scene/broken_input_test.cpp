@@ -88,7 +88,8 @@ TEST_F(BrokenInput, SaysWhatAndWhere) {
         {replaced("radius=\"0.5\"", "radius=\"-1\""), "sphere 's': the radius"},
         {replaced("1 0 0 5 0", "1 0 0 inf 0"), "transform: element 3 isn't finite"},
         {replaced("1 0 0 5 0", "1 0 0 0"), "16 numbers expected, 15 found"},
-        {replaced("type=\"rgbimage\"", "type=\"nosuch\""), "test:24:14: instrument/stdcam instrument: unknown class 'output/nosuch'"},
+        {replaced("type=\"rgbimage\"", "type=\"nosuch\""),
+         "test:24:14: instrument/stdcam instrument: unknown class 'output/nosuch'"},
         {replaced("\"max_depth\"", "\"max_deep\""), "test:20:10: setup/default main: unknown parameter 'max_deep'"},
         {replaced("value=\"7\"", "value=\"seven\""), "test:20:44: setup/default main: parameter 'max_depth': 'seven'"},
         {replaced("value=\"7\"", "value=\"-7\""), "setup/default main"},
@@ -157,7 +158,8 @@ TEST_F(BrokenInput, Files) {
     std::ofstream(file) << "\xEF\xBB\xBF" << kSmallScene;
     Scene scene;
     EXPECT_TRUE(readSceneFile(file.string(), scene));
-    for (const std::string& path : {folder.string(), (folder / "missing").string(), std::string("/dev/zero"), std::string(), std::string(5000, 'x')}) {
+    for (const std::string& path :
+         {folder.string(), (folder / "missing").string(), std::string("/dev/zero"), std::string(), std::string(5000, 'x')}) {
         Messages messages;
         EXPECT_FALSE(readSceneFile(path, scene));
         EXPECT_EQ(messages.errors(), 1) << messages.text();

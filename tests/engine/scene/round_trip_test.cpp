@@ -77,24 +77,34 @@ Value otherCell(const ParameterSpec& column, std::size_t row) {
 
 Value otherValue(const ParameterSpec& spec, const Value& current) {
     switch (spec.type) {
-        case NEMRA_PARAMETER_REAL: return {otherNumber(spec, *toNumber(current))};
+        case NEMRA_PARAMETER_REAL:
+            return {otherNumber(spec, *toNumber(current))};
         case NEMRA_PARAMETER_INTEGER:
             if (!spec.allowed.empty()) return {spec.allowed.back()};
             return {static_cast<std::int32_t>(otherNumber(spec, *toNumber(current)))};
-        case NEMRA_PARAMETER_BOOLEAN: return {!std::get<bool>(current.data)};
-        case NEMRA_PARAMETER_CHOICE: return {spec.options.back().name};
-        case NEMRA_PARAMETER_VECTOR: return {std::vector<double>{0.1, -2.5e-7, 3.0}};
-        case NEMRA_PARAMETER_DIRECTION: return {std::vector<double>{0.6, 0.0, -0.8}};
-        case NEMRA_PARAMETER_MATRIX2: return {std::vector<float>{0.1F, 2, 3, 4}};
-        case NEMRA_PARAMETER_MATRIX3: return {std::vector<float>{0.1F, 2, 3, 4, 5, 6, 7, 8, 9}};
-        case NEMRA_PARAMETER_COLOR: return {Color{std::get<Color>(current.data).space, {0.1F, 0.2F, 0.7F}}};
+        case NEMRA_PARAMETER_BOOLEAN:
+            return {!std::get<bool>(current.data)};
+        case NEMRA_PARAMETER_CHOICE:
+            return {spec.options.back().name};
+        case NEMRA_PARAMETER_VECTOR:
+            return {std::vector<double>{0.1, -2.5e-7, 3.0}};
+        case NEMRA_PARAMETER_DIRECTION:
+            return {std::vector<double>{0.6, 0.0, -0.8}};
+        case NEMRA_PARAMETER_MATRIX2:
+            return {std::vector<float>{0.1F, 2, 3, 4}};
+        case NEMRA_PARAMETER_MATRIX3:
+            return {std::vector<float>{0.1F, 2, 3, 4, 5, 6, 7, 8, 9}};
+        case NEMRA_PARAMETER_COLOR:
+            return {Color{std::get<Color>(current.data).space, {0.1F, 0.2F, 0.7F}}};
         case NEMRA_PARAMETER_TABLE: {
             auto table = std::make_shared<Table>();
             table->rows = 2;
-            for (const auto& column : spec.columns) table->columns.push_back({column.name, {otherCell(column, 0), otherCell(column, 1)}});
+            for (const auto& column : spec.columns)
+                table->columns.push_back({column.name, {otherCell(column, 0), otherCell(column, 1)}});
             return {std::shared_ptr<const Table>(table)};
         }
-        default: return {std::string("a <text> & \"more\"\n\tnext line ")};
+        default:
+            return {std::string("a <text> & \"more\"\n\tnext line ")};
     }
 }
 
@@ -135,14 +145,14 @@ TEST_F(RoundTrip, EveryClassWithEveryParameterChanged) {
 }
 
 TEST_F(RoundTrip, AwkwardTexts) {
-    for (const std::string text : {" ", "\n", "\r\n", "a\rb", "\t", "<![CDATA[x]]>", "]]>", "&amp;", "&#10;", "\x01", "\"'", "äö\U0001F4A1",
-                                   " leading", "trailing ", "--", "<!-- x -->"}) {
+    for (const std::string text : {" ", "\n", "\r\n", "a\rb", "\t", "<![CDATA[x]]>", "]]>", "&amp;", "&#10;", "\x01", "\"'",
+                                   "äö\U0001F4A1", " leading", "trailing ", "--", "<!-- x -->"}) {
         Scene scene;
         scene.name = text;
         scene.searchPaths = {text};
         auto node = std::make_shared<Node>(*findClass("spectrum", "linked"), text);
         std::string why;
-        ASSERT_TRUE(node->set("name", {text}, why)) << why;
+        ASSERT_TRUE(node->set("node", {text}, why)) << why;
         node->setComments(text);
         scene.nodes = {node};
         auto sphere = std::make_shared<Geometry>();
@@ -157,7 +167,7 @@ TEST_F(RoundTrip, AwkwardTexts) {
         EXPECT_EQ(read.searchPaths, scene.searchPaths);
         ASSERT_EQ(read.nodes.size() + read.geometries.size() + read.instances.size(), 3U);
         EXPECT_EQ(read.nodes[0]->name(), text);
-        EXPECT_EQ(read.nodes[0]->text("name"), text);
+        EXPECT_EQ(read.nodes[0]->text("node"), text);
         EXPECT_EQ(read.nodes[0]->comments(), text);
         EXPECT_EQ(read.geometries[0]->name, text);
         EXPECT_EQ(read.instances[0]->layers, instance->layers);
@@ -167,7 +177,8 @@ TEST_F(RoundTrip, AwkwardTexts) {
 TEST_F(RoundTrip, NumbersKeepTheirBits) {
     Geometry geometry{.name = "m", .materialName = "", .material = nullptr, .shape = Mesh{}};
     Mesh& mesh = std::get<Mesh>(geometry.shape);
-    mesh.vertices = {0.1, -0.0, 1.0 / 3.0, 5e-324, 1e18, -2.2250738585072014e-308, 0.30000000000000004, 123456789.123456789, 1e-5};
+    mesh.vertices = {0.1, -0.0, 1.0 / 3.0, 5e-324, 1e18, -2.2250738585072014e-308, 0.30000000000000004, 123456789.123456789,
+                     1e-5};
     mesh.normals = {0.1F, 1e-45F, 3.4e17F, 0, 0, 1, 1, 0, 0};
     mesh.uvs = {0.1F, 0.2F, -3, 4, 5, 16777216};
     mesh.triangles = {0, 1, 2, 2, 1, 0};
@@ -252,7 +263,7 @@ TEST_F(RoundTrip, LocaleDoesNotMatter) {
 }
 
 TEST_F(RoundTrip, CornellBoxAsMeasured) {
-    const auto file = std::filesystem::path(__FILE__).parent_path() / "../../../sarvo/examples/cornellbox.svxml";
+    const auto file = std::filesystem::path(NEMRA_SOURCE_DIR) / "sarvo/examples/cornellbox.svxml";
     Messages messages;
     Scene scene;
     ASSERT_TRUE(readSceneFile(file.string(), scene)) << messages.text();

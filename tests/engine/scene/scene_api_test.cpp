@@ -186,7 +186,8 @@ TEST_F(SceneApi, NullStaleAndForeignHandlesAreAnswered) {
     nemra_geom_t* released = makeMesh();
     nemra_geom_t* const stale = released;
     nemraGeometry_release(&released);
-    for (void* handle : {static_cast<void*>(nullptr), static_cast<void*>(node), static_cast<void*>(stale), reinterpret_cast<void*>(0x7fffffffffff)}) {
+    for (void* handle : {static_cast<void*>(nullptr), static_cast<void*>(node), static_cast<void*>(stale),
+                         reinterpret_cast<void*>(0x7fffffffffff)}) {
         auto* geometry = static_cast<nemra_geom_t*>(handle);
         auto* instance = static_cast<nemra_instance_t*>(handle);
         auto* scene = static_cast<nemra_scene_t*>(handle);
@@ -250,7 +251,8 @@ TEST_F(SceneApi, InstancesShareMaterialsAndKeepLayers) {
     EXPECT_EQ(text.size(), static_cast<std::size_t>(size));
     EXPECT_NE(text.find("<layer path=\"layer_0/a\\/b\"/>"), std::string::npos) << text;
     EXPECT_NE(text.find("<layer path=\"\"/>"), std::string::npos) << text;
-    EXPECT_NE(text.find("<material type=\"generic\" name=\"white\"/>"), std::string::npos) << "a material outside the scene goes along";
+    EXPECT_NE(text.find("<material type=\"generic\" name=\"white\"/>"), std::string::npos)
+        << "a material outside the scene goes along";
 
     nemraInstance_setMaterial(instance, &material, true, false);
     EXPECT_EQ(material, nullptr);

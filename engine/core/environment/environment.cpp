@@ -1,0 +1,18 @@
+#include "engine/core/environment/environment.h"
+
+namespace nemra::core {
+
+ClassTable<MakeEnvironment>& environmentClasses() {
+    static ClassTable<MakeEnvironment> table;
+    return table;
+}
+
+EnvironmentModel makeEnvironment(const NodePointer& node, Translation& translation, SpectralTables& tables) {
+    const NodePointer resolved = translation.resolve(node);
+    if (!resolved) return {};
+    if (const MakeEnvironment make = environmentClasses().find(resolved->type())) return make(*resolved, translation, tables);
+    translation.warn(*resolved, "environments of this class aren't simulated yet; it is dark");
+    return {};
+}
+
+}  // namespace nemra::core

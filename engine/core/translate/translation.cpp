@@ -1,0 +1,38 @@
+#include "engine/core/translate/translation.h"
+
+#include "engine/common/log.h"
+
+namespace nemra::core {
+
+NodePointer Translation::resolve(NodePointer node) {
+    const NodePointer start = node;
+    for (int step = 0; node && node->type() == "linked"; ++step) {
+        const std::string& name = node->text("node");
+        if (step == kMaxLinks) {
+            warn(*start, "its links go round in a circle (last: \"" + name + "\"); it is left out");
+            return nullptr;
+        }
+        NodePointer next = name.empty() ? nullptr : find(node->family(), name);
+        if (!next) {
+            warn(*start, "links to \"" + name + "\", but the scene has no " + node->family() + " of that name; it is left out");
+            return nullptr;
+        }
+        node = std::move(next);
+    }
+    return node;
+}
+
+NodePointer Translation::find(std::string_view family, std::string_view name) const {
+    for (const auto& node : scene_.nodes) {
+        if (node && node->family() == family && node->name() == name) return node;
+    }
+    return nullptr;
+}
+
+void Translation::warn(const node::Node& node, std::string_view text) { warn(node.label(), text); }
+
+void Translation::warn(std::string_view source, std::string_view text) {
+    if (said_.emplace(source, text).second) log::warning(source, text);
+}
+
+}  // namespace nemra::core

@@ -1,0 +1,52 @@
+/// What every maker of a light part needs while a scene is translated: following links, and telling the user what is wrong.
+#pragma once
+
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "engine/node/scene.h"
+
+namespace nemra::core {
+
+/// A scene that can't be rendered: where, and why. Becomes the one error message of a failed start.
+class SceneFault : public std::runtime_error {
+public:
+    SceneFault(std::string source, const std::string& why) : std::runtime_error(why), source_(std::move(source)) {}
+    const std::string& source() const noexcept { return source_; }
+
+private:
+    std::string source_;
+};
+
+/// A chain of links longer than this is taken for a cycle.
+inline constexpr int kMaxLinks = 64;
+
+using NodePointer = std::shared_ptr<const node::Node>;
+
+/// One translation of one scene. Used by one thread.
+class Translation {
+public:
+    explicit Translation(const node::Scene& scene) : scene_(scene) {}
+
+    const node::Scene& scene() const noexcept { return scene_; }
+
+    /// Follows `linked` nodes to the node that they stand for. Null, after one warning, if a link leads nowhere or in a circle.
+    NodePointer resolve(NodePointer node);
+
+    /// A node of the scene itself; null if there is none of that family and name.
+    NodePointer find(std::string_view family, std::string_view name) const;
+
+    /// A warning about a node, given once however often the node is met.
+    void warn(const node::Node& node, std::string_view text);
+    void warn(std::string_view source, std::string_view text);
+
+private:
+    const node::Scene& scene_;
+    std::set<std::pair<std::string, std::string>> said_;
+};
+
+}  // namespace nemra::core
