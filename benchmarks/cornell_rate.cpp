@@ -111,7 +111,7 @@ private:
             hit.ray.tfar = 1.0e30F;
             hit.ray.mask = -1U;
             hit.hit.geomID = hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
-            core::embree::intersect1(target, query, &hit);
+            core::embree::intersect(target, query, &hit);
             ++rays;
             if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return rays;
             const core::TriangleRecord& t = scene_.world().triangles[scene_.world().firstTriangle[hit.hit.geomID] + hit.hit.primID];
@@ -132,7 +132,7 @@ private:
             shadow.tfar = 0.999F;
             shadow.mask = -1U;
             if (shadow.dir_x * n[0] + shadow.dir_y * n[1] + shadow.dir_z * n[2] > 0.0F) {
-                core::embree::occluded1(target, query, &shadow);
+                core::embree::occluded(target, query, &shadow);
                 ++rays;
             }
             if (bounce >= 5 && random(seed) > 0.7F) return rays;

@@ -27,16 +27,22 @@ struct Query {
         occluded.flags = flags;
     }
 };
-inline __attribute__((always_inline)) void intersect8(const int* valid, RTCScene scene, Query& query, RTCRayHit8* rays) {
+inline __attribute__((always_inline)) void intersect(const int* valid, RTCScene scene, Query& query, RTCRayHit4* rays) {
+    rtcIntersect4(valid, scene, rays, &query.intersect);
+}
+inline __attribute__((always_inline)) void intersect(const int* valid, RTCScene scene, Query& query, RTCRayHit8* rays) {
     rtcIntersect8(valid, scene, rays, &query.intersect);
 }
-inline __attribute__((always_inline)) void occluded8(const int* valid, RTCScene scene, Query& query, RTCRay8* rays) {
+inline __attribute__((always_inline)) void occluded(const int* valid, RTCScene scene, Query& query, RTCRay4* rays) {
+    rtcOccluded4(valid, scene, rays, &query.occluded);
+}
+inline __attribute__((always_inline)) void occluded(const int* valid, RTCScene scene, Query& query, RTCRay8* rays) {
     rtcOccluded8(valid, scene, rays, &query.occluded);
 }
-inline __attribute__((always_inline)) void intersect1(RTCScene scene, Query& query, RTCRayHit* ray) {
+inline __attribute__((always_inline)) void intersect(RTCScene scene, Query& query, RTCRayHit* ray) {
     rtcIntersect1(scene, ray, &query.intersect);
 }
-inline __attribute__((always_inline)) void occluded1(RTCScene scene, Query& query, RTCRay* ray) {
+inline __attribute__((always_inline)) void occluded(RTCScene scene, Query& query, RTCRay* ray) {
     rtcOccluded1(scene, ray, &query.occluded);
 }
 
@@ -50,16 +56,22 @@ struct Query {
         context.flags = coherence == Coherence::coherent ? RTC_INTERSECT_CONTEXT_FLAG_COHERENT : RTC_INTERSECT_CONTEXT_FLAG_INCOHERENT;
     }
 };
-inline __attribute__((always_inline)) void intersect8(const int* valid, RTCScene scene, Query& query, RTCRayHit8* rays) {
+inline __attribute__((always_inline)) void intersect(const int* valid, RTCScene scene, Query& query, RTCRayHit4* rays) {
+    rtcIntersect4(valid, scene, &query.context, rays);
+}
+inline __attribute__((always_inline)) void intersect(const int* valid, RTCScene scene, Query& query, RTCRayHit8* rays) {
     rtcIntersect8(valid, scene, &query.context, rays);
 }
-inline __attribute__((always_inline)) void occluded8(const int* valid, RTCScene scene, Query& query, RTCRay8* rays) {
+inline __attribute__((always_inline)) void occluded(const int* valid, RTCScene scene, Query& query, RTCRay4* rays) {
+    rtcOccluded4(valid, scene, &query.context, rays);
+}
+inline __attribute__((always_inline)) void occluded(const int* valid, RTCScene scene, Query& query, RTCRay8* rays) {
     rtcOccluded8(valid, scene, &query.context, rays);
 }
-inline __attribute__((always_inline)) void intersect1(RTCScene scene, Query& query, RTCRayHit* ray) {
+inline __attribute__((always_inline)) void intersect(RTCScene scene, Query& query, RTCRayHit* ray) {
     rtcIntersect1(scene, &query.context, ray);
 }
-inline __attribute__((always_inline)) void occluded1(RTCScene scene, Query& query, RTCRay* ray) {
+inline __attribute__((always_inline)) void occluded(RTCScene scene, Query& query, RTCRay* ray) {
     rtcOccluded1(scene, &query.context, ray);
 }
 

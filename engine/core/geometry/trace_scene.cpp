@@ -15,34 +15,58 @@ bool takesPart(int target, int kind) {
     return !(target == kCamera && hiddenFromCamera) && !(target == kShadow && letsShadowsPass);
 }
 
+struct Corners {
+    Vec3 v0, e1, e2;
+};
+
+Corners cornersOf(const TriangleRecord& t) {
+    return {{t.v0[0], t.v0[1], t.v0[2]}, {t.e1[0], t.e1[1], t.e1[2]}, {t.e2[0], t.e2[1], t.e2[2]}};
+}
+
+/// The plane of a triangle, so far without triangles.
+FlatPlane planeOf(const TriangleRecord& t) {
+    const Corners c = cornersOf(t);
+    const Vec3 n = normalized(cross(c.e1, c.e2));
+    FlatPlane plane{};
+    for (int i = 0; i < 3; ++i) plane.n[i] = static_cast<float>(n[i]);
+    plane.d = static_cast<float>(-dot(n, c.v0));
+    int steep = 0;  // the coordinate along which the plane is seen best
+    for (int i = 1; i < 3; ++i) {
+        if (std::abs(n[i]) > std::abs(n[steep])) steep = i;
+    }
+    plane.axisA = steep == 0 ? 1 : 0;
+    plane.axisB = steep == 2 ? 1 : 2;
+    return plane;
+}
+
+bool liesIn(const FlatPlane& plane, const TriangleRecord& t) {
+    const Corners c = cornersOf(t);
+    const Vec3 n{plane.n[0], plane.n[1], plane.n[2]};
+    const double near = 0.3 * t.offset;
+    return std::abs(dot(n, c.v0) + plane.d) < near && std::abs(dot(n, c.v0 + c.e1) + plane.d) < near &&
+           std::abs(dot(n, c.v0 + c.e2) + plane.d) < near;
+}
+
 /// The triangle grown by the rounding of positions, about the middle of its inscribed circle, so that neighbours overlap rather than
-/// leave a gap; then as linear functions.
-FlatTriangle flatten(const TriangleRecord& t) {
-    const Vec3 v0{t.v0[0], t.v0[1], t.v0[2]};
-    Vec3 e1{t.e1[0], t.e1[1], t.e1[2]};
-    Vec3 e2{t.e2[0], t.e2[1], t.e2[2]};
-    const Vec3 n = normalized(cross(e1, e2));
-    const double twice = length(cross(e1, e2));
-    const double a = length(e2 - e1);  // opposite of v0, of v0 + e1, of v0 + e2
-    const double b = length(e2);
-    const double c = length(e1);
-    const double inradius = twice / (a + b + c);
-    const Vec3 incenter = v0 + (e1 * b + e2 * c) * (1.0 / (a + b + c));
+/// leave a gap; then as linear functions of the plane's coordinates.
+FlatTriangle flatten(const FlatPlane& plane, const TriangleRecord& t) {
+    const Corners c = cornersOf(t);
+    const double l0 = length(c.e2 - c.e1);  // opposite of v0, of v0 + e1, of v0 + e2
+    const double l1 = length(c.e2);
+    const double l2 = length(c.e1);
+    const double perimeter = l0 + l1 + l2;
+    const double inradius = length(cross(c.e1, c.e2)) / perimeter;
+    const Vec3 incenter = c.v0 + (c.e1 * l1 + c.e2 * l2) * (1.0 / perimeter);
     const double growth = 1.0 + std::min(0.01, t.offset / inradius);
-    const Vec3 corner = incenter + (v0 - incenter) * growth;
-    e1 = e1 * growth;
-    e2 = e2 * growth;
-    FlatTriangle f{};
-    const auto put = [&](float row[3], float& constant, const Vec3& gradient) {
-        for (int i = 0; i < 3; ++i) row[i] = static_cast<float>(gradient[i]);
-        constant = static_cast<float>(-dot(gradient, corner));
-    };
-    put(f.n, f.d, n);
-    const Vec3 acrossE2 = cross(e2, n);
-    const Vec3 acrossE1 = cross(n, e1);
-    put(f.u, f.u0, acrossE2 * (1.0 / dot(e1, acrossE2)));
-    put(f.v, f.v0, acrossE1 * (1.0 / dot(e2, acrossE1)));
-    return f;
+    const Vec3 corner = incenter + (c.v0 - incenter) * growth;
+    const int a = plane.axisA;
+    const int b = plane.axisB;
+    const double e1a = c.e1[a] * growth, e1b = c.e1[b] * growth, e2a = c.e2[a] * growth, e2b = c.e2[b] * growth;
+    const double determinant = e1a * e2b - e1b * e2a;
+    const double ua = e2b / determinant, ub = -e2a / determinant;
+    const double va = -e1b / determinant, vb = e1a / determinant;
+    return {static_cast<float>(ua), static_cast<float>(ub), static_cast<float>(-ua * corner[a] - ub * corner[b]),
+            static_cast<float>(va), static_cast<float>(vb), static_cast<float>(-va * corner[a] - vb * corner[b])};
 }
 
 embree::Geometry triangleGeometry(const TriangleRecord* records, std::size_t count) {
@@ -93,11 +117,27 @@ TraceScenes::TraceScenes(World& world, std::size_t flatLimit) {
 void TraceScenes::makeFlat(const World& world) {
     for (int target = 0; target < 3; ++target) {
         if (use_[target] != target) continue;
+        std::vector<std::pair<FlatPlane, std::vector<std::uint32_t>>> found;
         for (int kind = 0; kind < kRayKinds; ++kind) {
             if (!takesPart(target, kind)) continue;
             for (unsigned i = world.firstTriangle[kind]; i < world.firstTriangle[kind + 1]; ++i) {
-                targets_[target].flat.push_back(flatten(world.triangles[i]));
-                targets_[target].ids.push_back(i);
+                const auto same =
+                    std::find_if(found.begin(), found.end(), [&](const auto& entry) { return liesIn(entry.first, world.triangles[i]); });
+                if (same != found.end()) {
+                    same->second.push_back(i);
+                } else {
+                    found.push_back({planeOf(world.triangles[i]), {i}});
+                }
+            }
+        }
+        Target& made = targets_[target];
+        for (auto& [plane, members] : found) {
+            plane.first = static_cast<std::int32_t>(made.flat.size());
+            plane.count = static_cast<std::int32_t>(members.size());
+            made.planes.push_back(plane);
+            for (const std::uint32_t i : members) {
+                made.flat.push_back(flatten(plane, world.triangles[i]));
+                made.ids.push_back(i);
             }
         }
     }
@@ -160,10 +200,11 @@ TraceTarget TraceScenes::view(int target) const {
     const Target& used = targets_[use_[target]];
     TraceTarget result;
     result.embree = used.scene.get();
-    if (!used.flat.empty()) {
+    if (!used.planes.empty()) {
+        result.planes = used.planes.data();
+        result.planeCount = static_cast<std::int32_t>(used.planes.size());
         result.flat = used.flat.data();
         result.flatId = used.ids.data();
-        result.flatCount = static_cast<std::int32_t>(used.flat.size());
     }
     return result;
 }

@@ -1,4 +1,4 @@
-/// What rays are traced against: flat lists of triangles for small scenes, Embree scenes for others.
+/// What rays are traced against: flat lists of planes for small scenes, Embree scenes for others.
 #pragma once
 
 #include <vector>
@@ -7,7 +7,7 @@
 
 namespace nemra::core {
 
-/// Scenes of at most this many triangles, and nothing else, are tested triangle by triangle.
+/// Scenes of at most this many triangles, and nothing else, are tested plane by plane.
 inline constexpr std::size_t kFlatLimit = 96;
 
 class TraceScenes {
@@ -21,6 +21,7 @@ public:
 
 private:
     struct Target {
+        std::vector<FlatPlane> planes;
         std::vector<FlatTriangle> flat;
         std::vector<std::uint32_t> ids;
         embree::Scene scene;

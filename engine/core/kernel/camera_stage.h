@@ -30,19 +30,19 @@ static int cameraStage(const KernelScene& scene, const Batch& batch, Workspace& 
     }
     const RayArrays& rays = w.rays[0];
     for (int i = 0; i < count; i += kLanes) {
-        const U8 reversed = reverseBits(load(w.reversed + i));
-        const U8 pixel = load(w.pixel + i);
+        const BitsN reversed = reverseBits(load(w.reversed + i));
+        const BitsN pixel = load(w.pixel + i);
         store(w.reversed + i, reversed);
-        const PairBits<U8> inPixel = samplePair(reversed, pixel, splatBits(kSetPixel));
-        const F8 fx = load(pixelX + i) + toUnit(inPixel.first);
-        const F8 fy = load(pixelY + i) + toUnit(inPixel.second);
-        Vec8 origin = splat(view.position);
-        Vec8 direction = splat(view.corner) + splat(view.stepX) * fx + splat(view.stepY) * fy;
+        const PairBits<BitsN> inPixel = samplePair(reversed, pixel, splatBits(kSetPixel));
+        const FloatN fx = load(pixelX + i) + toUnit(inPixel.first);
+        const FloatN fy = load(pixelY + i) + toUnit(inPixel.second);
+        VecN origin = splat(view.position);
+        VecN direction = splat(view.corner) + splat(view.stepX) * fx + splat(view.stepY) * fy;
         if (view.lensRadius > 0.0F) {
-            const PairBits<U8> onLens = samplePair(reversed, pixel, splatBits(kSetLens));
-            F8 lx, ly;
+            const PairBits<BitsN> onLens = samplePair(reversed, pixel, splatBits(kSetLens));
+            FloatN lx, ly;
             toDisc(toUnit(onLens.first), toUnit(onLens.second), lx, ly);
-            const Vec8 shift = splat(view.right) * (lx * view.lensRadius) + splat(view.up) * (ly * view.lensRadius);
+            const VecN shift = splat(view.right) * (lx * view.lensRadius) + splat(view.up) * (ly * view.lensRadius);
             origin = origin + shift;
             direction = direction * splat(view.focusFactor) - shift;
         }
@@ -54,10 +54,10 @@ static int cameraStage(const KernelScene& scene, const Batch& batch, Workspace& 
         store(rays.dy + i, direction.y);
         store(rays.dz + i, direction.z);
         store(rays.pdf + i, splat(-1.0F));
-        store(rays.slot + i, splatInt(i) + I8{0, 1, 2, 3, 4, 5, 6, 7});
+        for (int lane = 0; lane < kLanes; ++lane) rays.slot[i + lane] = i + lane;
         store(rays.bounce + i, splatBits(0));
         store(w.firstDistance + i, splat(-1.0F));
-        alignas(32) std::uint32_t bits[kLanes];
+        alignas(64) std::uint32_t bits[kLanes];
         store(bits, samplePair(reversed, pixel, splatBits(kSetWavelength)).first);
         for (int lane = 0; lane < kLanes; ++lane) {
             const int at = (i + lane) * W;

@@ -2,10 +2,16 @@
 
 namespace nemra::core {
 
-RenderBatch bestKernel() noexcept {
+bool hasWide() noexcept {
     __builtin_cpu_init();
-    const bool wide = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi2");
-    return wide ? kernelWide() : kernelBaseline();
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi2");
 }
+
+bool hasWidest() noexcept {
+    return hasWide() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512cd") &&
+           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+}
+
+RenderBatch bestKernel() noexcept { return hasWidest() ? kernelWidest() : hasWide() ? kernelWide() : kernelBaseline(); }
 
 }  // namespace nemra::core

@@ -68,11 +68,17 @@ struct AliasEntry {
     std::int32_t other;
 };
 
-/// A triangle for the intersection of small scenes: its plane, and two barycentric coordinates as linear functions of the position.
+/// A plane of a small scene with the triangles that lie in it.
+struct FlatPlane {
+    float n[3], d;            ///< distance above the plane is n . p + d
+    std::int32_t first, count;  ///< its triangles
+    std::int32_t axisA, axisB;  ///< the two coordinates that tell positions in the plane apart best
+};
+
+/// Two barycentric coordinates as linear functions of the plane's two coordinates: a * [axisA] + b * [axisB] + c.
 struct FlatTriangle {
-    float n[3], d;
-    float u[3], u0;
-    float v[3], v0;
+    float ua, ub, uc;
+    float va, vb, vc;
 };
 
 struct CameraRecord {
@@ -104,9 +110,10 @@ struct SensorRecord {
 
 /// Where the ray tracing of a scene is done, for one kind of ray.
 struct TraceTarget {
-    const FlatTriangle* flat = nullptr;   ///< all triangles, tested in turn; null: use the Embree scene
+    const FlatPlane* planes = nullptr;  ///< all of the scene, tested in turn; null: use the Embree scene
+    const FlatTriangle* flat = nullptr;
     const std::uint32_t* flatId = nullptr;  ///< index among TriangleRecords
-    std::int32_t flatCount = 0;
+    std::int32_t planeCount = 0;
     void* embree = nullptr;
 };
 
@@ -187,5 +194,9 @@ using RenderBatch = int (*)(const KernelScene& scene, Workspace& workspace, cons
 RenderBatch bestKernel() noexcept;
 RenderBatch kernelBaseline() noexcept;  ///< x86-64-v2
 RenderBatch kernelWide() noexcept;      ///< x86-64-v3 (AVX2)
+RenderBatch kernelWidest() noexcept;    ///< x86-64-v4 (AVX-512)
+/// Whether this processor runs them.
+bool hasWide() noexcept;
+bool hasWidest() noexcept;
 
 }  // namespace nemra::core

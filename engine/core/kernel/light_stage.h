@@ -12,16 +12,16 @@ namespace nemra::core::NEMRA_KERNEL {
 constexpr float kInversePi = 0.318309886183790672F;
 
 /// Which light each lane takes; with few lights, `u` becomes what is left of it once the choice is made.
-NEMRA_INLINE I8 chooseLights(const KernelScene& scene, F8& u, F8 extra) {
+NEMRA_INLINE IntN chooseLights(const KernelScene& scene, FloatN& u, FloatN extra) {
     const int count = scene.lightCount;
-    I8 chosen = splatInt(0);
+    IntN chosen = splatInt(0);
     if (count == 1) return chosen;
     if (!scene.lightAlias) {
-        F8 from = splat(0.0F);
-        F8 width = splat(scene.lightBelow[1]);
+        FloatN from = splat(0.0F);
+        FloatN width = splat(scene.lightBelow[1]);
         for (int k = 1; k < count; ++k) {
             const float border = scene.lightBelow[k];
-            const I8 past = u >= border;
+            const IntN past = u >= border;
             from = select(past, splat(border), from);
             width = select(past, splat(scene.lightBelow[k + 1] - border), width);
             chosen = select(past, splatInt(k), chosen);
@@ -29,9 +29,9 @@ NEMRA_INLINE I8 chooseLights(const KernelScene& scene, F8& u, F8 extra) {
         u = smaller((u - from) / width, splat(0x1.fffffep-1F));
         return chosen;
     }
-    const F8 place = extra * static_cast<float>(count);
-    const I8 entry = truncated(place);
-    const F8 rest = place - toFloat(entry);
+    const FloatN place = extra * static_cast<float>(count);
+    const IntN entry = truncated(place);
+    const FloatN rest = place - toFloat(entry);
     for (int lane = 0; lane < kLanes; ++lane) {
         const int e = entry[lane] < count ? entry[lane] : count - 1;
         const AliasEntry& alias = scene.lightAlias[e];
@@ -42,17 +42,17 @@ NEMRA_INLINE I8 chooseLights(const KernelScene& scene, F8& u, F8 extra) {
 
 /// For vertices [0, count): the way to the chosen point and its weight, which is reflected radiance over light radiance and
 /// reflectance; 0 where there is nothing to gain.
-static void lightStage(const KernelScene& scene, Workspace& w, int count, const float* extra) {
+static void lightStage(const KernelScene& scene, Workspace& w, int count) {
     for (int i = 0; i < count; i += kLanes) {
-        const Vec8 p = loadVec(w.px, w.py, w.pz, i);
-        const Vec8 n = loadVec(w.nx, w.ny, w.nz, i);
-        const Vec8 g = loadVec(w.gx, w.gy, w.gz, i);
-        F8 u = load(w.uLight + i);
-        const F8 v = load(w.vLight + i);
-        const I8 chosen = chooseLights(scene, u, load(extra + i));
-        Vec8 v0, e1, e2, nl;
-        F8 pdfArea, offset, scale;
-        I8 emits, emission;
+        const VecN p = loadVec(w.px, w.py, w.pz, i);
+        const VecN n = loadVec(w.nx, w.ny, w.nz, i);
+        const VecN g = loadVec(w.gx, w.gy, w.gz, i);
+        FloatN u = load(w.uLight + i);
+        const FloatN v = load(w.vLight + i);
+        const IntN chosen = chooseLights(scene, u, load(w.uChoice + i));
+        VecN v0{}, e1{}, e2{}, nl{};
+        FloatN pdfArea{}, offset{}, scale{};
+        IntN emits{}, emission{};
         for (int lane = 0; lane < kLanes; ++lane) {
             const LightRecord& light = scene.lights[chosen[lane]];
             v0.x[lane] = light.v0[0], v0.y[lane] = light.v0[1], v0.z[lane] = light.v0[2];
@@ -65,9 +65,9 @@ static void lightStage(const KernelScene& scene, Workspace& w, int count, const 
             emits[lane] = light.emits;
             emission[lane] = light.emission;
         }
-        const F8 root = squareRoot(u);
-        Vec8 q = v0 + e1 * (1.0F - root) + e2 * (v * root);
-        F8 solid = splat(-1.0F);  // density per solid angle where it is known directly
+        const FloatN root = squareRoot(u);
+        VecN q = v0 + e1 * (1.0F - root) + e2 * (v * root);
+        FloatN solid = splat(-1.0F);  // density per solid angle where it is known directly
         if (scene.curvedLights) {
             for (int lane = 0; lane < kLanes; ++lane) {
                 const LightRecord& light = scene.lights[chosen[lane]];
@@ -81,21 +81,21 @@ static void lightStage(const KernelScene& scene, Workspace& w, int count, const 
             }
         }
         // End the shadow ray off the light, on the vertex's side.
-        const F8 behind = dot(nl, q - p);
+        const FloatN behind = dot(nl, q - p);
         q = q - nl * flipSign(offset, behind);
-        const Vec8 way = q - p;
-        const F8 distance2 = dot(way, way);
-        const Vec8 wi = way * (1.0F / squareRoot(distance2));
-        const F8 cosLight = -dot(nl, wi);
-        const F8 cosine = dot(n, wi);
-        const F8 sideways = dot(g, wi);
-        const I8 shines = select(cosLight > 0.0F, emits & kEmitsFront, emits & kEmitsBack) != 0;
-        F8 pdfLight = pdfArea * distance2 / magnitude(cosLight);
+        const VecN way = q - p;
+        const FloatN distance2 = dot(way, way);
+        const VecN wi = way * (1.0F / squareRoot(distance2));
+        const FloatN cosLight = -dot(nl, wi);
+        const FloatN cosine = dot(n, wi);
+        const FloatN sideways = dot(g, wi);
+        const IntN shines = select(cosLight > 0.0F, emits & kEmitsFront, emits & kEmitsBack) != 0;
+        FloatN pdfLight = pdfArea * distance2 / magnitude(cosLight);
         if (scene.curvedLights) pdfLight = select(solid >= 0.0F, solid, pdfLight);
-        const F8 pdfScatter = cosine * kInversePi;
-        const F8 ratio = pdfScatter / pdfLight;
-        const F8 weight = pdfScatter * scale / (pdfLight + pdfScatter * ratio);
-        const I8 useful = shines & (cosine > 0.0F) & (sideways > 0.0F) & (distance2 > 0.0F) & (pdfLight > 0.0F);
+        const FloatN pdfScatter = cosine * kInversePi;
+        const FloatN ratio = pdfScatter / pdfLight;
+        const FloatN weight = pdfScatter * scale / (pdfLight + pdfScatter * ratio);
+        const IntN useful = shines & (cosine > 0.0F) & (sideways > 0.0F) & (distance2 > 0.0F) & (pdfLight > 0.0F);
         store(w.shadowWeight + i, select(useful, weight, splat(0.0F)));
         store(w.sx + i, way.x);
         store(w.sy + i, way.y);

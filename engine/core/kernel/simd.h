@@ -1,4 +1,4 @@
-/// Eight lanes of numbers in plain GCC vector types. Included by kernel sources, which are compiled once per instruction set:
+/// Lanes of numbers in plain GCC vector types, as many as a register of the instruction set holds. Included by kernel sources, which are compiled once per instruction set:
 /// everything here lives in that set's own namespace, so that no function built for one processor is linked into another's code.
 #pragma once
 
@@ -14,32 +14,40 @@
 
 namespace nemra::core::NEMRA_KERNEL {
 
+#if defined(__AVX512F__) && defined(__AVX512DQ__) && defined(__AVX512VL__)
+constexpr int kLanes = 16;
+#elif defined(__AVX2__)
 constexpr int kLanes = 8;
+#else
+constexpr int kLanes = 4;
+#endif
+constexpr int kAllLanes = (1 << kLanes) - 1;
 
 typedef float F4 __attribute__((vector_size(16)));
 typedef std::int32_t I4 __attribute__((vector_size(16)));
 typedef std::uint32_t U4 __attribute__((vector_size(16)));
-typedef float F8 __attribute__((vector_size(32)));
-typedef std::int32_t I8 __attribute__((vector_size(32)));
-typedef std::uint32_t U8 __attribute__((vector_size(32)));
+typedef float FloatN __attribute__((vector_size(4 * kLanes)));
+typedef std::int32_t IntN __attribute__((vector_size(4 * kLanes)));
+typedef std::uint32_t BitsN __attribute__((vector_size(4 * kLanes)));
 typedef double D4 __attribute__((vector_size(32)));
 
-NEMRA_INLINE F8 splat(float x) { return F8{x, x, x, x, x, x, x, x}; }
-NEMRA_INLINE I8 splatInt(std::int32_t x) { return I8{x, x, x, x, x, x, x, x}; }
-NEMRA_INLINE U8 splatBits(std::uint32_t x) { return U8{x, x, x, x, x, x, x, x}; }
+// x - 0 is x for every x, so that only a broadcast is left of it.
+NEMRA_INLINE FloatN splat(float x) { return x - FloatN{}; }
+NEMRA_INLINE IntN splatInt(std::int32_t x) { return x + IntN{}; }
+NEMRA_INLINE BitsN splatBits(std::uint32_t x) { return x + BitsN{}; }
 
-NEMRA_INLINE F8 load(const float* p) {
-    F8 r;
+NEMRA_INLINE FloatN load(const float* p) {
+    FloatN r;
     std::memcpy(&r, p, sizeof r);
     return r;
 }
-NEMRA_INLINE I8 load(const std::int32_t* p) {
-    I8 r;
+NEMRA_INLINE IntN load(const std::int32_t* p) {
+    IntN r;
     std::memcpy(&r, p, sizeof r);
     return r;
 }
-NEMRA_INLINE U8 load(const std::uint32_t* p) {
-    U8 r;
+NEMRA_INLINE BitsN load(const std::uint32_t* p) {
+    BitsN r;
     std::memcpy(&r, p, sizeof r);
     return r;
 }
@@ -65,68 +73,50 @@ NEMRA_INLINE float dot3(F4 a, F4 b) {
 }
 
 /// mask ? a : b, mask from a comparison.
-NEMRA_INLINE F8 select(I8 mask, F8 a, F8 b) {
-#ifdef __AVX__
-    return (F8)_mm256_blendv_ps((__m256)b, (__m256)a, (__m256)mask);
+NEMRA_INLINE FloatN select(IntN mask, FloatN a, FloatN b) {
+#if defined(__AVX512F__)
+    return mask ? a : b;
+#elif defined(__AVX2__)
+    return (FloatN)_mm256_blendv_ps((__m256)b, (__m256)a, (__m256)mask);
 #else
-    return (F8)((mask & (I8)a) | (~mask & (I8)b));
+    return (FloatN)_mm_blendv_ps((__m128)b, (__m128)a, (__m128)mask);
 #endif
 }
-NEMRA_INLINE I8 select(I8 mask, I8 a, I8 b) { return (I8)select(mask, (F8)a, (F8)b); }
+NEMRA_INLINE IntN select(IntN mask, IntN a, IntN b) { return (IntN)select(mask, (FloatN)a, (FloatN)b); }
 
-#ifdef __AVX__
-NEMRA_INLINE F8 squareRoot(F8 x) { return (F8)_mm256_sqrt_ps((__m256)x); }
-NEMRA_INLINE F8 smaller(F8 a, F8 b) { return (F8)_mm256_min_ps((__m256)a, (__m256)b); }
-NEMRA_INLINE F8 larger(F8 a, F8 b) { return (F8)_mm256_max_ps((__m256)a, (__m256)b); }
-NEMRA_INLINE int laneBits(I8 mask) { return _mm256_movemask_ps((__m256)mask); }
+// smaller and larger: if one is no number, the result is the second, on every processor.
+#if defined(__AVX512F__)
+NEMRA_INLINE FloatN squareRoot(FloatN x) { return (FloatN)_mm512_sqrt_ps((__m512)x); }
+NEMRA_INLINE FloatN smaller(FloatN a, FloatN b) { return (FloatN)_mm512_min_ps((__m512)a, (__m512)b); }
+NEMRA_INLINE FloatN larger(FloatN a, FloatN b) { return (FloatN)_mm512_max_ps((__m512)a, (__m512)b); }
+NEMRA_INLINE int laneBits(IntN mask) { return _mm512_movepi32_mask((__m512i)mask); }
+#elif defined(__AVX2__)
+NEMRA_INLINE FloatN squareRoot(FloatN x) { return (FloatN)_mm256_sqrt_ps((__m256)x); }
+NEMRA_INLINE FloatN smaller(FloatN a, FloatN b) { return (FloatN)_mm256_min_ps((__m256)a, (__m256)b); }
+NEMRA_INLINE FloatN larger(FloatN a, FloatN b) { return (FloatN)_mm256_max_ps((__m256)a, (__m256)b); }
+NEMRA_INLINE int laneBits(IntN mask) { return _mm256_movemask_ps((__m256)mask); }
 #else
-struct Halves {
-    __m128 low, high;
-};
-NEMRA_INLINE Halves halves(F8 x) {
-    Halves h;
-    std::memcpy(&h, &x, sizeof h);
-    return h;
-}
-NEMRA_INLINE F8 whole(__m128 low, __m128 high) {
-    const Halves h{low, high};
-    F8 x;
-    std::memcpy(&x, &h, sizeof x);
-    return x;
-}
-NEMRA_INLINE F8 squareRoot(F8 x) {
-    const Halves h = halves(x);
-    return whole(_mm_sqrt_ps(h.low), _mm_sqrt_ps(h.high));
-}
-NEMRA_INLINE F8 smaller(F8 a, F8 b) {
-    const Halves x = halves(a), y = halves(b);
-    return whole(_mm_min_ps(x.low, y.low), _mm_min_ps(x.high, y.high));
-}
-NEMRA_INLINE F8 larger(F8 a, F8 b) {
-    const Halves x = halves(a), y = halves(b);
-    return whole(_mm_max_ps(x.low, y.low), _mm_max_ps(x.high, y.high));
-}
-NEMRA_INLINE int laneBits(I8 mask) {
-    const Halves h = halves((F8)mask);
-    return _mm_movemask_ps(h.low) | _mm_movemask_ps(h.high) << 4;
-}
+NEMRA_INLINE FloatN squareRoot(FloatN x) { return (FloatN)_mm_sqrt_ps((__m128)x); }
+NEMRA_INLINE FloatN smaller(FloatN a, FloatN b) { return (FloatN)_mm_min_ps((__m128)a, (__m128)b); }
+NEMRA_INLINE FloatN larger(FloatN a, FloatN b) { return (FloatN)_mm_max_ps((__m128)a, (__m128)b); }
+NEMRA_INLINE int laneBits(IntN mask) { return _mm_movemask_ps((__m128)mask); }
 #endif
 
-NEMRA_INLINE F8 magnitude(F8 x) { return (F8)((I8)x & 0x7FFFFFFF); }
+NEMRA_INLINE FloatN magnitude(FloatN x) { return (FloatN)((IntN)x & 0x7FFFFFFF); }
 /// a with the sign flipped where s is negative.
-NEMRA_INLINE F8 flipSign(F8 a, F8 s) { return (F8)((I8)a ^ ((I8)s & (std::int32_t)0x80000000)); }
-NEMRA_INLINE I8 truncated(F8 x) { return __builtin_convertvector(x, I8); }
-NEMRA_INLINE F8 toFloat(I8 x) { return __builtin_convertvector(x, F8); }
+NEMRA_INLINE FloatN flipSign(FloatN a, FloatN s) { return (FloatN)((IntN)a ^ ((IntN)s & (std::int32_t)0x80000000)); }
+NEMRA_INLINE IntN truncated(FloatN x) { return __builtin_convertvector(x, IntN); }
+NEMRA_INLINE FloatN toFloat(IntN x) { return __builtin_convertvector(x, FloatN); }
 /// The upper 24 bits as a number in [0, 1).
-NEMRA_INLINE F8 toUnit(U8 x) { return __builtin_convertvector((I8)(x >> 8), F8) * 0x1p-24F; }
+NEMRA_INLINE FloatN toUnit(BitsN x) { return __builtin_convertvector((IntN)(x >> 8), FloatN) * 0x1p-24F; }
 
-struct Vec8 {
-    F8 x, y, z;
+struct VecN {
+    FloatN x, y, z;
 };
-NEMRA_INLINE Vec8 operator+(Vec8 a, Vec8 b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-NEMRA_INLINE Vec8 operator-(Vec8 a, Vec8 b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-NEMRA_INLINE Vec8 operator*(Vec8 a, F8 s) { return {a.x * s, a.y * s, a.z * s}; }
-NEMRA_INLINE F8 dot(Vec8 a, Vec8 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-NEMRA_INLINE Vec8 splat(const float* v) { return {splat(v[0]), splat(v[1]), splat(v[2])}; }
+NEMRA_INLINE VecN operator+(VecN a, VecN b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+NEMRA_INLINE VecN operator-(VecN a, VecN b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+NEMRA_INLINE VecN operator*(VecN a, FloatN s) { return {a.x * s, a.y * s, a.z * s}; }
+NEMRA_INLINE FloatN dot(VecN a, VecN b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+NEMRA_INLINE VecN splat(const float* v) { return {splat(v[0]), splat(v[1]), splat(v[2])}; }
 
 }  // namespace nemra::core::NEMRA_KERNEL

@@ -10,7 +10,7 @@ namespace nemra::core::NEMRA_KERNEL {
 
 /// radiance += throughput * table * scale
 template <int W>
-NEMRA_INLINE void addLight(const KernelScene& scene, Workspace& w, int slot, std::int32_t table, float scale) {
+NEMRA_INLINE void addLight(const KernelScene& scene, const Workspace& w, int slot, std::int32_t table, float scale) {
     for (int k = 0; k < W; k += 4) {
         const int at = slot * W + k;
         const F4 light = lookUp(scene.spectra + table, w.cell + at, load4(w.inCell + at));
@@ -18,7 +18,8 @@ NEMRA_INLINE void addLight(const KernelScene& scene, Workspace& w, int slot, std
     }
 }
 
-/// Chance with which a path of that throughput lives on past its roulette depth. Never 1: a lossless room must come to an end.
+/// Paths live on past the roulette depth with the chance of their throughput, but never surely: a lossless room must come to an end.
+constexpr float kMostSurvival = 0.95F;
 template <int W>
 NEMRA_INLINE float survival(const float* throughput) {
     float most = largest(load4(throughput));
@@ -26,7 +27,7 @@ NEMRA_INLINE float survival(const float* throughput) {
         const float other = largest(load4(throughput + 4));
         most = most > other ? most : other;
     }
-    return most < 0.95F ? most : 0.95F;
+    return most < kMostSurvival ? most : kMostSurvival;
 }
 
 NEMRA_INLINE bool pastDepth(const KernelScene& scene, std::uint32_t bounce) {
@@ -48,7 +49,7 @@ NEMRA_INLINE void putRay(const RayArrays& rays, int at, const float origin[3], c
 
 /// A surface that isn't one of the fast path's. True if the path goes on; then its next ray is put at `at`.
 template <int W>
-static bool rareStage(const KernelScene& scene, Workspace& w, const SurfaceRecord& surface, const RayArrays& from, int ray,
+static bool rareStage(const KernelScene& scene, const Workspace& w, const SurfaceRecord& surface, const RayArrays& from, int ray,
                       const SurfacePoint& point, float side, const RayArrays& to, int at) {
     const int slot = from.slot[ray];
     const std::uint32_t bounce = from.bounce[ray];
@@ -91,7 +92,12 @@ struct SurfaceCounts {
 };
 
 template <int W>
-static SurfaceCounts surfaceStage(const KernelScene& scene, Workspace& w, const RayArrays& from, int count, const RayArrays& to) {
+static SurfaceCounts surfaceStage(const KernelScene& scene, Workspace& workspace, const RayArrays& source, int count,
+                                  const RayArrays& to) {
+    const Workspace w = workspace;  // copies, which no store can be taken to change
+    const RayArrays from = source;
+    const TriangleRecord* const triangles = scene.triangles;
+    const SurfaceRecord* const surfaces = scene.surfaces;
     SurfaceCounts done;
     for (int i = 0; i < count; ++i) {
         const std::uint32_t hit = w.hit[i];
@@ -108,7 +114,7 @@ static SurfaceCounts surfaceStage(const KernelScene& scene, Workspace& w, const 
         std::uint32_t surfaceIndex;
         float facing;  // cosine between the front side and where the ray came from
         if (__builtin_expect(hit < kCurvedHit, 1)) {
-            const TriangleRecord& record = scene.triangles[hit];
+            const TriangleRecord& record = triangles[hit];
             const float u = w.hitU[i];
             const float v = w.hitV[i];
             position = load4(record.v0) + load4(record.e1) * u + load4(record.e2) * v;
@@ -142,7 +148,7 @@ static SurfaceCounts surfaceStage(const KernelScene& scene, Workspace& w, const 
             facing = -dot3(geometric, direction);
         }
         if (from.bounce[i] == 0 && w.firstDistance[slot] < 0.0F) w.firstDistance[slot] = t;
-        const SurfaceRecord& surface = scene.surfaces[surfaceIndex];
+        const SurfaceRecord& surface = surfaces[surfaceIndex];
         if (surface.emits & (facing > 0.0F ? kEmitsFront : kEmitsBack)) {
             // Power heuristic (Veach 1997) against having picked this light on purpose.
             const float ratio = lightPdf / chosen;

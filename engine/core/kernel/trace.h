@@ -1,4 +1,4 @@
-/// Finding what rays meet. Small scenes are tested triangle by triangle for eight rays at once, which takes a fraction of the time that
+/// Finding what rays meet. Small scenes are tested plane by plane for all lanes at once, which takes a fraction of the time that
 /// walking a tree takes for rays that have nothing in common; all others go to Embree in packets.
 #pragma once
 
@@ -8,88 +8,127 @@
 
 namespace nemra::core::NEMRA_KERNEL {
 
-NEMRA_INLINE Vec8 loadVec(const float* x, const float* y, const float* z, int i) { return {load(x + i), load(y + i), load(z + i)}; }
+NEMRA_INLINE VecN loadVec(const float* x, const float* y, const float* z, int i) { return {load(x + i), load(y + i), load(z + i)}; }
 
-struct FlatHit {
-    F8 t, u, v;
-    I8 inside;
-};
-/// Where eight rays meet a triangle's plane, and whether within it and in (0, far).
-NEMRA_INLINE FlatHit meet(const FlatTriangle& q, Vec8 o, Vec8 d, F8 far) {
-    const F8 along = q.n[0] * d.x + q.n[1] * d.y + q.n[2] * d.z;
-    const F8 above = q.n[0] * o.x + q.n[1] * o.y + (q.n[2] * o.z + q.d);
-    FlatHit h;
-    h.t = -above / along;
-    const Vec8 p = o + d * h.t;
-    h.u = q.u[0] * p.x + q.u[1] * p.y + (q.u[2] * p.z + q.u0);
-    h.v = q.v[0] * p.x + q.v[1] * p.y + (q.v[2] * p.z + q.v0);
-    const F8 least = smaller(smaller(h.u, h.v), 1.0F - h.u - h.v);
-    h.inside = (h.t > 0.0F) & (h.t < far) & (least >= 0.0F);
-    return h;
+/// Whether positions of a plane lie within one of its triangles.
+NEMRA_INLINE IntN within(const FlatTriangle& q, FloatN a, FloatN b, FloatN& u, FloatN& v) {
+    u = q.ua * a + (q.ub * b + q.uc);
+    v = q.va * a + (q.vb * b + q.vc);
+    return smaller(smaller(u, v), 1.0F - u - v) >= 0.0F;
 }
 
 static void closestFlat(const TraceTarget& target, const RayArrays& rays, int count, Workspace& w) {
     for (int i = 0; i < count; i += kLanes) {
-        const Vec8 o = loadVec(rays.ox, rays.oy, rays.oz, i);
-        const Vec8 d = loadVec(rays.dx, rays.dy, rays.dz, i);
-        F8 t = splat(3.0e38F);
-        F8 u = splat(0.0F);
-        F8 v = splat(0.0F);
-        I8 id = splatInt(-1);
-        for (int k = 0; k < target.flatCount; ++k) {
-            const FlatHit h = meet(target.flat[k], o, d, t);
-            t = select(h.inside, h.t, t);
-            u = select(h.inside, h.u, u);
-            v = select(h.inside, h.v, v);
-            id = select(h.inside, splatInt(k), id);
+        const FloatN o[3] = {load(rays.ox + i), load(rays.oy + i), load(rays.oz + i)};
+        const FloatN d[3] = {load(rays.dx + i), load(rays.dy + i), load(rays.dz + i)};
+        FloatN nearest = splat(3.0e38F);
+        FloatN hitU = splat(0.0F);
+        FloatN hitV = splat(0.0F);
+        IntN id = splatInt(-1);
+        for (int k = 0; k < target.planeCount; ++k) {
+            const FlatPlane& plane = target.planes[k];
+            const FloatN along = plane.n[0] * d[0] + plane.n[1] * d[1] + plane.n[2] * d[2];
+            const FloatN above = plane.n[0] * o[0] + plane.n[1] * o[1] + (plane.n[2] * o[2] + plane.d);
+            const FloatN t = -above / along;
+            const IntN ahead = (t > 0.0F) & (t < nearest);
+            if (laneBits(ahead) == 0) continue;
+            const FloatN a = o[plane.axisA] + d[plane.axisA] * t;
+            const FloatN b = o[plane.axisB] + d[plane.axisB] * t;
+            IntN met = splatInt(0);
+            for (int q = plane.first; q < plane.first + plane.count; ++q) {
+                FloatN u, v;
+                const IntN inside = within(target.flat[q], a, b, u, v) & ahead;
+                hitU = select(inside, u, hitU);
+                hitV = select(inside, v, hitV);
+                id = select(inside, splatInt(q), id);
+                met |= inside;
+            }
+            nearest = select(met, t, nearest);
         }
-        store(w.hitT + i, t);
-        store(w.hitU + i, u);
-        store(w.hitV + i, v);
+        store(w.hitT + i, nearest);
+        store(w.hitU + i, hitU);
+        store(w.hitV + i, hitV);
         for (int lane = 0; lane < kLanes; ++lane) w.hit[i + lane] = id[lane] < 0 ? kMiss : target.flatId[id[lane]];
     }
 }
 
 static void blockedFlat(const TraceTarget& target, int count, Workspace& w) {
     for (int i = 0; i < count; i += kLanes) {
-        const Vec8 o = loadVec(w.qox, w.qoy, w.qoz, i);
-        const Vec8 d = loadVec(w.qdx, w.qdy, w.qdz, i);
-        I8 blocked = splatInt(0);
-        const F8 far = splat(1.0F);
-        for (int k = 0; k < target.flatCount; ++k) {
-            blocked |= meet(target.flat[k], o, d, far).inside;
-            if ((k & 7) == 7 && laneBits(blocked) == 0xFF) break;
+        const FloatN o[3] = {load(w.qox + i), load(w.qoy + i), load(w.qoz + i)};
+        const FloatN d[3] = {load(w.qdx + i), load(w.qdy + i), load(w.qdz + i)};
+        IntN blocked = splatInt(0);
+        for (int k = 0; k < target.planeCount; ++k) {
+            const FlatPlane& plane = target.planes[k];
+            const FloatN along = plane.n[0] * d[0] + plane.n[1] * d[1] + plane.n[2] * d[2];
+            const FloatN above = plane.n[0] * o[0] + plane.n[1] * o[1] + (plane.n[2] * o[2] + plane.d);
+            // The segment ends at parameter 1: it crosses if its ends lie on different sides. Most planes of a room are never crossed.
+            const IntN crosses = (above * (above + along) < 0.0F) & ~blocked;
+            if (laneBits(crosses) == 0) continue;
+            const FloatN t = -above / along;
+            const FloatN a = o[plane.axisA] + d[plane.axisA] * t;
+            const FloatN b = o[plane.axisB] + d[plane.axisB] * t;
+            for (int q = plane.first; q < plane.first + plane.count; ++q) {
+                FloatN u, v;
+                blocked |= within(target.flat[q], a, b, u, v) & crosses;
+            }
+            if (laneBits(blocked) == kAllLanes) break;
         }
         const int bits = laneBits(blocked);
         for (int lane = 0; lane < kLanes; ++lane) w.blocked[i + lane] = bits >> lane & 1;
     }
 }
 
+/// Rays that Embree takes at once: wider packets gain nothing for rays that have little in common.
+constexpr int kPacket = kLanes < 8 ? 4 : 8;
+template <int Width>
+struct Packets;
+template <>
+struct Packets<4> {
+    using Ray = RTCRay4;
+    using RayHit = RTCRayHit4;
+};
+template <>
+struct Packets<8> {
+    using Ray = RTCRay8;
+    using RayHit = RTCRayHit8;
+};
+
+/// Fills in what is the same for all of a packet's rays.
+template <class Ray>
+NEMRA_INLINE void beginPacket(Ray& packet, int* valid, int left, float far) {
+    for (int lane = 0; lane < kPacket; ++lane) {
+        packet.tnear[lane] = 0.0F;
+        packet.time[lane] = 0.0F;
+        packet.tfar[lane] = far;
+        packet.mask[lane] = ~0U;
+        packet.flags[lane] = 0;
+        valid[lane] = lane < left ? -1 : 0;
+    }
+}
+
 static void closestEmbree(const KernelScene& scene, const TraceTarget& target, const RayArrays& rays, int count, bool coherent,
                           Workspace& w) {
     embree::Query query(coherent ? embree::Coherence::coherent : embree::Coherence::incoherent);
-    for (int i = 0; i < count; i += kLanes) {
-        RTCRayHit8 packet;
-        alignas(32) int valid[kLanes];
-        std::memcpy(packet.ray.org_x, rays.ox + i, 32);
-        std::memcpy(packet.ray.org_y, rays.oy + i, 32);
-        std::memcpy(packet.ray.org_z, rays.oz + i, 32);
-        std::memcpy(packet.ray.dir_x, rays.dx + i, 32);
-        std::memcpy(packet.ray.dir_y, rays.dy + i, 32);
-        std::memcpy(packet.ray.dir_z, rays.dz + i, 32);
-        store(packet.ray.tnear, splat(0.0F));
-        store(packet.ray.time, splat(0.0F));
-        store(packet.ray.tfar, splat(3.0e38F));
-        store(packet.ray.mask, splatInt(-1));
-        store(packet.ray.flags, splatInt(0));
-        store(packet.hit.geomID, splatInt(-1));
-        store(packet.hit.instID[0], splatInt(-1));
-        for (int lane = 0; lane < kLanes; ++lane) valid[lane] = i + lane < count ? -1 : 0;
-        embree::intersect8(valid, static_cast<RTCScene>(target.embree), query, &packet);
-        std::memcpy(w.hitT + i, packet.ray.tfar, 32);
-        std::memcpy(w.hitU + i, packet.hit.u, 32);
-        std::memcpy(w.hitV + i, packet.hit.v, 32);
-        for (int lane = 0; lane < kLanes; ++lane) {
+    constexpr std::size_t kBytes = kPacket * sizeof(float);
+    for (int i = 0; i < count; i += kPacket) {
+        Packets<kPacket>::RayHit packet;
+        alignas(32) int valid[kPacket];
+        std::memcpy(packet.ray.org_x, rays.ox + i, kBytes);
+        std::memcpy(packet.ray.org_y, rays.oy + i, kBytes);
+        std::memcpy(packet.ray.org_z, rays.oz + i, kBytes);
+        std::memcpy(packet.ray.dir_x, rays.dx + i, kBytes);
+        std::memcpy(packet.ray.dir_y, rays.dy + i, kBytes);
+        std::memcpy(packet.ray.dir_z, rays.dz + i, kBytes);
+        beginPacket(packet.ray, valid, count - i, 3.0e38F);
+        for (int lane = 0; lane < kPacket; ++lane) {
+            packet.hit.geomID[lane] = RTC_INVALID_GEOMETRY_ID;
+            packet.hit.instID[0][lane] = RTC_INVALID_GEOMETRY_ID;
+        }
+        embree::intersect(valid, static_cast<RTCScene>(target.embree), query, &packet);
+        std::memcpy(w.hitT + i, packet.ray.tfar, kBytes);
+        std::memcpy(w.hitU + i, packet.hit.u, kBytes);
+        std::memcpy(w.hitV + i, packet.hit.v, kBytes);
+        for (int lane = 0; lane < kPacket; ++lane) {
             const std::uint32_t geometry = packet.hit.geomID[lane];
             const std::uint32_t instance = packet.hit.instID[0][lane];
             std::uint32_t id = kMiss;
@@ -110,30 +149,26 @@ static void closestEmbree(const KernelScene& scene, const TraceTarget& target, c
 
 static void blockedEmbree(const TraceTarget& target, int count, Workspace& w) {
     embree::Query query(embree::Coherence::incoherent);
-    for (int i = 0; i < count; i += kLanes) {
-        RTCRay8 packet;
-        alignas(32) int valid[kLanes];
-        std::memcpy(packet.org_x, w.qox + i, 32);
-        std::memcpy(packet.org_y, w.qoy + i, 32);
-        std::memcpy(packet.org_z, w.qoz + i, 32);
-        std::memcpy(packet.dir_x, w.qdx + i, 32);
-        std::memcpy(packet.dir_y, w.qdy + i, 32);
-        std::memcpy(packet.dir_z, w.qdz + i, 32);
-        store(packet.tnear, splat(0.0F));
-        store(packet.time, splat(0.0F));
-        store(packet.tfar, splat(1.0F));
-        store(packet.mask, splatInt(-1));
-        store(packet.flags, splatInt(0));
-        for (int lane = 0; lane < kLanes; ++lane) valid[lane] = i + lane < count ? -1 : 0;
-        embree::occluded8(valid, static_cast<RTCScene>(target.embree), query, &packet);
-        for (int lane = 0; lane < kLanes; ++lane) w.blocked[i + lane] = packet.tfar[lane] < 0.0F;
+    constexpr std::size_t kBytes = kPacket * sizeof(float);
+    for (int i = 0; i < count; i += kPacket) {
+        Packets<kPacket>::Ray packet;
+        alignas(32) int valid[kPacket];
+        std::memcpy(packet.org_x, w.qox + i, kBytes);
+        std::memcpy(packet.org_y, w.qoy + i, kBytes);
+        std::memcpy(packet.org_z, w.qoz + i, kBytes);
+        std::memcpy(packet.dir_x, w.qdx + i, kBytes);
+        std::memcpy(packet.dir_y, w.qdy + i, kBytes);
+        std::memcpy(packet.dir_z, w.qdz + i, kBytes);
+        beginPacket(packet, valid, count - i, 1.0F);
+        embree::occluded(valid, static_cast<RTCScene>(target.embree), query, &packet);
+        for (int lane = 0; lane < kPacket; ++lane) w.blocked[i + lane] = packet.tfar[lane] < 0.0F;
     }
 }
 
 /// What each ray meets first, into the hit arrays.
 NEMRA_INLINE void traceClosest(const KernelScene& scene, const RayArrays& rays, int count, bool fromCamera, Workspace& w) {
     const TraceTarget& target = fromCamera ? scene.camera : scene.path;
-    if (target.flat) {
+    if (target.planes) {
         closestFlat(target, rays, count, w);
     } else if (target.embree) {
         closestEmbree(scene, target, rays, count, fromCamera, w);
@@ -144,7 +179,7 @@ NEMRA_INLINE void traceClosest(const KernelScene& scene, const RayArrays& rays, 
 
 /// Which of the packed shadow rays are blocked before their end (at parameter 1).
 NEMRA_INLINE void traceShadows(const KernelScene& scene, int count, Workspace& w) {
-    if (scene.shadow.flat) {
+    if (scene.shadow.planes) {
         blockedFlat(scene.shadow, count, w);
     } else if (scene.shadow.embree) {
         blockedEmbree(scene.shadow, count, w);

@@ -11,30 +11,34 @@ namespace nemra::core::NEMRA_KERNEL {
 /// Passing through surfaces costs no reflection; this many stages end a path that does nothing else.
 constexpr int kMaxStages = 100000;
 
-static void randomStage(Workspace& w, int count) {
+static void randomStage(const KernelScene& scene, Workspace& w, int count) {
+    const std::uint32_t roulette = scene.rouletteDepth > 1 ? static_cast<std::uint32_t>(scene.rouletteDepth) - 1 : 0;
     for (int i = 0; i < count; i += kLanes) {
-        const U8 reversed = load(w.vertexReversed + i);
-        const U8 pixel = load(w.vertexPixel + i);
-        const U8 set = load(w.vertexBounce + i) * kSetsPerBounce + kSetFirstBounce;
-        const PairBits<U8> light = samplePair(reversed, pixel, set + kSetLight);
-        const PairBits<U8> scatter = samplePair(reversed, pixel, set + kSetScatter);
-        const PairBits<U8> choices = samplePair(reversed, pixel, set + kSetChoices);
+        const BitsN reversed = load(w.vertexReversed + i);
+        const BitsN pixel = load(w.vertexPixel + i);
+        const BitsN bounce = load(w.vertexBounce + i);
+        const BitsN set = bounce * kSetsPerBounce + kSetFirstBounce;
+        const PairBits<BitsN> light = samplePair(reversed, pixel, set + kSetLight);
+        const PairBits<BitsN> scatter = samplePair(reversed, pixel, set + kSetScatter);
         store(w.uLight + i, toUnit(light.first));
         store(w.vLight + i, toUnit(light.second));
         store(w.uScatter + i, toUnit(scatter.first));
         store(w.vScatter + i, toUnit(scatter.second));
-        store(w.wx + i, toUnit(choices.first));  // free until the scatter stage
+        // Early bounces of scenes with few lights have nothing to decide.
+        if (!scene.lightAlias && laneBits((IntN)(bounce >= roulette)) == 0) continue;
+        const PairBits<BitsN> choices = samplePair(reversed, pixel, set + kSetChoices);
+        store(w.uChoice + i, toUnit(choices.first));
         store(w.uRoulette + i, toUnit(choices.second));
     }
 }
 
 static void scatterStage(Workspace& w, int count) {
     for (int i = 0; i < count; i += kLanes) {
-        const Vec8 n = loadVec(w.nx, w.ny, w.nz, i);
-        const Vec8 g = loadVec(w.gx, w.gy, w.gz, i);
-        F8 cosine;
-        const Vec8 wi = cosineDirection(load(w.uScatter + i), load(w.vScatter + i), n, cosine);
-        const I8 above = (dot(wi, g) > 0.0F) & (cosine > 0.0F);
+        const VecN n = loadVec(w.nx, w.ny, w.nz, i);
+        const VecN g = loadVec(w.gx, w.gy, w.gz, i);
+        FloatN cosine;
+        const VecN wi = cosineDirection(load(w.uScatter + i), load(w.vScatter + i), n, cosine);
+        const IntN above = (dot(wi, g) > 0.0F) & (cosine > 0.0F);
         store(w.wx + i, wi.x);
         store(w.wy + i, wi.y);
         store(w.wz + i, wi.z);
@@ -49,51 +53,59 @@ struct NextCounts {
 
 /// What the vertices' reflectances do to throughput, shadow rays and next rays.
 template <int W>
-static NextCounts reflectStage(const KernelScene& scene, Workspace& w, int count, const RayArrays& to, int rays) {
+static NextCounts reflectStage(const KernelScene& scene, const Workspace& workspace, int count, const RayArrays& target, int rays) {
+    const Workspace w = workspace;  // copies, which no store can be taken to change
+    const RayArrays to = target;
+    const SpectralCell* const spectra = scene.spectra;
+    const SurfaceRecord* const surfaces = scene.surfaces;
+    const auto rouletteDepth = static_cast<std::uint32_t>(scene.rouletteDepth);
     int shadows = 0;
     for (int i = 0; i < count; ++i) {
         const int slot = w.vertexSlot[i];
-        const SurfaceRecord& surface = scene.surfaces[w.vertexSurface[i]];
+        const SpectralCell* const reflectance = spectra + surfaces[w.vertexSurface[i]].reflectance;
         const float shadowWeight = w.shadowWeight[i];
         F4 throughput[W / 4];
         float most = 0.0F;
         for (int k = 0; k < W / 4; ++k) {
             const int at = slot * W + 4 * k;
             const F4 position = load4(w.inCell + at);
-            throughput[k] = load4(w.throughput + at) * lookUp(scene.spectra + surface.reflectance, w.cell + at, position);
+            throughput[k] = load4(w.throughput + at) * lookUp(reflectance, w.cell + at, position);
             if (shadowWeight > 0.0F) {
-                const F4 light = lookUp(scene.spectra + w.lightEmission[i], w.cell + at, position);
+                const F4 light = lookUp(spectra + w.lightEmission[i], w.cell + at, position);
                 store(w.pending + at, throughput[k] * light * shadowWeight);
             }
             const float here = largest(throughput[k]);
             most = here > most ? here : most;
         }
-        if (shadowWeight > 0.0F && most > 0.0F) {
-            w.qox[shadows] = w.px[i];
-            w.qoy[shadows] = w.py[i];
-            w.qoz[shadows] = w.pz[i];
+        if (!(most > 0.0F)) continue;
+        const float x = w.px[i], y = w.py[i], z = w.pz[i];
+        if (shadowWeight > 0.0F) {
+            w.qox[shadows] = x;
+            w.qoy[shadows] = y;
+            w.qoz[shadows] = z;
             w.qdx[shadows] = w.sx[i];
             w.qdy[shadows] = w.sy[i];
             w.qdz[shadows] = w.sz[i];
             w.shadowSlot[shadows] = slot;
             ++shadows;
         }
-        if (!(w.wPdf[i] > 0.0F) || !(most > 0.0F)) continue;
+        const float pdf = w.wPdf[i];
+        if (!(pdf > 0.0F)) continue;
         float boost = 1.0F;
         const std::uint32_t bounce = w.vertexBounce[i] + 1;
-        if (bounce >= static_cast<std::uint32_t>(scene.rouletteDepth)) {
-            const float q = most < 0.95F ? most : 0.95F;
+        if (bounce >= rouletteDepth) {
+            const float q = most < kMostSurvival ? most : kMostSurvival;
             if (!(w.uRoulette[i] < q)) continue;
             boost = 1.0F / q;
         }
         for (int k = 0; k < W / 4; ++k) store(w.throughput + slot * W + 4 * k, throughput[k] * boost);
-        to.ox[rays] = w.px[i];
-        to.oy[rays] = w.py[i];
-        to.oz[rays] = w.pz[i];
+        to.ox[rays] = x;
+        to.oy[rays] = y;
+        to.oz[rays] = z;
         to.dx[rays] = w.wx[i];
         to.dy[rays] = w.wy[i];
         to.dz[rays] = w.wz[i];
-        to.pdf[rays] = w.wPdf[i];
+        to.pdf[rays] = pdf;
         to.slot[rays] = slot;
         to.bounce[rays] = bounce;
         ++rays;
@@ -102,7 +114,8 @@ static NextCounts reflectStage(const KernelScene& scene, Workspace& w, int count
 }
 
 template <int W>
-static void collectStage(Workspace& w, int shadows) {
+static void collectStage(const Workspace& workspace, int shadows) {
+    const Workspace w = workspace;
     for (int i = 0; i < shadows; ++i) {
         if (w.blocked[i]) continue;
         for (int k = 0; k < W; k += 4) {
@@ -123,9 +136,9 @@ static int renderBatch(const KernelScene& scene, Workspace& w, const Batch& batc
         const SurfaceCounts met = surfaceStage<W>(scene, w, from, count, to);
         NextCounts next{met.rays, 0};
         if (met.vertices > 0) {
-            randomStage(w, met.vertices);
+            randomStage(scene, w, met.vertices);
             if (scene.lightCount > 0) {
-                lightStage(scene, w, met.vertices, w.wx);
+                lightStage(scene, w, met.vertices);
             } else {
                 for (int i = 0; i < met.vertices; ++i) w.shadowWeight[i] = 0.0F;
             }

@@ -42,7 +42,7 @@ std::size_t layOut(Workspace& w, std::byte* block, int wavelengths) {
     carver.take(w.hit, n);
     carver.take(w.hitInner, n);
     for (float** a : {&w.px, &w.py, &w.pz, &w.gx, &w.gy, &w.gz, &w.nx, &w.ny, &w.nz, &w.offset, &w.uLight, &w.vLight, &w.uScatter,
-                      &w.vScatter, &w.uRoulette, &w.sx, &w.sy, &w.sz, &w.shadowWeight, &w.wx, &w.wy, &w.wz, &w.wPdf, &w.qox, &w.qoy,
+                      &w.vScatter, &w.uChoice, &w.uRoulette, &w.sx, &w.sy, &w.sz, &w.shadowWeight, &w.wx, &w.wy, &w.wz, &w.wPdf, &w.qox, &w.qoy,
                       &w.qoz, &w.qdx, &w.qdy, &w.qdz}) {
         carver.take(*a, n);
     }

@@ -50,7 +50,7 @@ struct Workspace {
     std::int32_t* vertexSurface;
     std::uint32_t* vertexBounce;
     std::uint32_t *vertexReversed, *vertexPixel;
-    float *uLight, *vLight, *uScatter, *vScatter, *uRoulette;
+    float *uLight, *vLight, *uScatter, *vScatter, *uChoice, *uRoulette;
     // Next event: shadow ray by vertex, its weight (0: none), the light's table and scale.
     float *sx, *sy, *sz, *shadowWeight;
     std::int32_t* lightEmission;
