@@ -1,5 +1,5 @@
-/// py::class_ with one difference: a member function gets `self` by reference. The library passes it by pointer, and hands None over
-/// as a null pointer, so that `Node.name(None)` would read through it; by reference, None is refused as a wrong argument.
+/// py::class_ with one difference: a member function gets `self` by reference. The library passes it by pointer, and hands None
+/// over as a null pointer, so that `Node.name(None)` would read through it; by reference, None is refused as a wrong argument.
 #pragma once
 
 #include <type_traits>

@@ -76,9 +76,10 @@ PyObject* createModule() {
 
 extern "C" PYBIND11_EXPORT PyObject* PyInit_nemra() {
     if (const char* running = Py_GetVersion(); !isCompatible(running)) {
-        PyErr_Format(PyExc_ImportError,
-                     "Python version mismatch: module was compiled for Python %s, but the interpreter version is incompatible: %s.",
-                     "3.12", running);
+        PyErr_Format(
+            PyExc_ImportError,
+            "Python version mismatch: module was compiled for Python %s, but the interpreter version is incompatible: %s.",
+            "3.12", running);
         return nullptr;
     }
     return createModule();

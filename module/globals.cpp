@@ -1,9 +1,9 @@
 // Free functions of the module, the message levels, and the road of the engine's messages to one Python callable.
+#include <sstream>
+
 #include "module/binders.h"
 #include "module/engine_text.h"
 #include "module/flat/nemra_global.h"
-
-#include <sstream>
 
 namespace Nemra {
 
@@ -59,17 +59,20 @@ void bindGlobals(py::module_& module, const std::string& packageName) {
         "version", [] { return std::string(nemraGlobalGetVersionString()); },
         ("Gets the full version of nemra\n\n"
          ".. code-block:: python\n\n"
-         "    " + importLine + "\n\n"
+         "    " +
+         importLine +
+         "\n\n"
          "    nemra.version() # Nemra 2024 R1 (1.2.3-0123456789ab)\n")
             .c_str());
     module.def(
-        "init",
-        [](bool openCl, const std::string& device) { return nemraGlobalInitialize(openCl, device.c_str()); },
+        "init", [](bool openCl, const std::string& device) { return nemraGlobalInitialize(openCl, device.c_str()); },
         py::arg("ocl_support") = false, py::arg("ocl_device") = "",
         ("Initialize nemra\n\n"
          "Call this to initialize nemra, You can enable OpenCL here and choose the OpenCL device by its name\n\n"
          ".. code-block:: python\n\n"
-         "    " + importLine + "\n\n"
+         "    " +
+         importLine +
+         "\n\n"
          "    devicename = nemra.listOpenCLDevices()\n"
          "    if len(devicename) > 0:\n"
          "        nemra.init(ocl_device=devicename[0], ocl_support=True)\n"
@@ -82,14 +85,18 @@ void bindGlobals(py::module_& module, const std::string& packageName) {
         "getWorkDir", [] { return std::string(nemraGlobalGetWorkdir()); },
         ("Get the current working directory\n\n"
          ".. code-block:: python\n\n"
-         "    " + importLine + "\n\n"
+         "    " +
+         importLine +
+         "\n\n"
          "    nemra.getWorkDir()\n")
             .c_str());
     module.def(
         "setWorkDir", [](const std::string& directory) { nemraGlobalSetWorkdir(directory.c_str()); }, py::arg("work_dir"),
         ("Sets the current working directory\n\n"
          ".. code-block:: python\n\n"
-         "    " + importLine + "\n\n"
+         "    " +
+         importLine +
+         "\n\n"
          "    nemra.setWorkDir(\"/path/to/scenes\")\n\n"
          ".. warning::\n\n"
          "    For network rendering scene files must be on the same path relative to working directory on every node.\n")
@@ -97,10 +104,13 @@ void bindGlobals(py::module_& module, const std::string& packageName) {
     module.def("onMessage", &onMessage, py::arg("call_back"),
                ("Sets the global message callback\n\n"
                 "All messages sent by nemra are handle via this user defined call_back function.\n\n"
-                "The first parameter of the callback is the message, the second the log level type (:meth:`" + packageName +
+                "The first parameter of the callback is the message, the second the log level type (:meth:`" +
+                packageName +
                 ".nemra.messageType`).\n\n"
                 ".. code-block:: python\n\n"
-                "    " + importLine + "\n\n"
+                "    " +
+                importLine +
+                "\n\n"
                 "    def onMessage(msg, msg_type):\n"
                 "        if msg_type > nemra.messageType.Info:\n"
                 "            print(msg)\n\n"
@@ -111,7 +121,9 @@ void bindGlobals(py::module_& module, const std::string& packageName) {
     module.def("listOpenCLDevices", &listOpenClDevices,
                ("Get available OpenCL Devices in a list\n\n"
                 ".. code-block:: python\n\n"
-                "    " + importLine + "\n\n"
+                "    " +
+                importLine +
+                "\n\n"
                 "    nemra.listOpenCLDevices()\n")
                    .c_str());
 }

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <utility>
 
+#include "module/flat/nemra_node.h"
 #include "module/flat/nemra_raw.h"
 #include "module/flat/nemra_renderer.h"
 #include "module/flat/nemra_scene.h"
-#include "module/flat/nemra_node.h"
 #include "module/flat/nemra_server.h"
 
 namespace Nemra {

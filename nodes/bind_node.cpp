@@ -40,8 +40,7 @@ void bindNode(py::module_& module, std::string) {
     node.def("isListType", &Node::isListType, "Is this node has a variable list of childs");
     node.def("listClass", &Node::listClass, "Retrieve the className of the variable list of childs");
     node.def("getChildList", &Node::getChildList, "Retrieve the list of varying childs");
-    node.def("getListChild", &Node::getListChild, py::arg("name"),
-             "Retrieve a child named \"name\" in the varying child list");
+    node.def("getListChild", &Node::getListChild, py::arg("name"), "Retrieve a child named \"name\" in the varying child list");
     node.def("clone", &Node::clone, "Return a clone of this node. Childrens are shared with the original");
     node.def("copy", &Node::copy, "Return a copy of this node. All its nodes are also copied");
     node.def("setChild", &Node::setChild, py::arg("child"),

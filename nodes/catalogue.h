@@ -5,6 +5,7 @@
 /// The order within a list is the order of definition.
 #pragma once
 
+// clang-format off
 #define NEMRA_CLASSES_intlaw(X, AS) X(Advfoil) X(Linked) X(Artistic) X(Polarizer) X(Cfresnel) X(Foil) X(Mixtabulated) \
     X(Fresnel) X(Null) X(Mm44) X(Poltabulated) X(Halffoil) X(Simple) X(Thinfilm)
 #define NEMRA_CLASSES_instrument(X, AS) X(Stdcam) X(Defaultrawinstrument) X(Idealrectcam) X(Irradsphereview) X(Fisheyecam) \
@@ -54,3 +55,4 @@
 #define NEMRA_FAMILIES(F) F(intlaw) F(instrument) F(emitter) F(dielectricfunc) F(filter) F(layer) F(material) F(colloid) \
     F(text) F(scalarshader) F(environment) F(spectrum) F(scattering) F(normalshader) F(rtf) F(sensor) F(roughness) F(image) \
     F(output) F(avspectrum) F(medium) F(filtershader) F(setup) F(bsdf)
+// clang-format on

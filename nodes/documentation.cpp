@@ -51,8 +51,8 @@ std::string nodeDocString(const std::string& name, const std::string& path) {
     if (const auto alias = docAliases.find(page); alias != docAliases.end()) page = alias->second;
     if (page.empty()) return name;
     const std::string url = std::string(NEMRA_DOCS_ROOT) + "2024" + "-docs/reference/nodes/" + page + ".html";
-    return "\n    " + name + "\n    \n    .. raw:: html\n\n        <iframe id=" + name + "\" src=\"" + url + "\"loading=\"lazy\" alt=\"" +
-           url + "\"></iframe>\n\n    ";
+    return "\n    " + name + "\n    \n    .. raw:: html\n\n        <iframe id=" + name + "\" src=\"" + url +
+           "\"loading=\"lazy\" alt=\"" + url + "\"></iframe>\n\n    ";
 }
 
 }  // namespace NemraNode::nodes

@@ -16,7 +16,7 @@ void bindNodeClass(py::module_& familyModule, const char* family, const char* py
     static_assert(std::is_standard_layout_v<P> && sizeof(P) == sizeof(Node), "generated methods take a P for a Node");
     const std::string path = std::string(family) + "/" + static_cast<const char*>(P::kPage);
     py::class_<P, Node, Nemra::CHandler<nemra_onode_t>, std::shared_ptr<P>> pyClass(familyModule, pythonName,
-                                                                                   nodeDocString(pythonName, path).c_str());
+                                                                                    nodeDocString(pythonName, path).c_str());
     pyClass.def(py::init<const std::string&>(), py::arg("name"));
     const GeneratedClass target{family, P::kType, &typeid(P), pyClass};
     bindParametersAndChildren(target);
@@ -27,10 +27,10 @@ void bindNodeClass(py::module_& familyModule, const char* family, const char* py
 
 #define NEMRA_BIND_CLASS(Class) bindNodeClass<Class>(familyModule, kFamily, #Class);
 #define NEMRA_BIND_CLASS_NAMED(Class, Type) NEMRA_BIND_CLASS(Class)
-#define NEMRA_FAMILY_BINDER(Family)                                          \
-    namespace NemraNode::nodes::Family {                                     \
-    void bindFamily(py::module_& nodes, std::string) {                       \
-        py::module_ familyModule = makeFamilyModule(nodes, kFamily);         \
-        NEMRA_CLASSES_##Family(NEMRA_BIND_CLASS, NEMRA_BIND_CLASS_NAMED)     \
-    }                                                                        \
+#define NEMRA_FAMILY_BINDER(Family)                                      \
+    namespace NemraNode::nodes::Family {                                 \
+    void bindFamily(py::module_& nodes, std::string) {                   \
+        py::module_ familyModule = makeFamilyModule(nodes, kFamily);     \
+        NEMRA_CLASSES_##Family(NEMRA_BIND_CLASS, NEMRA_BIND_CLASS_NAMED) \
+    }                                                                    \
     }

@@ -65,9 +65,7 @@ std::vector<Node> Node::children() const {
     return borrowedNodes(handles, count);
 }
 
-Node Node::getChild(const std::string& name) const {
-    return Node(handle ? nemraNode_getChild(handle, name.c_str()) : nullptr);
-}
+Node Node::getChild(const std::string& name) const { return Node(handle ? nemraNode_getChild(handle, name.c_str()) : nullptr); }
 
 bool Node::isListType() const { return handle && nemraNode_isListType(handle); }
 

@@ -33,22 +33,24 @@ constexpr Word<N> smallFirst(const char (&literal)[N]) {
 }  // namespace NemraNode::nodes
 
 /// kType is the engine's type name; kPage, with the family before it, the class's path.
-#define NEMRA_NODE_CLASS_AS(Class, Type)                                                              \
-    class Class : public Node {                                                                       \
-    public:                                                                                           \
-        static constexpr auto kType = Type;                                                           \
-        static constexpr auto kPage = smallFirst(#Class);                                             \
-        explicit Class(const std::string& name) : Node(kFamily, kType, name.c_str()) {}               \
+#define NEMRA_NODE_CLASS_AS(Class, Type)                                                \
+    class Class : public Node {                                                         \
+    public:                                                                             \
+        static constexpr auto kType = Type;                                             \
+        static constexpr auto kPage = smallFirst(#Class);                               \
+        explicit Class(const std::string& name) : Node(kFamily, kType, name.c_str()) {} \
     };
 #define NEMRA_NODE_CLASS(Class) NEMRA_NODE_CLASS_AS(Class, smallFirst(#Class))
 #define NEMRA_NODE_CLASS_NAMED(Class, Type) NEMRA_NODE_CLASS_AS(Class, word(Type))
 
-#define NEMRA_NODE_FAMILY(Family)                                                                     \
-    namespace NemraNode::nodes::Family {                                                              \
-    inline constexpr auto kFamily = word(#Family);                                                    \
-    NEMRA_CLASSES_##Family(NEMRA_NODE_CLASS, NEMRA_NODE_CLASS_NAMED)                                  \
-    void bindFamily(py::module_& nodes, std::string packageName);                                     \
+// clang-format off: a list and a declaration without a semicolon between
+#define NEMRA_NODE_FAMILY(Family)                                                                              \
+    namespace NemraNode::nodes::Family {                                                                       \
+    inline constexpr auto kFamily = word(#Family);                                                             \
+    NEMRA_CLASSES_##Family(NEMRA_NODE_CLASS, NEMRA_NODE_CLASS_NAMED) void bindFamily(py::module_& nodes,       \
+                                                                                     std::string packageName); \
     }
+// clang-format on
 
 NEMRA_FAMILIES(NEMRA_NODE_FAMILY)
 

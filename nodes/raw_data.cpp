@@ -78,15 +78,24 @@ void bindRawData(const GeneratedClass& target) {
         const std::string raw = Nemra::takeText(nemraNode_getRawDataName(dummy.handle, i));
         const Slot slot{raw, "setRaw" + capitalName(raw), "getRaw" + capitalName(raw)};
         switch (nemraNode_getRawDataType(dummy.handle, raw.c_str())) {
-            case NEMRA_RAW_DATA_TEXT: defineTextSlot(target, slot); break;
+            case NEMRA_RAW_DATA_TEXT:
+                defineTextSlot(target, slot);
+                break;
             case NEMRA_RAW_DATA_INDEX:
             case NEMRA_RAW_DATA_INT32:
                 defineArraySlot(target, slot, nemraValue_get_int32, nemraValue_create_vec_int32_t);
                 break;
-            case NEMRA_RAW_DATA_FLOAT: defineArraySlot(target, slot, nemraValue_get_float, nemraValue_create_vec_float); break;
-            case NEMRA_RAW_DATA_DOUBLE: defineArraySlot(target, slot, nemraValue_get_double, nemraValue_create_vec_double); break;
-            case NEMRA_RAW_DATA_BINARY: defineBytesSlot(target, slot); break;
-            default: break;
+            case NEMRA_RAW_DATA_FLOAT:
+                defineArraySlot(target, slot, nemraValue_get_float, nemraValue_create_vec_float);
+                break;
+            case NEMRA_RAW_DATA_DOUBLE:
+                defineArraySlot(target, slot, nemraValue_get_double, nemraValue_create_vec_double);
+                break;
+            case NEMRA_RAW_DATA_BINARY:
+                defineBytesSlot(target, slot);
+                break;
+            default:
+                break;
         }
     }
 }

@@ -20,7 +20,8 @@ std::vector<std::string> columnNames(nemra_parameter* parameter) {
     return names;
 }
 
-/// Cells of one column. A column is of one type as a rule, but each cell says its own: a buffer is made when its type first comes.
+/// Cells of one column. A column is of one type as a rule, but each cell says its own: a buffer is made when its type first
+/// comes.
 class ColumnReader {
 public:
     explicit ColumnReader(std::uint32_t rows) : rows_(rows) {}
@@ -29,18 +30,31 @@ public:
         last_ = nemraValue_type(cell);
         switch (last_) {
             case NEMRA_VALUE_TEXT:
-            case NEMRA_VALUE_LINK: at(texts_, row) = readText(cell); break;
-            case NEMRA_VALUE_BOOLEAN: at(booleans_, row) = nemraValue_get_bool(cell); break;
-            case NEMRA_VALUE_INT32: storeFirst(integers_, row, cell, nemraValue_get_int32); break;
-            case NEMRA_VALUE_UINT64: storeFirst(naturals_, row, cell, nemraValue_get_uint64); break;
-            case NEMRA_VALUE_FLOAT: storeFirst(floats_, row, cell, nemraValue_get_float); break;
-            case NEMRA_VALUE_DOUBLE: storeFirst(doubles_, row, cell, nemraValue_get_double); break;
+            case NEMRA_VALUE_LINK:
+                at(texts_, row) = readText(cell);
+                break;
+            case NEMRA_VALUE_BOOLEAN:
+                at(booleans_, row) = nemraValue_get_bool(cell);
+                break;
+            case NEMRA_VALUE_INT32:
+                storeFirst(integers_, row, cell, nemraValue_get_int32);
+                break;
+            case NEMRA_VALUE_UINT64:
+                storeFirst(naturals_, row, cell, nemraValue_get_uint64);
+                break;
+            case NEMRA_VALUE_FLOAT:
+                storeFirst(floats_, row, cell, nemraValue_get_float);
+                break;
+            case NEMRA_VALUE_DOUBLE:
+                storeFirst(doubles_, row, cell, nemraValue_get_double);
+                break;
             case NEMRA_VALUE_BINARY: {
                 const std::vector<char> bytes = readBlock(cell, nemraValue_get_binary);
                 at(binaries_, row).assign(bytes.begin(), bytes.end());
                 break;
             }
-            default: break;
+            default:
+                break;
         }
     }
 
@@ -48,22 +62,28 @@ public:
     py::object take() {
         switch (last_) {
             case NEMRA_VALUE_TEXT:
-            case NEMRA_VALUE_LINK: return py::cast(texts_);
+            case NEMRA_VALUE_LINK:
+                return py::cast(texts_);
             case NEMRA_VALUE_BOOLEAN: {
                 py::array_t<bool> column(static_cast<py::ssize_t>(rows_));
                 std::copy(booleans_.begin(), booleans_.end(), column.mutable_data());
                 return column;
             }
-            case NEMRA_VALUE_INT32: return Nemra::ownedArray(std::move(integers_));
-            case NEMRA_VALUE_UINT64: return Nemra::ownedArray(std::move(naturals_));
-            case NEMRA_VALUE_FLOAT: return Nemra::ownedArray(std::move(floats_));
-            case NEMRA_VALUE_DOUBLE: return Nemra::ownedArray(std::move(doubles_));
+            case NEMRA_VALUE_INT32:
+                return Nemra::ownedArray(std::move(integers_));
+            case NEMRA_VALUE_UINT64:
+                return Nemra::ownedArray(std::move(naturals_));
+            case NEMRA_VALUE_FLOAT:
+                return Nemra::ownedArray(std::move(floats_));
+            case NEMRA_VALUE_DOUBLE:
+                return Nemra::ownedArray(std::move(doubles_));
             case NEMRA_VALUE_BINARY: {
                 py::list column;
                 for (const std::string& bytes : binaries_) column.append(py::bytes(bytes));
                 return column;
             }
-            default: return {};
+            default:
+                return {};
         }
     }
 

@@ -8,10 +8,10 @@ namespace {
 #define NEMRA_MATCH(Class) \
     if (node.typeName() == static_cast<const char*>(Class::kType)) return &typeid(Class);
 #define NEMRA_MATCH_NAMED(Class, Type) NEMRA_MATCH(Class)
-#define NEMRA_FAMILY_TYPES(Family)                                                     \
-    const std::type_info* findIn_##Family(const Node& node) {                          \
-        using namespace Family;                                                        \
-        NEMRA_CLASSES_##Family(NEMRA_MATCH, NEMRA_MATCH_NAMED) return nullptr;         \
+#define NEMRA_FAMILY_TYPES(Family)                                             \
+    const std::type_info* findIn_##Family(const Node& node) {                  \
+        using namespace Family;                                                \
+        NEMRA_CLASSES_##Family(NEMRA_MATCH, NEMRA_MATCH_NAMED) return nullptr; \
     }
 NEMRA_FAMILIES(NEMRA_FAMILY_TYPES)
 

@@ -35,7 +35,7 @@ public:
         };
         record->nargs_pos = 1 + sizeof...(Args);
         process_attributes<py::name, py::is_method, py::sibling>::init(py::name(name), py::is_method(target.python),
-                                                                      py::sibling(sibling), record.get());
+                                                                       py::sibling(sibling), record.get());
         if (doc) process_attribute<const char*>::init(doc, record.get());
         if (argumentName) process_attribute<py::arg>::init(py::arg(argumentName), record.get());
 

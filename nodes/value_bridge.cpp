@@ -53,7 +53,8 @@ void defineValueSetter(const GeneratedClass& target, const ParameterNames& names
 }
 
 void bindText(const GeneratedClass& target, const ParameterNames& names, const std::string& mode, bool writable) {
-    defineValueGetter<std::string>(target, names, mode, [] { return std::string(); }, readText);
+    defineValueGetter<std::string>(
+        target, names, mode, [] { return std::string(); }, readText);
     if (!writable) return;
     defineValueSetter<std::string>(target, names, [](const std::string& text) { return nemraValue_create_c_str(text.c_str()); });
 }
@@ -72,7 +73,8 @@ void bindInteger(const GeneratedClass& target, const ParameterNames& names, cons
 }
 
 void bindBoolean(const GeneratedClass& target, const ParameterNames& names, const std::string& mode) {
-    defineValueGetter<bool>(target, names, mode, [] { return false; }, nemraValue_get_bool);
+    defineValueGetter<bool>(
+        target, names, mode, [] { return false; }, nemraValue_get_bool);
     defineValueSetter<bool>(target, names, nemraValue_create_bool);
 }
 
@@ -153,20 +155,22 @@ nemra_value* colorFromDict(const py::dict& dict) {
             for (std::size_t i = 0; i < coordinates.size(); ++i) coordinates[i] = list[i].cast<float>();
         }
     }
-    return nemraValue_create_tricolor(
-        nemraTriColor_create_name(space.c_str(), coordinates[0], coordinates[1], coordinates[2]));
+    return nemraValue_create_tricolor(nemraTriColor_create_name(space.c_str(), coordinates[0], coordinates[1], coordinates[2]));
 }
 
 void bindColor(const GeneratedClass& target, const ParameterNames& names, const std::string& mode) {
-    defineValueGetter<py::dict>(target, names, mode, [] { return py::dict(); }, colorToDict);
+    defineValueGetter<py::dict>(
+        target, names, mode, [] { return py::dict(); }, colorToDict);
     defineValueSetter<py::dict>(target, names, colorFromDict);
 }
 
 void bindTable(const GeneratedClass& target, const ParameterNames& names, const std::string& mode) {
-    defineParameterGetter<py::dict>(target, names, mode, [] { return py::dict(); }, readTable);
+    defineParameterGetter<py::dict>(
+        target, names, mode, [] { return py::dict(); }, readTable);
     const std::string doc = names.setterDoc + kTableFormat;
-    defineMethod<bool, py::dict>(target, names.setter, doc.c_str(), names.argument.c_str(),
-                                 [name = names.raw](Node& node, const py::dict& columns) { return writeTable(node, name, columns); });
+    defineMethod<bool, py::dict>(
+        target, names.setter, doc.c_str(), names.argument.c_str(),
+        [name = names.raw](Node& node, const py::dict& columns) { return writeTable(node, name, columns); });
 }
 
 }  // namespace
@@ -179,24 +183,35 @@ bool setParameter(const Node& node, const std::string& name, nemra_value* value)
     return node.handle && nemraNode_setParameter(node.handle, name.c_str(), value, 0);
 }
 
-void bindValueAccessors(const GeneratedClass& target, const ParameterNames& names, const std::string& mode,
-                        std::int32_t type) {
+void bindValueAccessors(const GeneratedClass& target, const ParameterNames& names, const std::string& mode, std::int32_t type) {
     switch (type) {
-        case NEMRA_PARAMETER_INFO: return bindText(target, names, mode, false);
-        case NEMRA_PARAMETER_REAL: return bindReal(target, names, mode);
-        case NEMRA_PARAMETER_INTEGER: return bindInteger(target, names, mode);
+        case NEMRA_PARAMETER_INFO:
+            return bindText(target, names, mode, false);
+        case NEMRA_PARAMETER_REAL:
+            return bindReal(target, names, mode);
+        case NEMRA_PARAMETER_INTEGER:
+            return bindInteger(target, names, mode);
         case NEMRA_PARAMETER_TEXT:
         case NEMRA_PARAMETER_FILE:
-        case NEMRA_PARAMETER_LINK: return bindText(target, names, mode, true);
-        case NEMRA_PARAMETER_BOOLEAN: return bindBoolean(target, names, mode);
+        case NEMRA_PARAMETER_LINK:
+            return bindText(target, names, mode, true);
+        case NEMRA_PARAMETER_BOOLEAN:
+            return bindBoolean(target, names, mode);
         case NEMRA_PARAMETER_VECTOR:
-        case NEMRA_PARAMETER_DIRECTION: return bindVector(target, names, mode);
-        case NEMRA_PARAMETER_CHOICE: return bindChoice(target, names, mode);
-        case NEMRA_PARAMETER_TABLE: return bindTable(target, names, mode);
-        case NEMRA_PARAMETER_COLOR: return bindColor(target, names, mode);
-        case NEMRA_PARAMETER_MATRIX2: return bindMatrix(target, names, mode, 2);
-        case NEMRA_PARAMETER_MATRIX3: return bindMatrix(target, names, mode, 3);
-        default: return;  // none, or a type that this module doesn't know: no methods
+        case NEMRA_PARAMETER_DIRECTION:
+            return bindVector(target, names, mode);
+        case NEMRA_PARAMETER_CHOICE:
+            return bindChoice(target, names, mode);
+        case NEMRA_PARAMETER_TABLE:
+            return bindTable(target, names, mode);
+        case NEMRA_PARAMETER_COLOR:
+            return bindColor(target, names, mode);
+        case NEMRA_PARAMETER_MATRIX2:
+            return bindMatrix(target, names, mode, 2);
+        case NEMRA_PARAMETER_MATRIX3:
+            return bindMatrix(target, names, mode, 3);
+        default:
+            return;  // none, or a type that this module doesn't know: no methods
     }
 }
 

@@ -1,5 +1,5 @@
-/// Parameters between engine and Python. A getter looks its parameter up at each call, since a parameter nested in a choice exists
-/// only while that choice is selected; a missing one prints a line and gives a default.
+/// Parameters between engine and Python. A getter looks its parameter up at each call, since a parameter nested in a choice
+/// exists only while that choice is selected; a missing one prints a line and gives a default.
 #pragma once
 
 #include <string>
@@ -11,8 +11,7 @@
 namespace NemraNode::nodes {
 
 /// Defines the methods of a parameter of that type, in order: choices, getter, setter, as far as the type has them.
-void bindValueAccessors(const GeneratedClass& target, const ParameterNames& names, const std::string& mode,
-                        std::int32_t type);
+void bindValueAccessors(const GeneratedClass& target, const ParameterNames& names, const std::string& mode, std::int32_t type);
 
 /// Prints one line on Python's standard output.
 void reportMissingParameter(const std::string& name, const std::string& mode);

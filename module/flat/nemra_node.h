@@ -138,13 +138,14 @@ NEMRA_API uint32_t nemraTableValue_numColumns(nemra_table* table);
 NEMRA_API void nemraTableValue_resizeRows(nemra_table* table, uint32_t rows);
 /* A new value, the caller's; an empty one (type 0) for a cell that was never set, null out of bounds. */
 NEMRA_API nemra_value* nemraTableValue_get(nemra_table* table, uint32_t column, uint32_t row);
-/* `value` becomes the engine's. False if the cell doesn't exist or the column takes another kind. */
+/* `value` becomes the engine's. False without such a cell (nemraTableValue_columnIndex answers 2^32 - 1 for an unknown column) or
+ * if the column holds another kind. */
 NEMRA_API bool nemraTableValue_set(nemra_table* table, uint32_t column, uint32_t row, nemra_value* value);
 
 /* ---- Colours ---------------------------------------------------------------------------------------------------------- */
 
 NEMRA_API nemra_color* nemraTriColor_create_name(const char* space, float c0, float c1, float c2);
-/* Number of the colour's space, for nemraTriColor_spaceToString. */
+/* Number of the colour's space, for nemraTriColor_spaceToString; -1 for a space that isn't known. */
 NEMRA_API int32_t nemraTriColor_space(nemra_color* color);
 /* Engine's text, never null. */
 NEMRA_API const char* nemraTriColor_spaceToString(int32_t space);

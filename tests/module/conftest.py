@@ -1,6 +1,6 @@
-"""Two kinds of tests. Most import the module with the real engine. A test that takes the fixture `probe` runs in a fresh interpreter
-with the probe engine in the real one's place: one interpreter for each file, whose ENGINE is the script of answers for the import.
-Such a file must not import the module itself: it takes the fixture `nemra`."""
+"""Two kinds of tests. Most import the module with the real engine. A test that takes the fixture `probe` runs in a fresh
+interpreter with the probe engine in the real one's place: one interpreter for each file, whose ENGINE is the script of answers
+for the import. Such a file must not import the module itself: it takes the fixture `nemra`."""
 
 import importlib
 import json
@@ -32,10 +32,10 @@ def probe_environment(**more):
 def run_python():
     """Runs a script in a fresh interpreter, by default with the probe engine, and returns the finished process."""
 
-    def run(script, real_engine=False, **more):
+    def run(script, real_engine=False, cwd=None, **more):
         env = environment(**more) if real_engine else probe_environment(**more)
         env["PYTHONPATH"] += os.pathsep + str(pathlib.Path(__file__).parent)
-        return subprocess.run([sys.executable, "-c", script], env=env, capture_output=True, text=True, timeout=60)
+        return subprocess.run([sys.executable, "-c", script], env=env, cwd=cwd, capture_output=True, text=True, timeout=60)
 
     return run
 

@@ -1,5 +1,6 @@
 """Entry point, global functions, messages, and the exit. Each script runs in a fresh interpreter with the probe engine."""
 
+import re
 import shutil
 import subprocess
 
@@ -34,7 +35,8 @@ print(t.__doc__.split(chr(10))[0])
 probe.answer({"nemraGlobalGetVersionString": "V", "nemraGlobalGetWorkdir": "/w", "nemraGlobalInitialize(true, gpu)": "true"})
 from sarvo import nemra
 probe.forget()
-print(nemra.version(), nemra.getWorkDir(), nemra.setWorkDir(work_dir="/x"), nemra.init(), nemra.init(ocl_device="gpu", ocl_support=True))
+print(nemra.version(), nemra.getWorkDir(), nemra.setWorkDir(work_dir="/x"), nemra.init(),
+      nemra.init(ocl_device="gpu", ocl_support=True))
 print(probe.calls())
 for text in ("a|b", "", "a|"):
     probe.answer(pyNemraGlobalListOpenCLDevices=text)
@@ -131,7 +133,8 @@ def copy_module(folder):
 class TestImportFailures:
     def test_null_parameter_name(self, run_python):
         out = run(run_python, """
-probe.answer({"nemraNode_create(intlaw, advfoil, dummy)": "5", "nemraNode_getParameters(5)": "6", "nemraParameter_name(6)": "<null>"})
+probe.answer({"nemraNode_create(intlaw, advfoil, dummy)": "5", "nemraNode_getParameters(5)": "6",
+              "nemraParameter_name(6)": "<null>"})
 try:
     from sarvo import nemra
 except ImportError as e:
@@ -165,7 +168,7 @@ print(len(probe.calls("nemraGlobalInitialize")))
         probe_folder = BUILD / "probe"
         for library in ("libnemra.so", "libnemraNode.so"):
             shutil.copy(probe_folder / library, tmp_path)
-        # Under RTLD_DEEPBIND the module asks its own libraries first: one of them gets a stand-in, which brings the real one along.
+        # Under RTLD_DEEPBIND the module asks its own libraries first: one of them gets a stand-in, which brings it along.
         name = b"libnemraCommon.so"
         (tmp_path / "libnemraCommoX.so").write_bytes(
             (probe_folder / name.decode()).read_bytes().replace(name + b"\0", b"libnemraCommoX.so\0"))
@@ -183,3 +186,19 @@ except ImportError as e:
         refusal = ("Python version mismatch: module was compiled for Python 3.12, but the interpreter version is incompatible: "
                    f"{version}.")
         assert process.stdout == ("accepted\n" if accepted else refusal + "\n"), process.stderr
+
+
+def test_module_needs_exactly_the_fixed_interface():
+    """Any engine that has these functions, and no more, can stand in for ours."""
+    from conftest import BUILD, ROOT
+
+    nm = shutil.which("nm")
+    if not nm:
+        pytest.skip("no nm")
+    declared = set()
+    for header in (ROOT / "module" / "flat").glob("*.h"):
+        declared |= set(re.findall(r"^NEMRA_API [^;(]*?\b(\w+)\(", header.read_text(), re.M))
+    (module,) = (BUILD / "python" / "sarvo").glob("nemra*.so")
+    symbols = subprocess.run([nm, "-D", "--undefined-only", module], capture_output=True, text=True, check=True).stdout
+    needed = {line.split()[-1] for line in symbols.splitlines() if re.search(r"\b(nemra|addNemra|pyNemra|freeCharArray)", line)}
+    assert needed == declared - {"nemraGlobalCloseCallbacks"}

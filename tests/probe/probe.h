@@ -1,8 +1,8 @@
 /// The probe engine: it records each call as text and answers what the test has written down for it.
 ///
-/// A call reads `function(argument, argument)`: texts as they are, handles and numbers in decimals, `&7` for the address of a handle
-/// field that holds 7, `[1 2 3]` for elements. Its answer is looked up by the whole call, then by the function alone. Without an
-/// answer it is 0, false, null or an empty text. An answer is text too: a number, `<null>`, or elements with blanks
+/// A call reads `function(argument, argument)`: texts as they are, handles and numbers in decimals, `&7` for the address of a
+/// handle field that holds 7, `[1 2 3]` for elements. Its answer is looked up by the whole call, then by the function alone.
+/// Without an answer it is 0, false, null or an empty text. An answer is text too: a number, `<null>`, or elements with blanks
 /// between. The count that a function gives with its answer is that of the answer's elements, or the answer to `count function`.
 #pragma once
 
@@ -118,8 +118,8 @@ R result(const std::optional<std::string>& answer, std::int64_t& count) {
         return block;
     } else if constexpr (std::is_same_v<R, bool>) {
         return text == "true";
-    } else if constexpr (std::is_pointer_v<R> && (std::is_arithmetic_v<std::remove_pointer_t<R>> ||
-                                                  std::is_pointer_v<std::remove_pointer_t<R>>)) {
+    } else if constexpr (std::is_pointer_v<R> &&
+                         (std::is_arithmetic_v<std::remove_pointer_t<R>> || std::is_pointer_v<std::remove_pointer_t<R>>)) {
         if (!answer || text == "<null>") return nullptr;
         using Element = std::remove_const_t<std::remove_pointer_t<R>>;
         auto* block = new std::vector<Element>(numbers<Element>(text));
@@ -154,7 +154,9 @@ R call(const char* function, Args... args) {
         text += (first ? "" : ", ") + argument;
         first = false;
     };
-    (append(show(args), !requires { args.result; }), ...);
+    (append(
+         show(args), !requires { args.result; }),
+     ...);
     const std::optional<std::string> answer = record(function, text + ")");
     std::int64_t count = 0;
     if constexpr (std::is_void_v<R>) {
