@@ -10,7 +10,7 @@
 #include "engine/core/prepare/prepared.h"
 #include "tests/engine/light/scene_maker.h"
 
-namespace nemra::test {
+namespace nemra::lighttest {
 
 /// Mean of a pixel's channel, and its standard error as independent samples would have it; the stratified ones do better.
 struct Estimate {
@@ -92,4 +92,4 @@ private:
 inline NodeHandle energySensor() { return make("sensor", "energy"); }
 inline NodeHandle colorSensor() { return make("sensor", "ciexyz"); }
 
-}  // namespace nemra::test
+}  // namespace nemra::lighttest

@@ -2,7 +2,7 @@
 
 #include "tests/engine/light/render_scene.h"
 
-namespace nemra::test {
+namespace nemra::lighttest {
 namespace {
 
 constexpr double kBand = 470.0;  // nm, width of the energy sensor
@@ -112,4 +112,4 @@ TEST_P(ClosedFurnace, NeumannSeries) {
 INSTANTIATE_TEST_SUITE_P(Reflectances, ClosedFurnace, testing::Values(0.5, 0.8, 0.95));
 
 }  // namespace
-}  // namespace nemra::test
+}  // namespace nemra::lighttest

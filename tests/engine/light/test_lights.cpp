@@ -4,7 +4,7 @@
 
 #include "tests/engine/light/render_scene.h"
 
-namespace nemra::test {
+namespace nemra::lighttest {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -191,4 +191,4 @@ TEST(Emitters, NarrowLineThroughTheCamera) {
 }
 
 }  // namespace
-}  // namespace nemra::test
+}  // namespace nemra::lighttest

@@ -7,7 +7,7 @@
 #include "engine/core/spectrum/planck.h"
 #include "tests/engine/light/render_scene.h"
 
-namespace nemra::test {
+namespace nemra::lighttest {
 namespace {
 
 using core::SpectralCurve;
@@ -168,4 +168,4 @@ TEST(Wavelengths, DensityBelongsToTheDraw) {
 }
 
 }  // namespace
-}  // namespace nemra::test
+}  // namespace nemra::lighttest
