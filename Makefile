@@ -38,6 +38,7 @@ test: build
 bench: PRESET := release
 bench: BUILD := build
 bench: build
+	@cmake --build $(BUILD) --parallel $(JOBS) --target benchmarks
 	@PYTHONPATH=$(PYTHONPATH_RELEASE) benchmarks/run
 
 lint: setup

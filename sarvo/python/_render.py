@@ -22,6 +22,7 @@ class RenderJob:
         self._progress = not quiet and sys.stderr.isatty()
         self._quiet = quiet
         self._finished = threading.Event()
+        self._complained = threading.Event()
         self._written = False
         self._summary = ""
         self._renderer = nemra.Renderer()
@@ -38,6 +39,7 @@ class RenderJob:
         renderer.setHaltCondition(time=self._seconds, spp=self._spp, action=nemra.Renderer.halt_cond.stops)
         renderer.addLocalNode()
         if not renderer.start(scene):
+            self._complained.wait(1.0)  # the reason comes as a message, from the engine's thread
             self._say(f"sarvo: {scene} can't be rendered")
             return EXIT_FAILED
 
@@ -78,6 +80,8 @@ class RenderJob:
     def _log(self, message: str, level: int) -> None:
         if level in _LEVEL_NAMES:
             self._say("sarvo: " + _LEVEL_NAMES[level] + message)
+        if level in (int(nemra.Error), int(nemra.Critcal)):
+            self._complained.set()
 
     def _say(self, line: str) -> None:
         self._clear_progress()

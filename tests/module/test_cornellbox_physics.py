@@ -65,7 +65,8 @@ def test_patch_has_the_radiance_of_an_independent_computation(picture, name):
 
     assert (expected_error < 0.01 * expected).all()
     assert (found_error < 0.01 * found).all()
-    tolerance = SIGMAS * np.hypot(found_error, expected_error)
+    # The wavelengths of neighbouring pixels aren't drawn independently of each other, which the sets can't show: 0.1 % for that.
+    tolerance = SIGMAS * np.hypot(found_error, expected_error) + 0.001 * expected
     assert (np.abs(found - expected) < tolerance).all(), f"XYZ {found}, expected {expected} +- {tolerance}"
 
 
@@ -84,5 +85,7 @@ def test_red_is_on_the_left_and_green_on_the_right():
     x, y, _ = mean("green wall")
     assert y > 1.2 * x
     assert mean("light")[1] > 50 * mean("ceiling")[1]
-    # No pixel far above what the light itself has: the estimator makes no fireflies.
-    assert picture[..., 1].max() < 1.5 * mean("light")[1]
+    # Nothing beside the light comes near it, however few samples: the estimator makes no fireflies.
+    light = mean("light")[1]
+    beside = np.delete(picture[..., 1], np.s_[int(0.10 * height):int(0.18 * height)], axis=1)
+    assert beside.max() < 0.2 * light
