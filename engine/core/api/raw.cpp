@@ -25,10 +25,12 @@ struct HotView {
     const LightView* view;
     std::uint64_t epoch;
 };
-constinit thread_local HotView hot{nullptr, nullptr, 0};
+/// The library is loaded before the threads that read, so its thread-local storage can be reached without a call.
+[[gnu::tls_model("initial-exec")]] constinit thread_local HotView hot{nullptr, nullptr, 0};
 thread_local std::shared_ptr<const LightView> hotOwner;  ///< apart, so that reading `hot` needs no check of its construction
 
-double lightQuantity(nemra_raw_t* handle, int channel, int x, int y, int quantity) {
+/// Looks the handle up anew. Kept out of line: its frame would cost each of the millions of calls that don't need it.
+[[gnu::noinline, gnu::cold]] double lightQuantity(nemra_raw_t* handle, int channel, int x, int y, int quantity) {
     return guarded("nemraRawGetLightQuantity", 0.0, [&] {
         const std::uint64_t epoch = core::rawEpoch().load(std::memory_order_acquire);
         const auto raw = find<Raw>(handle);
@@ -190,9 +192,8 @@ double nemraRawGetUGR(nemra_raw_t* raw, int, int, int, int) {
 }
 
 double nemraRawGetLightQuantity(nemra_raw_t* raw, int channel, int x, int y, int quantity) {
-    const HotView last = hot;
-    if (last.handle == raw && last.view && last.epoch == core::rawEpoch().load(std::memory_order_relaxed)) [[likely]] {
-        return last.view->at(channel, x, y, quantity);
+    if (hot.handle == raw && hot.view && hot.epoch == core::rawEpoch().load(std::memory_order_relaxed)) [[likely]] {
+        return hot.view->at(channel, x, y, quantity);
     }
     return lightQuantity(raw, channel, x, y, quantity);
 }

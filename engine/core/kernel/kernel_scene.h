@@ -94,6 +94,7 @@ struct CameraRecord {
     std::int32_t height = 0;
 };
 
+inline constexpr int kSubSteps = 64;  ///< parts of a wide step of WavelengthSampling
 inline constexpr int kGroup = 4;  ///< channels of a response table stand in groups of four
 
 struct SensorRecord {
@@ -125,7 +126,7 @@ struct KernelScene {
     std::int32_t cells = 0;
     float cellWidth = 1.0F;  ///< nm
 
-    /// Inverse of the cumulative distribution of wavelengths: position on the grid at the start of each of equal steps, and its rise.
+    /// How wavelengths are drawn: see WavelengthSampling.
     const SpectralCell* lambdaSteps = nullptr;
     std::int32_t lambdaStepCount = 0;
 

@@ -27,16 +27,29 @@ NEMRA_INLINE void drawWavelengths(const KernelScene& scene, std::uint32_t bits, 
         const U4 u = U4{first, first + kApart, first + 2 * kApart, first + 3 * kApart};
         const F4 s = __builtin_convertvector((I4)(u >> 8), F4) * (0x1p-24F * steps);
         const I4 step = __builtin_convertvector(s, I4);
-        const F4 position = s - __builtin_convertvector(step, F4);
+        F4 position = s - __builtin_convertvector(step, F4);
         const SpectralCell* table = scene.lambdaSteps;
-        const F4 start = {table[step[0]].value, table[step[1]].value, table[step[2]].value, table[step[3]].value};
-        const F4 rise = {table[step[0]].rise, table[step[1]].rise, table[step[2]].rise, table[step[3]].rise};
+        F4 size = splat4(scale);
+        F4 start = {table[step[0]].value, table[step[1]].value, table[step[2]].value, table[step[3]].value};
+        F4 rise = {table[step[0]].rise, table[step[1]].rise, table[step[2]].rise, table[step[3]].rise};
+        if (__builtin_expect(_mm_movemask_ps((__m128)rise), 0)) {
+            for (int i = 0; i < 4; ++i) {
+                if (!(rise[i] < 0.0F)) continue;
+                const float inside = position[i] * kSubSteps;
+                const int part = static_cast<int>(inside);
+                const SpectralCell& cut = table[static_cast<int>(start[i]) + part];
+                start[i] = cut.value;
+                position[i] = inside - static_cast<float>(part);
+                rise[i] = cut.rise;
+                size[i] = scale * kSubSteps;
+            }
+        }
         const F4 place = start + rise * position;
         I4 at = __builtin_convertvector(place, I4);
         for (int i = 0; i < 4; ++i) at[i] = at[i] < scene.cells ? at[i] : scene.cells - 1;
         store(cell + k, at);
         store(inCell + k, place - __builtin_convertvector(at, F4));
-        store(weight + k, rise * scale);
+        store(weight + k, rise * size);
     }
 }
 

@@ -33,6 +33,9 @@ void narrow(const Vec3& v, float out[3]) {
     for (int i = 0; i < 3; ++i) out[i] = static_cast<float>(v[i]);
 }
 
+/// With spectral lines, cells of the grid are cut into so many.
+constexpr int kRefinement = 8;
+
 }  // namespace
 
 Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const PrepareOptions& options) {
@@ -41,10 +44,12 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     camera_ = makeCamera(*setup_.instrument, translation);
     sensor_ = makeSensor(setup_.instrument->child("sensor"), translation);
     checkSize();
-    tables_ = std::make_unique<SpectralTables>(sensor_.grid);
-    const int environment = makeEnvironment(setup_.environment, translation, *tables_).radiance;
-    const LayerTree layers(setup_.layers, translation);
-    world_ = buildWorld(layers, camera_.position, translation, *tables_);
+    int environment = translateSurfaces(translation);
+    if (tables_->tooCoarse()) {
+        sensor_.grid = sensor_.grid.refined(kRefinement);
+        sensor_.cellsPerBox *= kRefinement;
+        environment = translateSurfaces(translation);
+    }
     lights_ = makeLightList(world_, *tables_);
     traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     if (lights_.lights.empty() && environment < 0) translation.warn(*setup_.node, "nothing shines in this scene; the result is black");
@@ -75,6 +80,13 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     placeCamera();
     chooseRounding(environment);
     renderBatch_ = options.kernel ? options.kernel : bestKernel();
+}
+
+int Prepared::translateSurfaces(Translation& translation) {
+    tables_ = std::make_unique<SpectralTables>(sensor_.grid);
+    const int environment = makeEnvironment(setup_.environment, translation, *tables_).radiance;
+    world_ = buildWorld(LayerTree(setup_.layers, translation), camera_.position, translation, *tables_);
+    return environment;
 }
 
 Prepared::~Prepared() {
@@ -119,12 +131,10 @@ void Prepared::bakeSensor() {
 }
 
 void Prepared::bakeWavelengths(int environment) {
-    const WavelengthSampling sampling = makeWavelengthSampling(sensor_, lightByCell(lights_, *tables_, environment, world_.radius));
-    for (std::size_t i = 0; i + 1 < sampling.knots.size(); ++i) {
-        lambdaSteps_.push_back({sampling.knots[i], sampling.knots[i + 1] - sampling.knots[i]});
-    }
+    WavelengthSampling sampling = makeWavelengthSampling(sensor_, lightByCell(lights_, *tables_, environment, world_.radius));
+    lambdaSteps_ = std::move(sampling.steps);
     kernel_.lambdaSteps = lambdaSteps_.data();
-    kernel_.lambdaStepCount = static_cast<std::int32_t>(lambdaSteps_.size());
+    kernel_.lambdaStepCount = sampling.stepCount;
 }
 
 void Prepared::placeCamera() {

@@ -41,6 +41,8 @@ public:
 
 private:
     void checkSize() const;
+    /// Environment and surfaces on the sensor's grid; returns the environment's table or -1.
+    int translateSurfaces(Translation& translation);
     void bakeSensor();
     void bakeWavelengths(int environment);
     void placeCamera();

@@ -10,6 +10,25 @@ namespace {
 
 constexpr int kSegments = 1024;
 constexpr double kDefensive = 0.2;
+constexpr float kWidest = 1.5F;  // cells; a step that reaches further is cut
+
+/// Where on the grid the cumulative distribution takes a value.
+class Inverse {
+public:
+    explicit Inverse(const std::vector<double>& density) : below_(density.size() + 1) {
+        for (std::size_t i = 0; i < density.size(); ++i) below_[i + 1] = below_[i] + density[i];
+    }
+    float operator()(double target) const {
+        const double u = target * below_.back();
+        const auto above = std::upper_bound(below_.begin() + 1, below_.end() - 1, u);
+        const auto cell = static_cast<std::size_t>(above - below_.begin()) - 1;
+        const double width = below_[cell + 1] - below_[cell];
+        return static_cast<float>(cell + (width > 0.0 ? std::clamp((u - below_[cell]) / width, 0.0, 1.0) : 0.0));
+    }
+
+private:
+    std::vector<double> below_;
+};
 
 void normalize(std::vector<double>& values, std::size_t from, std::size_t to) {
     const double sum = std::accumulate(values.begin() + from, values.begin() + to, 0.0);
@@ -53,24 +72,34 @@ WavelengthSampling makeWavelengthSampling(const Sensor& sensor, const std::vecto
     }
     normalize(density, 0, cells);
 
-    WavelengthSampling sampling;
-    // With box sensors a knot falls on each box border, so that the shares are even to the last bit.
+    // With box sensors a step ends on each box border, so that the shares are even to the last bit.
     const int boxes = sensor.cellsPerBox > 0 ? static_cast<int>(cells) / sensor.cellsPerBox : 1;
-    const int segments = boxes * std::max(1, kSegments / boxes);
-    sampling.knots.resize(segments + 1);
-    std::size_t cell = 0;
-    double below = 0.0;  // of the cells before `cell`
-    for (int i = 0; i < segments; ++i) {
-        const double target = static_cast<double>(i) / segments;
-        while (cell + 1 < cells && (below + density[cell] <= target - 1.0e-13 || density[cell] <= 0.0)) below += density[cell++];
-        const double inside = density[cell] > 0.0 ? (target - below) / density[cell] : 0.0;
-        sampling.knots[i] = static_cast<float>(cell + std::clamp(inside, 0.0, 1.0));
-    }
-    sampling.knots[0] = 0.0F;
-    sampling.knots[segments] = static_cast<float>(cells);
-    for (int i = 1; i <= segments; ++i) sampling.knots[i] = std::max(sampling.knots[i], sampling.knots[i - 1]);
-    if (sensor.cellsPerBox > 0) {
-        for (int b = 0; b <= boxes; ++b) sampling.knots[b * (segments / boxes)] = static_cast<float>(b * sensor.cellsPerBox);
+    const int count = boxes * std::max(1, kSegments / boxes);
+    const Inverse inverse(density);
+    const auto place = [&](int step, int part) {
+        if (part == 0 && step % (count / boxes) == 0) {
+            return sensor.cellsPerBox > 0 ? static_cast<float>(step / (count / boxes) * sensor.cellsPerBox)
+                                          : static_cast<float>(step == 0 ? 0 : cells);
+        }
+        return inverse((step + static_cast<double>(part) / kSubSteps) / count);
+    };
+    WavelengthSampling sampling;
+    sampling.stepCount = count;
+    sampling.steps.resize(count);
+    for (int i = 0; i < count; ++i) {
+        const float start = place(i, 0);
+        const float end = place(i + 1, 0);
+        if (end - start <= kWidest) {
+            sampling.steps[i] = {start, std::max(0.0F, end - start)};
+            continue;
+        }
+        sampling.steps[i] = {static_cast<float>(sampling.steps.size()), -1.0F};
+        float from = start;
+        for (int part = 1; part <= kSubSteps; ++part) {
+            const float to = part == kSubSteps ? end : std::clamp(place(i, part), from, end);
+            sampling.steps.push_back({from, to - from});
+            from = to;
+        }
     }
     return sampling;
 }

@@ -32,16 +32,22 @@ void moments(const SpectralCurve& curve, double a, double h, double& zeroth, dou
 
 int SpectralTables::add(const SpectralCurve& curve) {
     std::vector<SpectralCell> table(grid_.cells);
+    double total = 0.0;
+    double misplaced = 0.0;
     for (int i = 0; i < grid_.cells; ++i) {
         double m0 = 0.0;
         double m1 = 0.0;
         moments(curve, grid_.border(i), grid_.step, m0, m1);
         double rise = 12.0 * m1 - 6.0 * m0;
         // A steep feature inside a cell would make the line negative at one end; no light is negative.
+        const double wanted = rise;
         if (m0 >= 0.0) rise = std::clamp(rise, -2.0 * m0, 2.0 * m0);
+        misplaced += std::abs(wanted - rise) / 12.0;
+        total += std::abs(m0);
         if (!std::isfinite(m0) || !std::isfinite(rise)) m0 = rise = 0.0;
         table[i] = {static_cast<float>(m0 - 0.5 * rise), static_cast<float>(rise)};
     }
+    tooCoarse_ = tooCoarse_ || misplaced > 1.0e-3 * total;
     const std::size_t bytes = table.size() * sizeof(SpectralCell);
     for (int i = 0; i < count(); ++i) {
         if (std::memcmp(this->table(i), table.data(), bytes) == 0) return i;

@@ -1,8 +1,9 @@
 /// Spectra baked for rendering: on a uniform grid of cells, a straight line in each.
 ///
 /// A cell's line has the same integral and the same first moment as the curve in that cell. So integrals against anything linear in
-/// the cell, as the colour-matching functions are, come out exactly, however narrow a feature is; edges that fall on cell borders stay
-/// sharp; and curves that are linear between cell borders are kept unchanged.
+/// the cell, as the colour-matching functions are, come out exactly; edges that fall on cell borders stay sharp; and curves that are
+/// linear between cell borders are kept unchanged. A line would be negative at one end of a cell that holds something much narrower
+/// than itself, off its middle; it is then as steep as it can be, and the tables say that they would need finer cells.
 #pragma once
 
 #include <vector>
@@ -16,6 +17,8 @@ struct SpectralGrid {
     double step = 1.0;     ///< nm
     int cells = 470;
 
+    /// The same range in cells `parts` times as many.
+    SpectralGrid refined(int parts) const noexcept { return {first, step / parts, cells * parts}; }
     double last() const noexcept { return first + step * cells; }
     double border(int cell) const noexcept { return first + step * cell; }
 };
@@ -41,10 +44,13 @@ public:
     /// Mean of a table over one cell.
     double mean(int index, int cell) const noexcept;
     double maximum(int index) const noexcept;
+    /// True once a curve was added that has features too narrow for these cells.
+    bool tooCoarse() const noexcept { return tooCoarse_; }
 
 private:
     SpectralGrid grid_;
     std::vector<SpectralCell> cells_;
+    bool tooCoarse_ = false;
 };
 
 }  // namespace nemra::core

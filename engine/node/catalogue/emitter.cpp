@@ -17,14 +17,14 @@ void addEmitterClasses(Catalogue& catalogue) {
              {choice("quantity")
                   .option("spectrum", "The spectrum is the spectral radiance itself, W/(m2 sr nm)")
                   .option("total_radiance", "The spectrum is scaled to a radiance",
-                          {quantity("total_radiance", "W/(m2 sr)").doc("Radiance, over all wavelengths")})
+                          {quantity("total_radiance", "W/(m2 sr)").doc("Radiance, from 360 to 830 nm")})
                   .option("luminance", "The spectrum is scaled to a luminance", {quantity("luminance", "cd/m2").doc("Luminance")})
                   .option("exitance", "The spectrum is scaled to a radiant exitance",
-                          {quantity("exitance", "W/m2").doc("Radiant exitance of an emitting side, over all wavelengths")})
+                          {quantity("exitance", "W/m2").doc("Radiant exitance of an emitting side, from 360 to 830 nm")})
                   .option("luminous_exitance", "The spectrum is scaled to a luminous exitance",
                           {quantity("luminous_exitance", "lm/m2").doc("Luminous exitance of an emitting side")})
                   .option("power", "The spectrum is scaled to a radiant power",
-                          {quantity("power", "W").doc("Power of the whole surface that carries the emitter, over all wavelengths")})
+                          {quantity("power", "W").doc("Power of the whole surface that carries the emitter, from 360 to 830 nm")})
                   .option("luminous_flux", "The spectrum is scaled to a luminous flux",
                           {quantity("luminous_flux", "lm").doc("Luminous flux of the whole surface that carries the emitter")})
                   .doc("What fixes the level of the emission"),

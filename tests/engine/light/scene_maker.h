@@ -11,7 +11,7 @@
 
 #include "engine/node/scene.h"
 
-namespace nemra::test {
+namespace nemra::lighttest {
 
 using node::Node;
 using NodeHandle = std::shared_ptr<Node>;
@@ -124,4 +124,4 @@ inline NodeHandle camera(Point position, Point target, double fovDeg, int width,
     return with(made, "sensor", sensor);
 }
 
-}  // namespace nemra::test
+}  // namespace nemra::lighttest

@@ -1,0 +1,194 @@
+// How samples are drawn and summed: the same bits whatever the order, the right mean and the right spread.
+#include <gtest/gtest.h>
+
+#include "engine/node/read_scene.h"
+#include "tests/engine/light/render_scene.h"
+
+namespace nemra::lighttest {
+namespace {
+
+node::Scene cornell(int size) {
+    node::Scene scene;
+    EXPECT_TRUE(node::readSceneFile(std::string(NEMRA_SOURCE_DIR) + "/sarvo/examples/cornellbox.svxml", scene));
+    for (auto& node : scene.nodes) {
+        if (node->family() != "setup") continue;
+        const auto instrument = node->mutableChild("instrument");
+        std::string why;
+        EXPECT_TRUE(instrument->set("width", integer(size), why) && instrument->set("height", integer(size), why)) << why;
+    }
+    return scene;
+}
+
+void expectSameBits(const core::Film& a, const core::Film& b) {
+    EXPECT_EQ(a.high, b.high);
+    EXPECT_EQ(a.low, b.low);
+    EXPECT_EQ(a.samples, b.samples);
+    EXPECT_EQ(a.squares, b.squares);
+    EXPECT_EQ(a.depth, b.depth);
+    EXPECT_EQ(a.depthSamples, b.depthSamples);
+}
+
+TEST(Determinism, ThreadsAndTilesLeaveTheBits) {
+    const auto scene = prepare(cornell(40));
+    const Rendered reference = render(*scene, 24);
+    EXPECT_EQ(reference.samples, 40U * 40U * 24U);
+    EXPECT_EQ(reference.wrong, 0U);
+    expectSameBits(*reference.film, *render(*scene, 24, 2, 7).film);
+    expectSameBits(*reference.film, *render(*scene, 24, 5, 16).film);
+    core::PrepareOptions embree;
+    embree.flatLimit = 0;
+    const auto packets = prepare(cornell(40), embree);
+    expectSameBits(*render(*packets, 24, 1, 40).film, *render(*packets, 24, 5, 9).film);
+}
+
+/// Disjoint ranges of samples, rendered anywhere and added in any order, are what one would have computed.
+TEST(Determinism, RangesMergeExactly) {
+    const auto scene = prepare(cornell(24));
+    const Rendered all = render(*scene, 60);
+    const std::pair<std::uint32_t, std::uint32_t> ranges[] = {{37, 23}, {0, 5}, {12, 25}, {5, 7}};
+    auto merged = scene->makeFilm();
+    for (const auto& [first, count] : ranges) {
+        const Rendered part = render(*scene, count, 2, 8, first);
+        for (std::size_t i = 0; i < merged->high.size(); ++i) {
+            merged->high[i] += part.film->high[i];
+            merged->low[i] += part.film->low[i];
+        }
+    }
+    EXPECT_EQ(merged->high, all.film->high);
+    EXPECT_EQ(merged->low, all.film->low);
+}
+
+TEST(Determinism, EveryKernelComputesTheSameBits) {
+    std::vector<core::RenderBatch> kernels{core::kernelBaseline()};
+    if (core::hasWide()) kernels.push_back(core::kernelWide());
+    if (core::hasWidest()) kernels.push_back(core::kernelWidest());
+    std::unique_ptr<core::Film> reference;
+    for (const core::RenderBatch kernel : kernels) {
+        core::PrepareOptions options;
+        options.kernel = kernel;
+        Rendered result = render(*prepare(cornell(24), options), 32);
+        if (reference) expectSameBits(*reference, *result.film);
+        reference = std::move(result.film);
+    }
+}
+
+/// The two ways of tracing see the same scene: pixel by pixel nearly all paths take the same course.
+TEST(Determinism, PlanesAndEmbreeAgree) {
+    core::PrepareOptions embree;
+    embree.flatLimit = 0;
+    const Rendered a = render(*prepare(cornell(32)), 64, 2);
+    const Rendered b = render(*prepare(cornell(32), embree), 64, 2);
+    double difference = 0.0, level = 0.0;
+    for (std::size_t i = 0; i < a.film->high.size(); ++i) {
+        difference += std::abs(a.film->high[i] + a.film->low[i] - b.film->high[i] - b.film->low[i]);
+        level += a.film->high[i] + a.film->low[i];
+    }
+    EXPECT_LT(difference, 1.0e-3 * level);
+}
+
+TEST(Cancel, LeavesWholeSamples) {
+    const auto scene = prepare(cornell(32));
+    auto film = scene->makeFilm();
+    const std::atomic<bool> cancelled{true};
+    EXPECT_EQ(scene->render(*film, {0, 0, 32, 32}, 0, 100, cancelled).samples, 0U);
+    std::atomic<bool> cancel{false};
+    std::uint64_t samples = 0;
+    std::thread worker([&] { samples = scene->render(*film, {0, 0, 32, 32}, 0, 4000, cancel).samples; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    cancel = true;
+    worker.join();
+    std::uint64_t kept = 0;
+    for (const std::uint32_t n : film->samples) kept += n;
+    EXPECT_EQ(kept, samples);
+    EXPECT_LT(samples, 32U * 32U * 4000U);
+}
+
+SceneMaker checker(int seed) {
+    SceneMaker made;  // half of the view shines with 1, cut askew
+    made.add(polygon({{-2, -5, 1}, {5, -5, 1}, {5, 5, 1}, {2, 5, 1}}),
+             material(make("bsdf", "black"), emitter(uniform(1.0 / 470.0), {{"side", text("both")}})));
+    with(made.setup, "instrument", camera({0, 0, 0}, {0, 0, 1}, 40.0, 1, 1, energySensor()));
+    std::string why;
+    made.setup->set("seed", integer(seed), why);
+    return made;
+}
+
+/// Mean and spread of a pixel half of which shines, over a hundred seeds.
+TEST(Estimator, VarianceIsTrueAndErrorFallsFastEnough) {
+    double previous = 1.0;
+    for (const std::uint32_t n : {64U, 1024U, 16384U}) {
+        double sum = 0.0, squares = 0.0, reported = 0.0;
+        for (int seed = 1; seed <= 100; ++seed) {
+            SceneMaker made = checker(seed);
+            const Estimate pixel = renderPixel(made.finish(), n);
+            sum += pixel.mean;
+            squares += (pixel.mean - 0.5) * (pixel.mean - 0.5);
+            reported += pixel.error * pixel.error * n / 100.0;
+        }
+        const double rmse = std::sqrt(squares / 100.0);
+        EXPECT_NEAR(sum / 100.0, 0.5, 4.5 * rmse / 10.0 + 1.0e-6);
+        EXPECT_NEAR(reported, 0.25, 0.005);  // Bernoulli, per sample
+        EXPECT_LT(rmse, 1.2 * 0.5 / std::sqrt(n));
+        EXPECT_LT(rmse, previous / 4.0 * 1.3);  // slope -0.5 or steeper
+        previous = rmse;
+    }
+}
+
+/// Russian roulette, eight wavelengths instead of four, another sensor: the same mean.
+TEST(Estimator, ChoicesOfMethodDoNotShiftTheMean) {
+    const auto meanY = [](int wavelengths, int roulette, const char* sensor) {
+        node::Scene scene = cornell(16);
+        std::string why;
+        for (auto& node : scene.nodes) {
+            if (node->family() != "setup") continue;
+            EXPECT_TRUE(node->set("wavelengths_per_path", integer(wavelengths), why)) << why;
+            EXPECT_TRUE(node->set("roulette_depth", integer(roulette), why)) << why;
+            with(node->mutableChild("instrument"), "sensor", make("sensor", sensor));
+        }
+        const auto prepared = prepare(scene);
+        const Rendered result = render(*prepared, 1536, 2);
+        double sum = 0.0, variance = 0.0;
+        for (int x = 0; x < 16; ++x) {
+            for (int y = 0; y < 16; ++y) {
+                const Estimate pixel = estimate(*result.film, x, y, std::string(sensor) == "ciexyz" ? 1 : 0);
+                sum += pixel.mean / 256.0;
+                variance += pixel.error * pixel.error / 65536.0;
+            }
+        }
+        return Estimate{sum, std::sqrt(variance)};
+    };
+    for (const char* sensor : {"ciexyz", "energy"}) {
+        const Estimate reference = meanY(4, 5, sensor);
+        EXPECT_LT(reference.error, 0.01 * reference.mean);
+        for (const auto& [wavelengths, roulette] : {std::pair{8, 5}, {4, 1}, {4, 50}}) {
+            const Estimate other = meanY(wavelengths, roulette, sensor);
+            EXPECT_NEAR(other.mean, reference.mean, 4.5 * std::hypot(other.error, reference.error)) << sensor << wavelengths << roulette;
+        }
+    }
+}
+
+/// Boxes summed up are the energy; boxes weighed with the observer are the luminance.
+TEST(Estimator, SensorsAgree) {
+    const auto film = [](const NodeHandle& sensor, std::uint32_t count) {
+        node::Scene scene = cornell(8);
+        for (auto& node : scene.nodes) {
+            if (node->family() == "setup") with(node->mutableChild("instrument"), "sensor", sensor);
+        }
+        return render(*prepare(scene), count, 2).film;
+    };
+    const auto boxes = film(make("sensor", "spectralbox", {{"first", number(365)}, {"last", number(825)}, {"count", integer(47)}}), 8192);
+    const auto energy = film(make("sensor", "energy"), 4096);
+    double fromBoxes = 0.0, whole = 0.0;
+    for (int x = 0; x < 8; ++x) {
+        for (int y = 0; y < 8; ++y) {
+            for (int c = 0; c < 47; ++c) fromBoxes += 10.0 * value(*boxes, x, y, c);
+            whole += value(*energy, x, y, 0);
+        }
+    }
+    EXPECT_NEAR(fromBoxes / whole, 1.0, 0.01);
+    EXPECT_EQ(boxes->channels[0].name, "365 nm");
+    EXPECT_DOUBLE_EQ(boxes->channels[46].wavelength, 825e-9);
+}
+
+}  // namespace
+}  // namespace nemra::lighttest
