@@ -27,16 +27,16 @@ build: setup
 	 cmake --fresh --preset $(PRESET)    # new, or the folder was moved
 	@cmake --build $(BUILD) --parallel $(JOBS)
 
-cornellbox: PRESET := release
-cornellbox: BUILD := build
+cornellbox: override PRESET := release
+cornellbox: override BUILD := build
 cornellbox: build
 	PYTHONPATH=$(PYTHONPATH_RELEASE) .venv/bin/python -m sarvo render cornellbox --spp 512 -o cornellbox.png
 
 test: build
 	@tools/test $(PRESET)
 
-bench: PRESET := release
-bench: BUILD := build
+bench: override PRESET := release
+bench: override BUILD := build
 bench: build
 	@cmake --build $(BUILD) --parallel $(JOBS) --target benchmarks
 	@PYTHONPATH=$(PYTHONPATH_RELEASE) benchmarks/run
