@@ -24,6 +24,9 @@ struct Kept {
 constinit std::atomic<Kept*> keptList{nullptr};
 constinit thread_local int ownPasses = 0;
 
+constinit std::atomic<int (*)()> lockAcquire{nullptr};
+constinit std::atomic<void (*)(int)> lockRelease{nullptr};
+
 }  // namespace
 
 // The count goes up before the flag is read, and the closing side sets the flag before it reads the count; in the single total
@@ -53,6 +56,17 @@ bool closeCallbackGate(int timeoutMs) {
         std::this_thread::sleep_for(std::chrono::microseconds(200));
     }
     return true;
+}
+
+void setHostLock(HostLock lock) {
+    if (!lock.acquire || !lock.release) return;
+    void (*none)(int) = nullptr;
+    if (lockRelease.compare_exchange_strong(none, lock.release)) lockAcquire.store(lock.acquire, std::memory_order_release);
+}
+
+HostLock hostLock() noexcept {
+    int (*const acquire)() = lockAcquire.load(std::memory_order_acquire);
+    return acquire ? HostLock{acquire, lockRelease.load(std::memory_order_relaxed)} : HostLock{};
 }
 
 bool keepForever(std::exception_ptr thrown) noexcept {

@@ -33,21 +33,38 @@ NEMRA_API bool keepForever(std::exception_ptr thrown) noexcept;
 
 enum class HostCall { done, closed, threw };
 
-/// Calls `callback` through the gate. The caller holds no lock. Never put a noexcept frame around it: the interpreter may end
-/// this thread inside the callback by a forced unwind, which is passed on.
+/// The host's own lock, if it has told of one: taken before and given back after each callback. Then whether an object of the host
+/// is still there can be decided inside the callback, and holds to its end: the host destroys objects under its lock.
+struct HostLock {
+    int (*acquire)() = nullptr;  ///< gives what `release` wants back; may be called by a thread that holds the lock
+    void (*release)(int) = nullptr;
+};
+/// Before the first callback, and once: a second lock is left alone.
+NEMRA_API void setHostLock(HostLock lock);
+/// Empty pointers without one.
+NEMRA_API HostLock hostLock() noexcept;
+
+/// Calls `callback` through the gate and under the host's lock, if that is known. The caller holds no lock. Never put a noexcept
+/// frame around it: the interpreter may end this thread inside the callback by a forced unwind, which is passed on.
 template <class Callback>
 HostCall callHost(Callback&& callback) {
     const GatePass pass;
     if (!pass) return HostCall::closed;
+    const HostLock lock = hostLock();
+    int token = 0;
+    HostCall outcome = HostCall::done;
+    // In an unwind that ends the thread the lock isn't given back: the host took it away.
     try {
+        if (lock.acquire) token = lock.acquire();
         std::forward<Callback>(callback)();
-        return HostCall::done;
     } catch (const abi::__forced_unwind&) {
         throw;
     } catch (...) {
         keepForever(std::current_exception());
-        return HostCall::threw;
+        outcome = HostCall::threw;
     }
+    if (lock.release) lock.release(token);
+    return outcome;
 }
 
 }  // namespace nemra

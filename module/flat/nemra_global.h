@@ -27,6 +27,12 @@ NEMRA_API char* pyNemraGlobalListOpenCLDevices(void);
  * The host calls it at its exit without its interpreter lock. True if none is in flight any more. There is no way back. */
 NEMRA_API bool nemraGlobalCloseCallbacks(int timeoutMs);
 
+/* Beyond the fixed interface too: the host's own lock. The engine then takes it before it looks whether a renderer is still there
+ * and gives it back after the callback, so that a host that gives objects back under its lock never meets a callback on its way
+ * to one that is gone. acquire may be called by a thread that holds the lock, and its result goes to release. Once, before the
+ * first callback. */
+NEMRA_API void nemraGlobalSetHostLock(int (*acquire)(void), void (*release)(int));
+
 #ifdef __cplusplus
 }
 #endif

@@ -62,4 +62,8 @@ bool nemraGlobalCloseCallbacks(int timeoutMs) {
     });
 }
 
+void nemraGlobalSetHostLock(int (*acquire)(void), void (*release)(int)) {
+    guarded("nemraGlobalSetHostLock", [&] { setHostLock({acquire, release}); });
+}
+
 }  // extern "C"

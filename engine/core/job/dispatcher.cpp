@@ -16,8 +16,8 @@ namespace {
 /// Exceptions of callbacks live for ever (see keepForever), so there is an end to how many one renderer may leave behind.
 constexpr int kMostFaults = 64;
 
-/// A host hands its lock over within a few milliseconds of running on; what it does right after its call of ours, such as letting
-/// go of the renderer, takes microseconds.
+/// For hosts that don't tell of their lock: they hand it over within a few milliseconds of running on; what they do right after a
+/// call of ours, such as letting go of the renderer, takes microseconds.
 constexpr std::chrono::milliseconds kHostPause{5};
 
 constexpr std::array<const char*, Dispatcher::kSlotCount> kSlotNames{"update", "state", "finish", "statistics", "message"};
@@ -94,7 +94,8 @@ void Dispatcher::post(Event event, From from) {
         const std::lock_guard lock(mutex_);
         if (closed_) return;
         const auto now = Clock::now();
-        queue_.push_back({std::move(event), from == From::host ? now + kHostPause : now});
+        const bool waits = from == From::host && !hostLock().acquire;
+        queue_.push_back({std::move(event), waits ? now + kHostPause : now});
         startThread();
     }
     wake_.notify_one();
@@ -188,11 +189,13 @@ void Dispatcher::deliverRaw(Slot slot, const std::shared_ptr<Raw>& raw) {
 
 template <class Function, class... Arguments>
 void Dispatcher::call(Slot slot, Arguments... arguments) {
-    const Callback callback = callbackOf(slot);
-    if (!callback.function) return;
-    const auto function = reinterpret_cast<Function>(callback.function);
+    if (!wants(slot)) return;
     std::string what;
     const HostCall outcome = callHost([&] {
+        // Only now: with the host's lock in hand, the renderer isn't released between this look and the callback's own first steps.
+        const Callback callback = callbackOf(slot);
+        if (!callback.function) return;
+        const auto function = reinterpret_cast<Function>(callback.function);
         try {
             function(callback.user, arguments...);
         } catch (const abi::__forced_unwind&) {

@@ -36,7 +36,8 @@ public:
     bool wants(Slot slot) const;
 
     /// Whose thread posts. During a call of the host its lock is held, so a callback begun at once would only stand in front of
-    /// that lock, inside an object that the host may be about to destroy; such events wait for a moment.
+    /// that lock, inside an object that the host may be about to destroy; unless the lock is known (nemraGlobalSetHostLock), such
+    /// events wait for a moment.
     enum class From { host, engine };
     void postState(NemraRendererState_t state, From from);
     void postMessage(log::Message message, From from);

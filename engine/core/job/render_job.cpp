@@ -350,7 +350,9 @@ std::shared_ptr<Raw> RenderJob::makeRaw(std::shared_ptr<const Film> film) const 
         const std::lock_guard lock(mutex_);
         now = counts(Clock::now());
     }
-    return std::make_shared<Raw>(std::move(film), *scene_, now);
+    auto raw = std::make_shared<Raw>(std::move(film), *scene_, now);
+    raw->view();  // made here, so that the host doesn't wait for it at its first pixel
+    return raw;
 }
 
 std::uint32_t RenderJob::sampleLimit() const { return haltDone_ ? HaltCondition::kEndOfSamples : halt_.sampleLimit(); }
