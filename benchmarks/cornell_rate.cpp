@@ -2,6 +2,9 @@
 // without spectra, sampler or film.
 //
 //   cornell_rate <scene file> [seconds per measurement]
+//   cornell_rate <scene file> --image <seconds> <seed> <threads> <file>    renders for so long and writes the XYZ of each pixel
+//
+// The image is 256 x 256 pixels in both cases.
 
 #include <sys/resource.h>
 
@@ -57,7 +60,6 @@ double renderRate(const core::PreparedScene& scene, core::Film& film, int thread
 class BareLoop {
 public:
     explicit BareLoop(const core::Prepared& scene) : scene_(scene) {
-        core::PrepareOptions options;
         trace_ = std::make_unique<core::TraceScenes>(const_cast<core::World&>(scene.world()), 0);
         trace_->connect(kernel_);
     }
@@ -157,44 +159,60 @@ private:
     core::KernelScene kernel_;
 };
 
-void writePicture(const core::Film& film, const char* path) {
-    FILE* file = std::fopen(path, "wb");
-    if (!file) return;
-    std::fprintf(file, "P6\n%d %d\n255\n", film.width, film.height);
-    double mean = 0.0;
-    const auto value = [&](int x, int y, int c) {
-        const std::size_t cell = film.cell(x, y, c);
-        return (film.high[cell] + film.low[cell]) / std::max(1U, film.samples[film.pixel(x, y)]);
-    };
-    for (int y = 0; y < film.height; ++y) {
-        for (int x = 0; x < film.width; ++x) mean += value(x, y, 1);
+/// The scene with its image made 256 x 256, the size at which rates are compared.
+bool readScene(const char* path, int seed, node::Scene& scene) {
+    if (!node::readSceneFile(path, scene)) return false;
+    for (auto& node : scene.nodes) {
+        if (node->family() != "setup") continue;
+        std::string why;
+        const auto instrument = node->mutableChild("instrument");
+        for (const char* side : {"width", "height"}) {
+            if (!instrument->set(side, {std::int32_t{256}}, why)) std::fprintf(stderr, "%s: %s\n", side, why.c_str());
+        }
+        if (!node->set("seed", {std::int32_t{seed}}, why)) std::fprintf(stderr, "seed: %s\n", why.c_str());
     }
-    const double gain = 0.3 / (mean / (film.width * film.height));
+    return true;
+}
+
+/// Rows from the top, X, Y, Z of each pixel as 64-bit floats.
+bool writeXyz(const core::Film& film, const char* path) {
+    FILE* file = std::fopen(path, "wb");
+    if (!file) return false;
     for (int y = 0; y < film.height; ++y) {
         for (int x = 0; x < film.width; ++x) {
-            const double X = gain * value(x, y, 0), Y = gain * value(x, y, 1), Z = gain * value(x, y, 2);
-            const double rgb[3] = {3.2405 * X - 1.5371 * Y - 0.4985 * Z, -0.9693 * X + 1.8760 * Y + 0.0416 * Z,
-                                   0.0556 * X - 0.2040 * Y + 1.0572 * Z};
-            for (const double c : rgb) {
-                const double s = c <= 0.0031308 ? 12.92 * c : 1.055 * std::pow(c, 1.0 / 2.4) - 0.055;
-                std::fputc(static_cast<int>(255.0 * std::min(1.0, std::max(0.0, s)) + 0.5), file);
+            for (int c = 0; c < 3; ++c) {
+                const std::size_t cell = film.cell(x, y, c);
+                const double value = (film.high[cell] + film.low[cell]) / std::max(1U, film.samples[film.pixel(x, y)]);
+                std::fwrite(&value, sizeof value, 1, file);
             }
         }
     }
-    std::fclose(file);
+    return std::fclose(file) == 0;
+}
+
+int renderImage(char** argv) {
+    const double seconds = std::atof(argv[3]);
+    node::Scene tree;
+    if (!readScene(argv[1], std::atoi(argv[4]), tree)) return 1;
+    const core::Prepared scene(tree, "", {});
+    const auto film = scene.makeFilm();
+    const double rate = renderRate(scene, *film, std::atoi(argv[5]), seconds);
+    std::printf("%.0f samples/s\n", rate);
+    return writeXyz(*film, argv[6]) ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: cornell_rate <scene file> [seconds] [picture.ppm]\n");
+        std::fprintf(stderr, "usage: cornell_rate <scene file> [seconds]\n");
         return 2;
     }
-    const double seconds = argc > 2 ? std::atof(argv[2]) : 3.0;
     node::registerClasses();
+    if (argc == 7 && std::string(argv[2]) == "--image") return renderImage(argv);
+    const double seconds = argc > 2 ? std::atof(argv[2]) : 3.0;
     node::Scene tree;
-    if (!node::readSceneFile(argv[1], tree)) return 1;
+    if (!readScene(argv[1], 0, tree)) return 1;
     const core::Prepared scene(tree, "", {});
     core::PrepareOptions baseline;
     baseline.kernel = core::kernelBaseline();
@@ -223,6 +241,5 @@ int main(int argc, char** argv) {
     std::printf("bare Embree     %8.3f M paths/s on 1 thread, %.3f on 2 (%.2f rays a path); we reach %.2f of it\n", bareOne * 1.0e-6,
                 bareTwo * 1.0e-6, rays, two / bareTwo);
     std::printf("peak memory     %8.1f MB\n", static_cast<double>(usage.ru_maxrss) / 1024.0);
-    if (argc > 3) writePicture(*film, argv[3]);
     return 0;
 }

@@ -9,7 +9,7 @@ namespace nemra::core {
 namespace {
 
 constexpr int kSegments = 1024;
-constexpr double kDefensive = 0.2;
+constexpr double kDefensive = 0.15;
 constexpr float kWidest = 1.5F;  // cells; a step that reaches further is cut
 
 /// Where on the grid the cumulative distribution takes a value.
@@ -30,48 +30,57 @@ private:
     std::vector<double> below_;
 };
 
-void normalize(std::vector<double>& values, std::size_t from, std::size_t to) {
-    const double sum = std::accumulate(values.begin() + from, values.begin() + to, 0.0);
-    for (std::size_t i = from; i < to; ++i) values[i] = sum > 0.0 ? values[i] / sum : 1.0 / static_cast<double>(to - from);
+void normalize(std::vector<double>& values) {
+    const double sum = std::accumulate(values.begin(), values.end(), 0.0);
+    for (double& v : values) v = sum > 0.0 ? v / sum : 1.0 / static_cast<double>(values.size());
 }
 
-/// Response of all channels together, each counting alike.
-std::vector<double> responseByCell(const Sensor& sensor) {
-    std::vector<double> total(sensor.grid.cells, 0.0);
-    for (const SpectralCurve& response : sensor.responses) {
-        std::vector<double> one(sensor.grid.cells);
-        for (int i = 0; i < sensor.grid.cells; ++i) {
-            one[i] = std::abs(integrate(response, sensor.grid.border(i), sensor.grid.border(i + 1)));
-        }
-        normalize(one, 0, one.size());
-        for (std::size_t i = 0; i < one.size(); ++i) total[i] += one[i];
+/// Calls body(first cell, response by cell) for each channel.
+template <class Body>
+void forChannels(const Sensor& sensor, Body&& body) {
+    if (sensor.cellsPerBox > 0) {
+        for (int first = 0; first < sensor.grid.cells; first += sensor.cellsPerBox) body(first, std::vector<double>(sensor.cellsPerBox, 1.0));
+        return;
     }
-    return total;
+    for (const SpectralCurve& response : sensor.responses) {
+        std::vector<double> cells(sensor.grid.cells);
+        for (int i = 0; i < sensor.grid.cells; ++i) {
+            cells[i] = std::abs(integrate(response, sensor.grid.border(i), sensor.grid.border(i + 1)));
+        }
+        body(0, std::move(cells));
+    }
+}
+
+/// The density that makes the sum of the channels' relative variances least, would all paths return light like the lights': the root of
+/// the sum of squares of the channels' shares. A part ignores the lights, so that no wavelength is starved.
+std::vector<double> densityByCell(const Sensor& sensor, const std::vector<double>& shone) {
+    std::vector<double> density(sensor.grid.cells, 0.0);
+    forChannels(sensor, [&](int first, std::vector<double> plain) {
+        std::vector<double> product = plain;
+        for (std::size_t i = 0; i < product.size(); ++i) product[i] *= shone[first + i];
+        normalize(plain);
+        if (std::accumulate(product.begin(), product.end(), 0.0) > 0.0) {
+            normalize(product);
+        } else {
+            product = plain;
+        }
+        for (std::size_t i = 0; i < product.size(); ++i) {
+            const double share = kDefensive * plain[i] + (1.0 - kDefensive) * product[i];
+            density[first + i] += share * share;
+        }
+    });
+    for (double& d : density) d = std::sqrt(d);
+    normalize(density);
+    return density;
 }
 
 }  // namespace
 
 WavelengthSampling makeWavelengthSampling(const Sensor& sensor, const std::vector<double>& light) {
     const std::size_t cells = sensor.grid.cells;
-    std::vector<double> density;
     std::vector<double> shone(cells, 1.0);
     for (std::size_t i = 0; i < std::min(cells, light.size()); ++i) shone[i] = std::max(0.0, light[i]);
-    const std::size_t block = sensor.cellsPerBox > 0 ? sensor.cellsPerBox : cells;
-    density = sensor.cellsPerBox > 0 ? std::vector<double>(cells, 1.0) : responseByCell(sensor);
-    // Each box of a box sensor gets an even share; within it, and for other sensors over all, the lights have their say.
-    for (std::size_t from = 0; from < cells; from += block) {
-        std::vector<double> product(density.begin() + from, density.begin() + from + block);
-        std::vector<double> plain = product;
-        for (std::size_t i = 0; i < block; ++i) product[i] *= shone[from + i];
-        const bool dark = std::accumulate(product.begin(), product.end(), 0.0) <= 0.0;
-        normalize(plain, 0, block);
-        normalize(product, 0, block);
-        for (std::size_t i = 0; i < block; ++i) {
-            density[from + i] = dark ? plain[i] : kDefensive * plain[i] + (1.0 - kDefensive) * product[i];
-        }
-    }
-    normalize(density, 0, cells);
-
+    const std::vector<double> density = densityByCell(sensor, shone);
     // With box sensors a step ends on each box border, so that the shares are even to the last bit.
     const int boxes = sensor.cellsPerBox > 0 ? static_cast<int>(cells) / sensor.cellsPerBox : 1;
     const int count = boxes * std::max(1, kSegments / boxes);

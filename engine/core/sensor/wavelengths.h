@@ -18,8 +18,7 @@ struct WavelengthSampling {
     int stepCount = 0;  ///< of the steps that aren't parts of others
 };
 
-/// `light[cell]`: relative spectral radiance of the lights together (empty or all zero: as if flat).
-/// A share of the samples ignores the lights, so that no wavelength is starved where reflectances differ from what lights suggest.
+/// `light[cell]`: relative spectral radiance of the lights together (empty or all zero: as if flat). Boxes get even shares.
 WavelengthSampling makeWavelengthSampling(const Sensor& sensor, const std::vector<double>& light);
 
 }  // namespace nemra::core
