@@ -8,6 +8,7 @@ namespace nemra::lighttest {
 namespace {
 
 node::Scene cornell(int size) {
+    node::registerClasses();
     node::Scene scene;
     EXPECT_TRUE(node::readSceneFile(std::string(NEMRA_SOURCE_DIR) + "/sarvo/examples/cornellbox.svxml", scene));
     for (auto& node : scene.nodes) {
