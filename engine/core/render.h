@@ -14,7 +14,7 @@ namespace nemra::core {
 /// How sensor values become the light quantities of a result.
 struct QuantityFactors {
     double sensorIrradiance = 0.0;  ///< multiplies scene radiance on axis: pi / (4 N^2); 0 if the instrument has none
-    double sensorPower = 0.0;       ///< m2: irradiance times pixel area
+    double sensorPower = 0.0;       ///< m2, multiplies scene radiance on axis: sensorIrradiance times pixel area; 0 if there is none
     double exposureTime = 0.0;      ///< s
 };
 
@@ -25,6 +25,9 @@ public:
     virtual int width() const noexcept = 0;
     virtual int height() const noexcept = 0;
     virtual QuantityFactors quantities() const noexcept = 0;
+    /// What the sensor's quantities lose off the axis at the middle of a pixel, in (0, 1]: the fourth power of the cosine of the
+    /// field angle.
+    virtual double offAxis(int, int) const noexcept { return 1.0; }
     /// The nodes that a result carries on: the instrument, and the outputs that it lists.
     virtual std::shared_ptr<const node::Node> instrument() const noexcept = 0;
     /// Bytes that this scene keeps in memory for rendering.

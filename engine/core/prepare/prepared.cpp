@@ -172,6 +172,13 @@ QuantityFactors Prepared::quantities() const noexcept {
     return {camera_.sensorIrradiance, camera_.sensorIrradiance * camera_.pixelArea, camera_.exposureTime};
 }
 
+double Prepared::offAxis(int x, int y) const noexcept {
+    const double u = ((x + 0.5) / camera_.width - 0.5) * camera_.extentX;
+    const double v = ((y + 0.5) / camera_.height - 0.5) * camera_.extentY;
+    const double cosine2 = 1.0 / (1.0 + u * u + v * v);
+    return cosine2 * cosine2;
+}
+
 std::size_t Prepared::memory() const noexcept {
     return world_.memory() + traced_->memory() + tables_->memory() + lights_.lights.size() * sizeof(LightRecord) +
            lights_.alias.size() * sizeof(AliasEntry) + responses_.size() * sizeof(float);

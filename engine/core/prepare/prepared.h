@@ -30,6 +30,7 @@ public:
     int width() const noexcept override { return camera_.width; }
     int height() const noexcept override { return camera_.height; }
     QuantityFactors quantities() const noexcept override;
+    double offAxis(int x, int y) const noexcept override;
     std::shared_ptr<const node::Node> instrument() const noexcept override { return setup_.instrument; }
     std::size_t memory() const noexcept override;
     std::unique_ptr<Film> makeFilm() const override;

@@ -26,7 +26,7 @@ std::vector<nemra_quantity_t> quantitiesOf(const QuantityFactors& factors) {
     std::vector<nemra_quantity_t> quantities{NEMRA_QUANTITY_RAW};
     if (factors.sensorIrradiance > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_IRRADIANCE);
     quantities.push_back(NEMRA_QUANTITY_SCENE_RADIANCE);
-    if (factors.sensorIrradiance > 0.0 && factors.sensorPower > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_POWER);
+    if (factors.sensorPower > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_POWER);
     if (factors.sensorIrradiance > 0.0 && factors.exposureTime > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_EXPOSURE);
     return quantities;
 }
@@ -35,6 +35,16 @@ bool sameChannels(const std::vector<Channel>& a, const std::vector<Channel>& b) 
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Channel& x, const Channel& y) {
         return x.name == y.name && x.kind == y.kind && x.wavelength == y.wavelength && x.bandwidth == y.bandwidth && x.unit == y.unit;
     });
+}
+
+/// Only where a quantity needs it, since it takes as much memory as the sample counts.
+std::shared_ptr<const std::vector<float>> offAxisOf(const Film& film, const PreparedScene& scene) {
+    if (!(scene.quantities().sensorIrradiance > 0.0)) return nullptr;
+    auto factors = std::make_shared<std::vector<float>>(film.samples.size());
+    for (int x = 0; x < film.width; ++x) {
+        for (int y = 0; y < film.height; ++y) (*factors)[film.pixel(x, y)] = static_cast<float>(scene.offAxis(x, y));
+    }
+    return factors;
 }
 
 template <class Number>
@@ -57,6 +67,7 @@ Raw::Raw(std::shared_ptr<const Film> film, const PreparedScene& scene, const Ren
     : width_(film->width),
       height_(film->height),
       factors_(scene.quantities()),
+      offAxis_(offAxisOf(*film, scene)),
       instrument_(scene.instrument()),
       outputs_(outputsOf(instrument_)),
       quantities_(quantitiesOf(factors_)),
@@ -106,7 +117,7 @@ std::shared_ptr<const LightView> Raw::view() const {
         for (const nemra_quantity_t quantity : quantities_) {
             double factor = 1.0;
             if (quantity == NEMRA_QUANTITY_SENSOR_IRRADIANCE) factor = factors_.sensorIrradiance;
-            if (quantity == NEMRA_QUANTITY_SENSOR_POWER) factor = factors_.sensorIrradiance * factors_.sensorPower;
+            if (quantity == NEMRA_QUANTITY_SENSOR_POWER) factor = factors_.sensorPower;
             if (quantity == NEMRA_QUANTITY_SENSOR_EXPOSURE) factor = factors_.sensorIrradiance * factors_.exposureTime;
             view->factors[static_cast<std::size_t>(quantity)] = factor;
         }

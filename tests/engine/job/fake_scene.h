@@ -38,6 +38,7 @@ public:
     int width() const noexcept override { return pixelsWide; }
     int height() const noexcept override { return pixelsHigh; }
     core::QuantityFactors quantities() const noexcept override { return factors; }
+    double offAxis(int x, int) const noexcept override { return x == 0 ? 0.5 : 1.0; }
     std::shared_ptr<const node::Node> instrument() const noexcept override { return camera; }
     std::size_t memory() const noexcept override { return 0; }
 

@@ -1,10 +1,15 @@
 // What hosts do in callbacks, and to renderers while callbacks are under way.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <atomic>
+#include <deque>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
+#include "engine/common/host_call.h"
 #include "engine/common/slot_table.h"
 #include "module/flat/nemra_renderer.h"
 #include "tests/engine/job/recorder.h"
@@ -156,6 +161,54 @@ TEST(Callbacks, ABlockedHostLosesNoStateAndHoldsUpNoRender) {
     }
     ASSERT_TRUE(recorder.waitForFinish());
     EXPECT_EQ(recorder.states, (std::vector<int>{NEMRA_RENDERER_RUNNING, NEMRA_RENDERER_STOPPING, NEMRA_RENDERER_IDLE}));
+}
+
+/// Renderers dropped under the host's lock at any moment, also when a callback waits for just that lock. In a process of its own,
+/// since a lock stays. Gives the number of callbacks that came to a host object which was gone.
+int dropUnderTheHostsLock() {
+    static std::recursive_mutex mutex;
+    static std::atomic<int> faults{0};
+    setHostLock({[] {
+                     mutex.lock();
+                     return 7;
+                 },
+                 [](int token) {
+                     if (token != 7) ++faults;
+                     mutex.unlock();
+                 }});
+    struct Host {
+        bool alive = true;  // under the lock
+        static void visit(void* user) {
+            const std::lock_guard lock(mutex);
+            if (!static_cast<Host*>(user)->alive) ++faults;
+        }
+    };
+    static std::deque<Host> hosts;
+    for (int i = 0; i < 200; ++i) {
+        std::unique_lock lock(mutex);
+        Host& host = hosts.emplace_back();
+        nemra_renderer_t* renderer = nemraRendererCreate();
+        nemraRendererAddLocalNode(renderer);
+        nemraRendererSetStateChangedCallback(renderer, &host, [](void* user, NemraRendererState_t) { Host::visit(user); });
+        nemraRendererSetFinishedCallback(renderer, &host, [](void* user, nemra_raw_t*) { Host::visit(user); });
+        nemraRendererSetMessageCallback(renderer, &host, [](void* user, const char*, const char*, LogLevel_t) { Host::visit(user); });
+        nemraRendererSetHaltCondition(renderer, 0.0, 1.0 + i % 3, NEMRA_HALT_STOPS);
+        nemra::find<core::Renderer>(renderer)->start(loaderOf(std::make_shared<FakeScene>()));
+        nemraRendererSetParameter(renderer, "no such parameter", "");
+        const auto hold = std::chrono::microseconds(50 * (i % 20));
+        if (i % 2 == 0) lock.unlock();
+        std::this_thread::sleep_for(hold);
+        if (i % 2 == 0) lock.lock();
+        host.alive = false;
+        nemraRendererRelease(&renderer);
+    }
+    std::this_thread::sleep_for(50ms);
+    return faults;
+}
+
+TEST(CallbacksDeathTest, NoneComesToARendererThatWasDroppedUnderTheHostsLock) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(_exit(dropUnderTheHostsLock()), testing::ExitedWithCode(0), "");
 }
 
 TEST(Callbacks, StaleAndForeignHandlesAreAnswered) {

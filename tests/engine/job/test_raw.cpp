@@ -78,8 +78,10 @@ TEST(Raw, QuantitiesFollowTheInstrument) {
     const double radiance = nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_SCENE_RADIANCE);
     EXPECT_EQ(radiance, nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_RAW));
     EXPECT_DOUBLE_EQ(nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_SENSOR_IRRADIANCE), 0.25 * radiance);
-    EXPECT_DOUBLE_EQ(nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_SENSOR_POWER), 0.25e-9 * radiance);
+    EXPECT_DOUBLE_EQ(nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_SENSOR_POWER), 1.0e-9 * radiance);
     EXPECT_DOUBLE_EQ(nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_SENSOR_EXPOSURE), 0.0025 * radiance);
+    const double edge = nemraRawGetLightQuantity(raw, 1, 0, 3, NEMRA_QUANTITY_SCENE_RADIANCE);
+    EXPECT_DOUBLE_EQ(nemraRawGetLightQuantity(raw, 1, 0, 3, NEMRA_QUANTITY_SENSOR_IRRADIANCE), 0.125 * edge);
     EXPECT_EQ(nemraRawGetLightQuantity(raw, 1, 3, 3, NEMRA_QUANTITY_SCENE_IRRADIANCE), 0.0);
     EXPECT_EQ(nemraRawGetLightQuantity(raw, 1, 3, 3, 99), 0.0);
     scene.factors = {};
