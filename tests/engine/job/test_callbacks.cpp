@@ -142,7 +142,8 @@ TEST(Callbacks, ReleaseFromInsideACallback) {
         });
         ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
         renderer.reset();
-        std::this_thread::sleep_for(30ms);
+        for (int wait = 0; calls == 0 && wait < 5000; ++wait) std::this_thread::sleep_for(1ms);
+        std::this_thread::sleep_for(30ms);  // time for a second call, which must not come
         EXPECT_EQ(calls, 1);
         EXPECT_EQ(handle, nullptr);
     }
