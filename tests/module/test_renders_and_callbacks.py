@@ -103,8 +103,8 @@ time.sleep(0.05)
 made = renderer()
 attach(made, WORK["busy"])
 assert made.start(SCENE)
-print("started", flush=True)
 try:
+    print("started", flush=True)
     time.sleep(30)
 except KeyboardInterrupt:
     made.stop()
