@@ -16,17 +16,30 @@ using Key = std::pair<std::string_view, std::string_view>;
 class Registry final : public Catalogue {
 public:
     Registry() {
+        addAvspectrumClasses(*this);
         addBsdfClasses(*this);
+        addColloidClasses(*this);
+        addDielectricfuncClasses(*this);
         addEmitterClasses(*this);
         addEnvironmentClasses(*this);
         addFilterClasses(*this);
+        addFiltershaderClasses(*this);
+        addImageClasses(*this);
         addInstrumentClasses(*this);
+        addIntlawClasses(*this);
         addLayerClasses(*this);
         addMaterialClasses(*this);
+        addMediumClasses(*this);
+        addNormalshaderClasses(*this);
         addOutputClasses(*this);
+        addRoughnessClasses(*this);
+        addRtfClasses(*this);
+        addScalarshaderClasses(*this);
+        addScatteringClasses(*this);
         addSensorClasses(*this);
         addSetupClasses(*this);
         addSpectrumClasses(*this);
+        addTextClasses(*this);
     }
 
     void add(NodeClass nodeClass) override {
