@@ -1,5 +1,5 @@
-// Samples per second of the Cornell box on one thread and on two, beside a bare loop over Embree that traces the same kind of paths
-// without spectra, sampler or film.
+// Samples per second of the Cornell box on one thread and on two, beside a bare loop over Embree that traces the same kind of
+// paths without spectra, sampler or film.
 //
 //   cornell_rate <scene file> [seconds per measurement]
 //   cornell_rate <scene file> --image <seconds> <seed> <threads> <file>    renders for so long and writes the XYZ of each pixel
@@ -116,7 +116,8 @@ private:
             core::embree::intersect(target, query, &hit);
             ++rays;
             if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return rays;
-            const core::TriangleRecord& t = scene_.world().triangles[scene_.world().firstTriangle[hit.hit.geomID] + hit.hit.primID];
+            const core::TriangleRecord& t =
+                scene_.world().triangles[scene_.world().firstTriangle[hit.hit.geomID] + hit.hit.primID];
             const float facing = d[0] * t.ng[0] + d[1] * t.ng[1] + d[2] * t.ng[2];
             float n[3];
             for (int c = 0; c < 3; ++c) {
@@ -238,8 +239,8 @@ int main(int argc, char** argv) {
     std::printf("2 threads       %8.3f M samples/s   %.2f x one\n", two * 1.0e-6, two / one);
     std::printf("x86-64-v2       %8.3f M samples/s on 1 thread\n", slowRate * 1.0e-6);
     std::printf("Embree packets  %8.3f M samples/s on 1 thread\n", packetRate * 1.0e-6);
-    std::printf("bare Embree     %8.3f M paths/s on 1 thread, %.3f on 2 (%.2f rays a path); we reach %.2f of it\n", bareOne * 1.0e-6,
-                bareTwo * 1.0e-6, rays, two / bareTwo);
+    std::printf("bare Embree     %8.3f M paths/s on 1 thread, %.3f on 2 (%.2f rays a path); we reach %.2f of it\n",
+                bareOne * 1.0e-6, bareTwo * 1.0e-6, rays, two / bareTwo);
     std::printf("peak memory     %8.1f MB\n", static_cast<double>(usage.ru_maxrss) / 1024.0);
     return 0;
 }

@@ -111,8 +111,7 @@ std::string clearNodesDoc(const std::string& packageName) {
 }
 
 std::string addLocalNodeDoc(const std::string& packageName) {
-    return "Adds a local render node\n\n" + nodesTakeEffect(packageName) +
-           "\n\nMultiple local renderers can be used together";
+    return "Adds a local render node\n\n" + nodesTakeEffect(packageName) + "\n\nMultiple local renderers can be used together";
 }
 
 std::string addRemoteNodeDoc(const std::string& packageName) {

@@ -83,8 +83,7 @@ void bindServer(py::module_& module, const std::string&) {
         .def("open", &NemraServer::open, py::arg("port"), kOpen)
         .def("close", &NemraServer::close, kClose)
         .def("onBusyStateChange", &NemraServer::onBusyStateChange, py::arg("call_back"), kOnBusyStateChange)
-        .def("sendMessage", &NemraServer::sendMessage, py::arg("msg"), py::arg("type"), py::arg("name") = "server",
-             kSendMessage)
+        .def("sendMessage", &NemraServer::sendMessage, py::arg("msg"), py::arg("type"), py::arg("name") = "server", kSendMessage)
         .def("setParameter", &NemraServer::setParameter, py::arg("name"), py::arg("value"), kSetParameter);
     server.doc() = kClassDoc;
 }

@@ -34,8 +34,7 @@ void bindMetadata(RawClass& raw) {
         .def("hasMetaChannel", &NemraRaw::hasMetaChannel, py::arg("name"),
              R"(Returns true if a meta channel exists with this name ("variance", "spp", "snr", "depth"))")
         .def("channelName", &NemraRaw::channelName, py::arg("idx"), "Returns channel name by index")
-        .def("channelIndex", &NemraRaw::channelIndex, py::arg("name"),
-             "Returns channel index by name or -1 if it doesn't exist")
+        .def("channelIndex", &NemraRaw::channelIndex, py::arg("name"), "Returns channel index by name or -1 if it doesn't exist")
         .def("isChannelLuminous", &NemraRaw::isChannelLuminous, py::arg("idx"),
              "Returns true if the channel by index has luminous information (photometric)")
         .def("isChannelEnergy", &NemraRaw::isChannelEnergy, py::arg("idx"),
@@ -67,8 +66,7 @@ void bindResults(RawClass& raw, const std::string& packageName) {
 }
 
 void bindReaders(RawClass& raw) {
-    raw.def_static("readSvraw", &NemraRaw::readSvraw, py::arg("filename"),
-                   "Reads an SVRAW file and returns the created handle")
+    raw.def_static("readSvraw", &NemraRaw::readSvraw, py::arg("filename"), "Reads an SVRAW file and returns the created handle")
         .def_static("readOpenExr", &NemraRaw::readOpenExr, py::arg("filename"),
                     "Reads an EXR file to an nemra raw and returns the created handle")
         .def_static("fromImageNode", &NemraRaw::fromImageNode, py::arg("data"), py::arg("size"),
@@ -84,15 +82,14 @@ void bindProcessing(RawClass& raw, const std::string& packageName) {
         .def("setInstrument", &NemraRaw::setInstrument, py::arg("data"), py::arg("size"), rawDocs::kSetInstrument)
         .def("getOutput", &NemraRaw::getOutput, rawDocs::kGetOutput)
         .def("setOutput", &NemraRaw::setOutput, py::arg("data"), py::arg("size"), rawDocs::kSetOutput)
-        .def("getLightQuantity", &NemraRaw::getLightQuantity, py::arg("chan"), py::arg("x"), py::arg("y"),
-             py::arg("quantity"), rawDocs::getLightQuantityDoc(packageName).c_str())
+        .def("getLightQuantity", &NemraRaw::getLightQuantity, py::arg("chan"), py::arg("x"), py::arg("y"), py::arg("quantity"),
+             rawDocs::getLightQuantityDoc(packageName).c_str())
         .def("getXHeaderName", &NemraRaw::getXHeaderName, py::arg("x"), "Gets the result x header name for table views")
         .def("getYHeaderName", &NemraRaw::getYHeaderName, py::arg("y"), "Gets the result y header name for table views")
         .def("isCompatible", &NemraRaw::isCompatible, py::arg("other"),
              "Returns true if the two raws can be merged (same size and channels)")
         .def("getQuantityCount", &NemraRaw::getQuantityCount, "Get the number of quantities provided by a raw buffer")
-        .def("getQuantity", &NemraRaw::getQuantity, py::arg("idx"),
-             "Get the nth quantity type provided by a raw buffer")
+        .def("getQuantity", &NemraRaw::getQuantity, py::arg("idx"), "Get the nth quantity type provided by a raw buffer")
         .def("add", &NemraRaw::add, py::arg("other"), "Merge result from other to this :class:`nemra.Raw`");
 }
 

@@ -37,9 +37,7 @@ bool NemraRaw::writeRaw(const std::string& filename, const std::string& format) 
     return succeeded(nemraRawWriteRaw(handle, filename.c_str(), format.c_str()));
 }
 
-bool NemraRaw::writeAuto(const std::string& filename) const {
-    return succeeded(nemraRawWriteAuto(handle, filename.c_str()));
-}
+bool NemraRaw::writeAuto(const std::string& filename) const { return succeeded(nemraRawWriteAuto(handle, filename.c_str())); }
 
 int NemraRaw::takeByte(void* user, char byte) {
     static_cast<NemraRaw*>(user)->byteBuffer_.push_back(byte);

@@ -1,4 +1,5 @@
 #include "scene/cone.h"
+
 #include "module/bound_class.h"
 
 namespace NemraNode {

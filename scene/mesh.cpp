@@ -1,8 +1,8 @@
 #include "scene/mesh.h"
-#include "module/bound_class.h"
 
 #include <iostream>
 
+#include "module/bound_class.h"
 #include "module/buffer_order.h"
 #include "module/owned_array.h"
 #include "scene/array_shape.h"
@@ -43,8 +43,9 @@ const T* orNull(const std::vector<T>& data) {
     return data.empty() ? nullptr : data.data();
 }
 
-std::shared_ptr<Mesh> meshOfArrays(const std::string& name, const py::array_t<double>& vertices, const py::array_t<float>& normals,
-                                   const py::array_t<std::int32_t>& triangles, const py::array_t<float>& uvs) {
+std::shared_ptr<Mesh> meshOfArrays(const std::string& name, const py::array_t<double>& vertices,
+                                   const py::array_t<float>& normals, const py::array_t<std::int32_t>& triangles,
+                                   const py::array_t<float>& uvs) {
     MeshBuffers buffers;
     buffers.vertices = takeRows(vertices, 3);
     buffers.normals = takeRows(normals, 3);

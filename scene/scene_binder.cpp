@@ -121,8 +121,7 @@ void bindContents(SceneClass& scene) {
     bindAddGeometry<Mesh>(scene, "mesh", "Mesh");
     bindAddGeometry<Cone>(scene, "cone", "Cone");
     bindAddGeometry<Sphere>(scene, "sphere", "Sphere");
-    scene
-        .def("remove", py::overload_cast<const Geometry&>(&Scene::remove, py::const_), "Remove a geometry from scene")
+    scene.def("remove", py::overload_cast<const Geometry&>(&Scene::remove, py::const_), "Remove a geometry from scene")
         .def("add", py::overload_cast<Instance&, const LayerPaths&, bool>(&Scene::add, py::const_), py::arg("instance"),
              py::arg("layers") = LayerPaths(), py::arg("keepOriginal") = true, kAddInstance)
         .def("addImport", &Scene::addImport, "Add an import tag or load it")

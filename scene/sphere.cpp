@@ -1,4 +1,5 @@
 #include "scene/sphere.h"
+
 #include "module/bound_class.h"
 
 namespace NemraNode {

@@ -33,8 +33,8 @@ NEMRA_API bool keepForever(std::exception_ptr thrown) noexcept;
 
 enum class HostCall { done, closed, threw };
 
-/// The host's own lock, if it has told of one: taken before and given back after each callback. Then whether an object of the host
-/// is still there can be decided inside the callback, and holds to its end: the host destroys objects under its lock.
+/// The host's own lock, if it has told of one: taken before and given back after each callback. Then whether an object of the
+/// host is still there can be decided inside the callback, and holds to its end: the host destroys objects under its lock.
 struct HostLock {
     int (*acquire)() = nullptr;  ///< gives what `release` wants back; may be called by a thread that holds the lock
     void (*release)(int) = nullptr;

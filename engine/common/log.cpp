@@ -112,8 +112,8 @@ void addHostSink(HostSink sink, void* user, std::string_view text) {
     Sinks& all = sinks();
     const std::lock_guard lock(all.mutex);
     auto list = std::make_shared<SinkList>(*all.list);
-    const auto same = std::find_if(list->begin(), list->end(),
-                                   [&](const Sink& known) { return known.function == sink && known.user == user; });
+    const auto same =
+        std::find_if(list->begin(), list->end(), [&](const Sink& known) { return known.function == sink && known.user == user; });
     if (same == list->end()) {
         list->push_back(std::move(added));
     } else {

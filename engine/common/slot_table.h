@@ -107,13 +107,34 @@ private:
 /// Kind of each handle type.
 template <class Handle>
 struct KindOf;
-template <> struct KindOf<nemra_raw_t> { static constexpr Kind value = Kind::raw; };
-template <> struct KindOf<nemra_renderer_t> { static constexpr Kind value = Kind::renderer; };
-template <> struct KindOf<nemra_server_t> { static constexpr Kind value = Kind::server; };
-template <> struct KindOf<nemra_onode_t> { static constexpr Kind value = Kind::node; };
-template <> struct KindOf<nemra_geom_t> { static constexpr Kind value = Kind::geometry; };
-template <> struct KindOf<nemra_instance_t> { static constexpr Kind value = Kind::instance; };
-template <> struct KindOf<nemra_scene_t> { static constexpr Kind value = Kind::scene; };
+template <>
+struct KindOf<nemra_raw_t> {
+    static constexpr Kind value = Kind::raw;
+};
+template <>
+struct KindOf<nemra_renderer_t> {
+    static constexpr Kind value = Kind::renderer;
+};
+template <>
+struct KindOf<nemra_server_t> {
+    static constexpr Kind value = Kind::server;
+};
+template <>
+struct KindOf<nemra_onode_t> {
+    static constexpr Kind value = Kind::node;
+};
+template <>
+struct KindOf<nemra_geom_t> {
+    static constexpr Kind value = Kind::geometry;
+};
+template <>
+struct KindOf<nemra_instance_t> {
+    static constexpr Kind value = Kind::instance;
+};
+template <>
+struct KindOf<nemra_scene_t> {
+    static constexpr Kind value = Kind::scene;
+};
 
 template <class Handle>
 std::uint64_t toId(const Handle* handle) noexcept {
@@ -135,9 +156,9 @@ template <class T, class Handle>
 std::shared_ptr<T> find(const Handle* handle) noexcept {
     return std::static_pointer_cast<T>(SlotTable::of(KindOf<Handle>::value).find(toId(handle)));
 }
-/// The same in a few nanoseconds when this thread asked for the same object last, for functions that are called millions of times.
-/// The result is good until this thread's next call of findHot; until then the thread keeps the object alive, also when it is
-/// retired elsewhere.
+/// The same in a few nanoseconds when this thread asked for the same object last, for functions that are called millions of
+/// times. The result is good until this thread's next call of findHot; until then the thread keeps the object alive, also when it
+/// is retired elsewhere.
 template <class T, class Handle>
 T* findHot(const Handle* handle) noexcept {
     return static_cast<T*>(HotHandle::find(KindOf<Handle>::value, toId(handle)));

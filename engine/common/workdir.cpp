@@ -36,8 +36,8 @@ bool setWorkdir(std::string_view directory, std::string& why) {
     std::error_code fault;
     const auto status = std::filesystem::status(path, fault);
     if (directory.empty() || !std::filesystem::is_directory(status)) {
-        why = "\"" + std::string(directory) + "\" can't be the working directory: " +
-              (fault ? fault.message() : std::string("it isn't a directory"));
+        why = "\"" + std::string(directory) +
+              "\" can't be the working directory: " + (fault ? fault.message() : std::string("it isn't a directory"));
         return false;
     }
     Chosen& all = chosen();

@@ -14,8 +14,8 @@ namespace nemra::core {
 /// How sensor values become the light quantities of a result.
 struct QuantityFactors {
     double sensorIrradiance = 0.0;  ///< multiplies scene radiance on axis: pi / (4 N^2); 0 if the instrument has none
-    double sensorPower = 0.0;       ///< m2, multiplies scene radiance on axis: sensorIrradiance times pixel area; 0 if there is none
-    double exposureTime = 0.0;      ///< s
+    double sensorPower = 0.0;   ///< m2, multiplies scene radiance on axis: sensorIrradiance times pixel area; 0 if there is none
+    double exposureTime = 0.0;  ///< s
 };
 
 /// A scene made ready for rendering. Immutable: any number of threads may render from it.

@@ -9,7 +9,9 @@ namespace nemra::node {
 
 namespace {
 
-std::string withUnit(double number, const std::string& unit) { return unit.empty() ? toText(number) : toText(number) + ' ' + unit; }
+std::string withUnit(double number, const std::string& unit) {
+    return unit.empty() ? toText(number) : toText(number) + ' ' + unit;
+}
 
 bool inRange(const ParameterSpec& spec, double number, std::string& why) {
     if (!std::isfinite(number)) {
@@ -63,7 +65,8 @@ bool acceptInteger(const ParameterSpec& spec, Value& value, std::string& why) {
 std::optional<std::vector<double>> numbersOf(const Value& value) {
     if (const auto* const v = std::get_if<std::vector<double>>(&value.data)) return *v;
     if (const auto* const v = std::get_if<std::vector<float>>(&value.data)) return std::vector<double>(v->begin(), v->end());
-    if (const auto* const v = std::get_if<std::vector<std::int32_t>>(&value.data)) return std::vector<double>(v->begin(), v->end());
+    if (const auto* const v = std::get_if<std::vector<std::int32_t>>(&value.data))
+        return std::vector<double>(v->begin(), v->end());
     return std::nullopt;
 }
 
@@ -80,7 +83,8 @@ bool acceptNumbers(const ParameterSpec& spec, Value& value, std::size_t count, s
             return false;
         }
     }
-    if (spec.type == NEMRA_PARAMETER_DIRECTION && std::all_of(numbers->begin(), numbers->end(), [](double n) { return n == 0.0; })) {
+    if (spec.type == NEMRA_PARAMETER_DIRECTION &&
+        std::all_of(numbers->begin(), numbers->end(), [](double n) { return n == 0.0; })) {
         why = "a direction must not be zero";
         return false;
     }
@@ -173,7 +177,8 @@ bool acceptTable(const ParameterSpec& spec, Value& value, std::string& why) {
     }
     for (std::size_t i = 0; i < given.columns.size(); ++i) {
         const std::string& name = given.columns[i].name;
-        const bool known = std::any_of(spec.columns.begin(), spec.columns.end(), [&](const auto& column) { return column.name == name; });
+        const bool known =
+            std::any_of(spec.columns.begin(), spec.columns.end(), [&](const auto& column) { return column.name == name; });
         if (!known || given.find(name) != &given.columns[i]) {
             why = known ? "column '" + name + "' comes twice" : "has no column '" + name + "'";
             return false;
@@ -187,21 +192,32 @@ bool acceptTable(const ParameterSpec& spec, Value& value, std::string& why) {
 
 bool acceptValue(const ParameterSpec& parameter, Value& value, std::string& why) {
     switch (parameter.type) {
-        case NEMRA_PARAMETER_REAL: return acceptReal(parameter, value, why);
-        case NEMRA_PARAMETER_INTEGER: return acceptInteger(parameter, value, why);
+        case NEMRA_PARAMETER_REAL:
+            return acceptReal(parameter, value, why);
+        case NEMRA_PARAMETER_INTEGER:
+            return acceptInteger(parameter, value, why);
         case NEMRA_PARAMETER_INFO:
         case NEMRA_PARAMETER_TEXT:
         case NEMRA_PARAMETER_FILE:
-        case NEMRA_PARAMETER_LINK: return acceptText(value, why);
-        case NEMRA_PARAMETER_BOOLEAN: return acceptBoolean(value, why);
+        case NEMRA_PARAMETER_LINK:
+            return acceptText(value, why);
+        case NEMRA_PARAMETER_BOOLEAN:
+            return acceptBoolean(value, why);
         case NEMRA_PARAMETER_VECTOR:
-        case NEMRA_PARAMETER_DIRECTION: return acceptNumbers(parameter, value, 3, why);
-        case NEMRA_PARAMETER_CHOICE: return acceptChoice(parameter, value, why);
-        case NEMRA_PARAMETER_TABLE: return acceptTable(parameter, value, why);
-        case NEMRA_PARAMETER_COLOR: return acceptColor(parameter, value, why);
-        case NEMRA_PARAMETER_MATRIX2: return acceptNumbers(parameter, value, 4, why);
-        case NEMRA_PARAMETER_MATRIX3: return acceptNumbers(parameter, value, 9, why);
-        case NEMRA_PARAMETER_NONE: break;
+        case NEMRA_PARAMETER_DIRECTION:
+            return acceptNumbers(parameter, value, 3, why);
+        case NEMRA_PARAMETER_CHOICE:
+            return acceptChoice(parameter, value, why);
+        case NEMRA_PARAMETER_TABLE:
+            return acceptTable(parameter, value, why);
+        case NEMRA_PARAMETER_COLOR:
+            return acceptColor(parameter, value, why);
+        case NEMRA_PARAMETER_MATRIX2:
+            return acceptNumbers(parameter, value, 4, why);
+        case NEMRA_PARAMETER_MATRIX3:
+            return acceptNumbers(parameter, value, 9, why);
+        case NEMRA_PARAMETER_NONE:
+            break;
     }
     why = "takes no value";
     return false;

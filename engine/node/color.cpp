@@ -59,7 +59,8 @@ constexpr Matrix kXyzToRec2020 = inverse(kRec2020ToXyz);
 template <class Curve>
 Triple perChannel(const Triple& v, Curve curve) {
     Triple result;
-    for (std::size_t i = 0; i < 3; ++i) result[i] = std::copysign(curve(std::fabs(v[i])), v[i]);  // odd, as extended ranges have it
+    for (std::size_t i = 0; i < 3; ++i)
+        result[i] = std::copysign(curve(std::fabs(v[i])), v[i]);  // odd, as extended ranges have it
     return result;
 }
 
@@ -80,7 +81,8 @@ double labCurveInverse(double t) { return t > kDelta ? t * t * t : 3.0 * kDelta 
 
 Xyz labToXyz(const Triple& lab) {
     const double f = (lab[0] + 16.0) / 116.0;
-    return {kD65[0] * labCurveInverse(f + lab[1] / 500.0), kD65[1] * labCurveInverse(f), kD65[2] * labCurveInverse(f - lab[2] / 200.0)};
+    return {kD65[0] * labCurveInverse(f + lab[1] / 500.0), kD65[1] * labCurveInverse(f),
+            kD65[2] * labCurveInverse(f - lab[2] / 200.0)};
 }
 Triple xyzToLab(const Xyz& xyz) {
     const double fx = labCurve(xyz[0] / kD65[0]);
@@ -103,8 +105,8 @@ constexpr ColorSpace kSpaces[] = {
     {"srgb", "R'G'B' of IEC 61966-2-1, encoded, 0 to 1",
      [](const Triple& v) { return multiply(kRec709ToXyz, perChannel(v, srgbToLinear)); },
      [](const Xyz& v) { return perChannel(multiply(kXyzToRec709, v), linearToSrgb); }},
-    {"linear_srgb", "RGB with the primaries of sRGB, proportional to light", [](const Triple& v) { return multiply(kRec709ToXyz, v); },
-     [](const Xyz& v) { return multiply(kXyzToRec709, v); }},
+    {"linear_srgb", "RGB with the primaries of sRGB, proportional to light",
+     [](const Triple& v) { return multiply(kRec709ToXyz, v); }, [](const Xyz& v) { return multiply(kXyzToRec709, v); }},
     {"xyz", "CIE 1931 XYZ, Y = 1 for white", [](const Triple& v) { return v; }, [](const Xyz& v) { return v; }},
     {"xyy", "CIE 1931 chromaticity x, y and Y, Y = 1 for white", xyyToXyz, xyzToXyy},
     {"lab", "CIE 1976 L*a*b* against D65, L* from 0 to 100", labToXyz, xyzToLab},

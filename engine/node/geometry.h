@@ -13,10 +13,10 @@
 namespace nemra::node {
 
 struct Mesh {
-    std::vector<double> vertices;          ///< 3 N: x y z
-    std::vector<float> normals;            ///< 3 N, or empty: flat triangles
-    std::vector<float> uvs;                ///< 2 N, or empty
-    std::vector<std::int32_t> triangles;   ///< 3 M vertex indices
+    std::vector<double> vertices;                ///< 3 N: x y z
+    std::vector<float> normals;                  ///< 3 N, or empty: flat triangles
+    std::vector<float> uvs;                      ///< 2 N, or empty
+    std::vector<std::int32_t> triangles;         ///< 3 M vertex indices
     mutable std::vector<float> triangleNormals;  ///< 3 M, made when first asked for
 };
 
@@ -33,17 +33,17 @@ struct Cone {
 
 struct Geometry {
     std::string name;
-    std::string materialName;               ///< "" for none
-    std::shared_ptr<Node> material;         ///< wins over the name
+    std::string materialName;        ///< "" for none
+    std::shared_ptr<Node> material;  ///< wins over the name
     std::variant<Mesh, Sphere, Cone> shape;
 };
 
 struct Instance {
     std::string geometryName;
     std::array<double, 16> transform{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};  ///< row-major, acts on column vectors
-    std::string materialName;               ///< "" for none
-    std::shared_ptr<Node> material;         ///< wins over the name
-    bool materialIsFallback = false;        ///< holds only where the geometry has no material of its own
+    std::string materialName;                                                          ///< "" for none
+    std::shared_ptr<Node> material;                                                    ///< wins over the name
+    bool materialIsFallback = false;               ///< holds only where the geometry has no material of its own
     std::vector<std::vector<std::string>> layers;  ///< paths of layer names, below the root of the layer tree
 };
 

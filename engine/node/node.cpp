@@ -23,7 +23,8 @@ bool visitActive(const std::vector<ParameterSpec>& parameters, const Selected& s
 }
 
 /// "condition = open" for each way in which a parameter of that name would become active.
-void collectConditions(const std::vector<ParameterSpec>& parameters, std::string_view name, std::vector<std::string>& conditions) {
+void collectConditions(const std::vector<ParameterSpec>& parameters, std::string_view name,
+                       std::vector<std::string>& conditions) {
     for (const ParameterSpec& spec : parameters) {
         for (const OptionSpec& option : spec.options) {
             if (std::any_of(option.parameters.begin(), option.parameters.end(), [&](const auto& p) { return p.name == name; })) {
@@ -93,7 +94,9 @@ std::pair<const ParameterSpec*, int> findActive(const std::vector<ParameterSpec>
 }  // namespace
 
 Node::Setting Node::findParameter(std::string_view name) const {
-    const auto selected = [this](const ParameterSpec& choice) -> std::string_view { return std::get<std::string>(valueOf(choice).data); };
+    const auto selected = [this](const ParameterSpec& choice) -> std::string_view {
+        return std::get<std::string>(valueOf(choice).data);
+    };
     const auto [spec, depth] = findActive(class_->parameters, selected, [&](const ParameterSpec& s) { return s.name == name; });
     if (!spec) return {nullptr, nullptr, true, 0};
     Setting result = setting(*spec);
@@ -102,7 +105,9 @@ Node::Setting Node::findParameter(std::string_view name) const {
 }
 
 Node::Setting Node::findParameterBelow(const ParameterSpec& top, std::string_view name) const {
-    const auto selected = [this](const ParameterSpec& choice) -> std::string_view { return std::get<std::string>(valueOf(choice).data); };
+    const auto selected = [this](const ParameterSpec& choice) -> std::string_view {
+        return std::get<std::string>(valueOf(choice).data);
+    };
     const Setting none{nullptr, nullptr, true, 0};
     if (!findActive(class_->parameters, selected, [&](const ParameterSpec& s) { return &s == &top; }).first) return none;
     const OptionSpec* const option = top.type == NEMRA_PARAMETER_CHOICE ? findOption(top, selected(top)) : nullptr;
@@ -115,7 +120,9 @@ Node::Setting Node::findParameterBelow(const ParameterSpec& top, std::string_vie
 }
 
 std::vector<Node::Setting> Node::activeParameters() const {
-    const auto selected = [this](const ParameterSpec& choice) -> std::string_view { return std::get<std::string>(valueOf(choice).data); };
+    const auto selected = [this](const ParameterSpec& choice) -> std::string_view {
+        return std::get<std::string>(valueOf(choice).data);
+    };
     std::vector<Setting> result;
     visitActive(class_->parameters, selected, 0, [&](const ParameterSpec& spec, int depth) {
         result.push_back(setting(spec));
@@ -130,7 +137,7 @@ const Value& Node::read(std::string_view name, nemra_parameter_type_t type) cons
     if (!found.spec) throw std::logic_error(label() + " has no active parameter '" + std::string(name) + "'");
     const bool isText = found.spec->type == NEMRA_PARAMETER_FILE || found.spec->type == NEMRA_PARAMETER_LINK ||
                         found.spec->type == NEMRA_PARAMETER_INFO;
-    const nemra_parameter_type_t stored = isText ? NEMRA_PARAMETER_TEXT
+    const nemra_parameter_type_t stored = isText                                          ? NEMRA_PARAMETER_TEXT
                                           : found.spec->type == NEMRA_PARAMETER_DIRECTION ? NEMRA_PARAMETER_VECTOR
                                                                                           : found.spec->type;
     if (stored != type) throw std::logic_error(label() + ": parameter '" + std::string(name) + "' is of another kind");
@@ -138,9 +145,13 @@ const Value& Node::read(std::string_view name, nemra_parameter_type_t type) cons
 }
 
 double Node::real(std::string_view name) const { return std::get<double>(read(name, NEMRA_PARAMETER_REAL).data); }
-std::int32_t Node::integer(std::string_view name) const { return std::get<std::int32_t>(read(name, NEMRA_PARAMETER_INTEGER).data); }
+std::int32_t Node::integer(std::string_view name) const {
+    return std::get<std::int32_t>(read(name, NEMRA_PARAMETER_INTEGER).data);
+}
 bool Node::boolean(std::string_view name) const { return std::get<bool>(read(name, NEMRA_PARAMETER_BOOLEAN).data); }
-const std::string& Node::text(std::string_view name) const { return std::get<std::string>(read(name, NEMRA_PARAMETER_TEXT).data); }
+const std::string& Node::text(std::string_view name) const {
+    return std::get<std::string>(read(name, NEMRA_PARAMETER_TEXT).data);
+}
 const std::string& Node::choice(std::string_view name) const {
     return std::get<std::string>(read(name, NEMRA_PARAMETER_CHOICE).data);
 }
@@ -182,7 +193,8 @@ bool Node::set(std::string_view name, Value value, std::string& why) {
         why = quoted + ": " + reason;
         return false;
     }
-    const auto entry = std::find_if(overrides_.begin(), overrides_.end(), [&](const Override& o) { return o.spec == found.spec; });
+    const auto entry =
+        std::find_if(overrides_.begin(), overrides_.end(), [&](const Override& o) { return o.spec == found.spec; });
     if (value == found.spec->defaultValue) {
         if (entry != overrides_.end()) overrides_.erase(entry);
     } else if (entry != overrides_.end()) {
@@ -240,14 +252,20 @@ bool Node::setRawSlot(std::string_view name, Value value, std::string& why) {
     }
     const bool fits = [&] {
         switch (slot->type) {
-            case NEMRA_RAW_DATA_TEXT: return std::holds_alternative<std::string>(value.data);
+            case NEMRA_RAW_DATA_TEXT:
+                return std::holds_alternative<std::string>(value.data);
             case NEMRA_RAW_DATA_INDEX:
-            case NEMRA_RAW_DATA_INT32: return std::holds_alternative<std::vector<std::int32_t>>(value.data);
-            case NEMRA_RAW_DATA_FLOAT: return std::holds_alternative<std::vector<float>>(value.data);
-            case NEMRA_RAW_DATA_DOUBLE: return std::holds_alternative<std::vector<double>>(value.data);
-            case NEMRA_RAW_DATA_BINARY: return std::holds_alternative<std::vector<char>>(value.data);
+            case NEMRA_RAW_DATA_INT32:
+                return std::holds_alternative<std::vector<std::int32_t>>(value.data);
+            case NEMRA_RAW_DATA_FLOAT:
+                return std::holds_alternative<std::vector<float>>(value.data);
+            case NEMRA_RAW_DATA_DOUBLE:
+                return std::holds_alternative<std::vector<double>>(value.data);
+            case NEMRA_RAW_DATA_BINARY:
+                return std::holds_alternative<std::vector<char>>(value.data);
             case NEMRA_RAW_DATA_NONE:
-            case NEMRA_RAW_DATA_RESERVED: break;
+            case NEMRA_RAW_DATA_RESERVED:
+                break;
         }
         return false;
     }();
@@ -256,7 +274,8 @@ bool Node::setRawSlot(std::string_view name, Value value, std::string& why) {
         return false;
     }
     const auto* const indices = std::get_if<std::vector<std::int32_t>>(&value.data);
-    if (slot->type == NEMRA_RAW_DATA_INDEX && std::any_of(indices->begin(), indices->end(), [](std::int32_t i) { return i < 0; })) {
+    if (slot->type == NEMRA_RAW_DATA_INDEX &&
+        std::any_of(indices->begin(), indices->end(), [](std::int32_t i) { return i < 0; })) {
         why = quoted + ": an index must not be negative";
         return false;
     }

@@ -76,8 +76,8 @@ public:
     std::vector<Setting> activeParameters() const;
     /// The active parameter of that raw name (the first in order if there are several), or one with a null spec.
     Setting findParameter(std::string_view name) const;
-    /// The active parameter of that raw name among those that the selected option of the choice `top` brings, at any depth; a null
-    /// spec if there is none or `top` isn't active.
+    /// The active parameter of that raw name among those that the selected option of the choice `top` brings, at any depth; a
+    /// null spec if there is none or `top` isn't active.
     Setting findParameterBelow(const ParameterSpec& top, std::string_view name) const;
     /// How that parameter stands on this node, active or not. It must belong to the node's class.
     Setting setting(const ParameterSpec& spec) const noexcept;
@@ -106,8 +106,8 @@ public:
 
     /// A new node that shares its children with this one.
     std::shared_ptr<Node> clone() const;
-    /// A deep copy. What is shared inside the original is shared inside the copy. Throws std::length_error if the nodes are nested
-    /// deeper than kMaximumDepth.
+    /// A deep copy. What is shared inside the original is shared inside the copy. Throws std::length_error if the nodes are
+    /// nested deeper than kMaximumDepth.
     std::shared_ptr<Node> copy() const;
 
     /// The node's id in the slot table of nodes; 0 if it has none. See node_handle.h.

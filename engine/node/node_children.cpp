@@ -120,7 +120,8 @@ bool Node::setChild(std::shared_ptr<Node> child, std::string& why) {
     const bool intoList = !intoSlot && !class_->listClass.empty() && class_->listClass == child->family();
     if (!intoSlot && !intoList) {
         if (slot < class_->children.size()) {
-            why = "child '" + child->name() + "' must be of the family " + class_->children[slot].family + ", not " + child->family();
+            why = "child '" + child->name() + "' must be of the family " + class_->children[slot].family + ", not " +
+                  child->family();
         } else if (!class_->listClass.empty()) {
             why = "takes children of the family " + class_->listClass + ", not " + child->label();
         } else {

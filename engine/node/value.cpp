@@ -9,8 +9,8 @@ namespace nemra::node {
 namespace {
 
 template <class T>
-inline constexpr bool isNumberVector =
-    std::is_same_v<T, std::vector<std::int32_t>> || std::is_same_v<T, std::vector<float>> || std::is_same_v<T, std::vector<double>>;
+inline constexpr bool isNumberVector = std::is_same_v<T, std::vector<std::int32_t>> || std::is_same_v<T, std::vector<float>> ||
+                                       std::is_same_v<T, std::vector<double>>;
 
 template <class Number>
 void append(std::string& text, Number number) {
@@ -45,7 +45,8 @@ nemra_value_type_t typeOf(const Value& value) noexcept {
             using T = std::decay_t<decltype(v)>;
             if constexpr (std::is_same_v<T, bool>) return NEMRA_VALUE_BOOLEAN;
             if constexpr (std::is_same_v<T, std::string>) return NEMRA_VALUE_TEXT;
-            if constexpr (std::is_same_v<T, std::int32_t> || std::is_same_v<T, std::vector<std::int32_t>>) return NEMRA_VALUE_INT32;
+            if constexpr (std::is_same_v<T, std::int32_t> || std::is_same_v<T, std::vector<std::int32_t>>)
+                return NEMRA_VALUE_INT32;
             if constexpr (std::is_same_v<T, std::uint64_t>) return NEMRA_VALUE_UINT64;
             if constexpr (std::is_same_v<T, float> || std::is_same_v<T, std::vector<float>>) return NEMRA_VALUE_FLOAT;
             if constexpr (std::is_same_v<T, double> || std::is_same_v<T, std::vector<double>>) return NEMRA_VALUE_DOUBLE;
@@ -120,7 +121,8 @@ std::vector<double> Table::numbers(std::string_view name) const {
     std::vector<double> result;
     if (const Column* const column = find(name)) {
         result.reserve(column->cells.size());
-        for (const Value& cell : column->cells) result.push_back(toNumber(cell).value_or(std::numeric_limits<double>::quiet_NaN()));
+        for (const Value& cell : column->cells)
+            result.push_back(toNumber(cell).value_or(std::numeric_limits<double>::quiet_NaN()));
     }
     return result;
 }

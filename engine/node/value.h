@@ -26,9 +26,9 @@ struct Color {
 };
 
 struct Value {
-    using Data = std::variant<std::monostate, bool, std::int32_t, std::uint64_t, float, double, std::string,
-                              std::vector<std::int32_t>, std::vector<float>, std::vector<double>, std::vector<char>, Color,
-                              std::shared_ptr<const Table>>;
+    using Data =
+        std::variant<std::monostate, bool, std::int32_t, std::uint64_t, float, double, std::string, std::vector<std::int32_t>,
+                     std::vector<float>, std::vector<double>, std::vector<char>, Color, std::shared_ptr<const Table>>;
     Data data;
 
     bool isEmpty() const noexcept { return data.index() == 0; }
@@ -36,7 +36,8 @@ struct Value {
     NEMRA_API bool operator==(const Value& other) const;
 };
 
-/// The number in a value that holds one number, exactly; empty for any other kind and for a whole number that a double can't hold.
+/// The number in a value that holds one number, exactly; empty for any other kind and for a whole number that a double can't
+/// hold.
 NEMRA_API std::optional<double> toNumber(const Value& value) noexcept;
 /// What a caller sees the value as; a vector has the type of its elements, a colour or a table has none.
 NEMRA_API nemra_value_type_t typeOf(const Value& value) noexcept;

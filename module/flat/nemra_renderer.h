@@ -50,8 +50,7 @@ NEMRA_API void nemraRendererSetStateChangedCallback(nemra_renderer_t* renderer, 
 NEMRA_API void nemraRendererSetFinishedCallback(nemra_renderer_t* renderer, void* user, nemra_renderer_raw_callback callback);
 NEMRA_API void nemraRendererSetStatisticsCallback(nemra_renderer_t* renderer, void* user,
                                                   nemra_renderer_statistics_callback callback);
-NEMRA_API void nemraRendererSetMessageCallback(nemra_renderer_t* renderer, void* user,
-                                               nemra_renderer_message_callback callback);
+NEMRA_API void nemraRendererSetMessageCallback(nemra_renderer_t* renderer, void* user, nemra_renderer_message_callback callback);
 
 #ifdef __cplusplus
 }

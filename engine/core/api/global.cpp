@@ -1,6 +1,4 @@
 // nemraGlobal*: the engine as a whole.
-#include "module/flat/nemra_global.h"
-
 #include <chrono>
 #include <string>
 
@@ -10,6 +8,7 @@
 #include "engine/common/workdir.h"
 #include "engine/core/api/version.h"
 #include "engine/core/job/job_threads.h"
+#include "module/flat/nemra_global.h"
 
 using namespace nemra;
 

@@ -1,6 +1,4 @@
 // nemraRaw*: results, except their files (raw_files.cpp).
-#include "module/flat/nemra_raw.h"
-
 #include <algorithm>
 #include <limits>
 #include <memory>
@@ -10,6 +8,7 @@
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
 #include "engine/core/api/raw_handle.h"
+#include "module/flat/nemra_raw.h"
 
 using namespace nemra;
 using core::ChannelKind;
@@ -65,10 +64,14 @@ bool isKind(const char* function, nemra_raw_t* raw, int index, ChannelKind kind)
 
 const char* responseName(ChannelKind kind) {
     switch (kind) {
-        case ChannelKind::energy: return "energy";
-        case ChannelKind::luminous: return "luminous";
-        case ChannelKind::spectral: return "spectral";
-        case ChannelKind::unknown: break;
+        case ChannelKind::energy:
+            return "energy";
+        case ChannelKind::luminous:
+            return "luminous";
+        case ChannelKind::spectral:
+            return "spectral";
+        case ChannelKind::unknown:
+            break;
     }
     return "unknown";
 }
@@ -167,9 +170,15 @@ const char* nemraRawChannelResponse(nemra_raw_t* raw, int index) {
     });
 }
 
-bool nemraRawIsChannelLuminous(nemra_raw_t* raw, int index) { return isKind("nemraRawIsChannelLuminous", raw, index, ChannelKind::luminous); }
-bool nemraRawIsChannelEnergy(nemra_raw_t* raw, int index) { return isKind("nemraRawIsChannelEnergy", raw, index, ChannelKind::energy); }
-bool nemraRawIsChannelSpectral(nemra_raw_t* raw, int index) { return isKind("nemraRawIsChannelSpectral", raw, index, ChannelKind::spectral); }
+bool nemraRawIsChannelLuminous(nemra_raw_t* raw, int index) {
+    return isKind("nemraRawIsChannelLuminous", raw, index, ChannelKind::luminous);
+}
+bool nemraRawIsChannelEnergy(nemra_raw_t* raw, int index) {
+    return isKind("nemraRawIsChannelEnergy", raw, index, ChannelKind::energy);
+}
+bool nemraRawIsChannelSpectral(nemra_raw_t* raw, int index) {
+    return isKind("nemraRawIsChannelSpectral", raw, index, ChannelKind::spectral);
+}
 
 double nemraRawChannelWavelength(nemra_raw_t* raw, int index) {
     return with("nemraRawChannelWavelength", raw, 0.0, [&](const Raw& r) {
@@ -205,7 +214,8 @@ int nemraRawGetQuantityCount(nemra_raw_t* raw) {
 nemra_quantity_t nemraRawGetQuantity(nemra_raw_t* raw, int index) {
     return with("nemraRawGetQuantity", raw, NEMRA_QUANTITY_RAW, [&](const Raw& r) {
         const auto& all = r.quantities();
-        return index >= 0 && static_cast<std::size_t>(index) < all.size() ? all[static_cast<std::size_t>(index)] : NEMRA_QUANTITY_RAW;
+        return index >= 0 && static_cast<std::size_t>(index) < all.size() ? all[static_cast<std::size_t>(index)]
+                                                                          : NEMRA_QUANTITY_RAW;
     });
 }
 
@@ -226,8 +236,9 @@ const char* nemraRawGetInstrumentName(nemra_raw_t* raw) {
 const char* nemraRawGetInstrumentOutput(nemra_raw_t* raw, int index) {
     return with<const char*>("nemraRawGetInstrumentOutput", raw, nullptr, [&](const Raw& r) -> const char* {
         const auto& outputs = r.outputs();
-        return index >= 0 && static_cast<std::size_t>(index) < outputs.size() ? outputs[static_cast<std::size_t>(index)]->name().c_str()
-                                                                             : nullptr;
+        return index >= 0 && static_cast<std::size_t>(index) < outputs.size()
+                   ? outputs[static_cast<std::size_t>(index)]->name().c_str()
+                   : nullptr;
     });
 }
 

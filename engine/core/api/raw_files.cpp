@@ -1,6 +1,4 @@
 // nemraRaw*: outputs of results and their files.
-#include "module/flat/nemra_raw.h"
-
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -12,6 +10,7 @@
 #include "engine/core/api/raw_handle.h"
 #include "engine/core/output/picture.h"
 #include "engine/core/output/write_result.h"
+#include "module/flat/nemra_raw.h"
 
 using namespace nemra;
 using core::Raw;
@@ -78,7 +77,8 @@ int nemraRawImportOutput(nemra_raw_t* raw, nemra_raw_t* other, const char* outpu
         auto found = source->output();
         if (!found || found->name() != name) {
             const auto& presets = source->outputs();
-            const auto preset = std::find_if(presets.begin(), presets.end(), [&](const auto& node) { return node->name() == name; });
+            const auto preset =
+                std::find_if(presets.begin(), presets.end(), [&](const auto& node) { return node->name() == name; });
             if (preset == presets.end()) {
                 log::error("nemraRawImportOutput", "there is no output \"" + std::string(name) + "\"");
                 return kFailed;
@@ -101,7 +101,8 @@ int nemraRawWriteRaw(nemra_raw_t* raw, const char* filename, const char* format)
 }
 
 int nemraRawWriteAuto(nemra_raw_t* raw, const char* filename) {
-    return writing("nemraRawWriteAuto", raw, filename, [](const Raw& r, const std::string& path) { return core::writeAuto(r, path); });
+    return writing("nemraRawWriteAuto", raw, filename,
+                   [](const Raw& r, const std::string& path) { return core::writeAuto(r, path); });
 }
 
 char* nemraRawWriteResultBytes(nemra_raw_t* raw, uint32_t* size, const char* format) {

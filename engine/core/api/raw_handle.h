@@ -9,8 +9,8 @@
 
 namespace nemra::core {
 
-/// Goes up when a caller has changed or released raws, so that readers look again. A result that a newer one has superseded doesn't
-/// count: who is in the middle of reading it reads it to the end.
+/// Goes up when a caller has changed or released raws, so that readers look again. A result that a newer one has superseded
+/// doesn't count: who is in the middle of reading it reads it to the end.
 inline std::atomic<std::uint64_t>& rawEpoch() noexcept {
     static constinit std::atomic<std::uint64_t> epoch{1};
     return epoch;

@@ -1,5 +1,5 @@
 // nemraRenderer*: render jobs.
-#include "module/flat/nemra_renderer.h"
+#include "engine/core/job/renderer.h"
 
 #include <memory>
 #include <string>
@@ -10,7 +10,7 @@
 #include "engine/common/workdir.h"
 #include "engine/core/api/raw_handle.h"
 #include "engine/core/job/load_scene.h"
-#include "engine/core/job/renderer.h"
+#include "module/flat/nemra_renderer.h"
 
 using namespace nemra;
 using core::Renderer;
@@ -63,24 +63,26 @@ void nemraRendererRelease(nemra_renderer_t** handle) {
 }
 
 bool nemraRendererStart(nemra_renderer_t* renderer, const char* file_name) {
-    return start("nemraRendererStart", renderer, [&](const core::Settings& settings) -> std::shared_ptr<const core::PreparedScene> {
-        const std::string name(viewOf(file_name));
-        if (name.empty()) {
-            log::error("nemraRendererStart", "no scene file is named");
-            return nullptr;
-        }
-        return core::loadSceneFile(resolvePath(name), settings);
-    });
+    return start("nemraRendererStart", renderer,
+                 [&](const core::Settings& settings) -> std::shared_ptr<const core::PreparedScene> {
+                     const std::string name(viewOf(file_name));
+                     if (name.empty()) {
+                         log::error("nemraRendererStart", "no scene file is named");
+                         return nullptr;
+                     }
+                     return core::loadSceneFile(resolvePath(name), settings);
+                 });
 }
 
 bool nemraRendererStartData(nemra_renderer_t* renderer, const char* data, unsigned int size) {
-    return start("nemraRendererStartData", renderer, [&](const core::Settings& settings) -> std::shared_ptr<const core::PreparedScene> {
-        if (!data || size == 0) {
-            log::error("nemraRendererStartData", "the scene buffer is empty");
-            return nullptr;
-        }
-        return core::loadSceneBytes({data, size}, settings);
-    });
+    return start("nemraRendererStartData", renderer,
+                 [&](const core::Settings& settings) -> std::shared_ptr<const core::PreparedScene> {
+                     if (!data || size == 0) {
+                         log::error("nemraRendererStartData", "the scene buffer is empty");
+                         return nullptr;
+                     }
+                     return core::loadSceneBytes({data, size}, settings);
+                 });
 }
 
 void nemraRendererStop(nemra_renderer_t* renderer) {

@@ -1,7 +1,5 @@
-// nemraServer*: render workers. There is no network yet; the object, its parameters and its callback are here so that scripts that
-// make one run, and are told what is missing when they open it.
-#include "module/flat/nemra_server.h"
-
+// nemraServer*: render workers. There is no network yet; the object, its parameters and its callback are here so that scripts
+// that make one run, and are told what is missing when they open it.
 #include <map>
 #include <memory>
 #include <mutex>
@@ -10,6 +8,7 @@
 #include "engine/common/guarded.h"
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
+#include "module/flat/nemra_server.h"
 
 using namespace nemra;
 
@@ -29,7 +28,8 @@ void sayMissing(const char* function) { log::error(function, "render workers are
 extern "C" {
 
 nemra_server_t* nemraServerCreate(void) {
-    return guarded<nemra_server_t*>("nemraServerCreate", nullptr, [] { return publish<nemra_server_t>(std::make_shared<Server>()); });
+    return guarded<nemra_server_t*>("nemraServerCreate", nullptr,
+                                    [] { return publish<nemra_server_t>(std::make_shared<Server>()); });
 }
 
 void nemraServerRelease(nemra_server_t** handle) {
@@ -63,7 +63,8 @@ void nemraServerSetBusyChangedCallback(nemra_server_t* server, void* user, nemra
 
 void nemraServerSendMessage(nemra_server_t* server, const char*, const char*, int) {
     guarded("nemraServerSendMessage", [&] {
-        if (find<Server>(server)) log::warning("nemraServerSendMessage", "no client is connected: render workers are not available yet");
+        if (find<Server>(server))
+            log::warning("nemraServerSendMessage", "no client is connected: render workers are not available yet");
     });
 }
 

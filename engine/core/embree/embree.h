@@ -53,7 +53,8 @@ struct Query {
     // Kernels compiled for several instruction sets use this: nothing here may become a function that the linker shares.
     explicit inline __attribute__((always_inline)) Query(Coherence coherence) {
         rtcInitIntersectContext(&context);
-        context.flags = coherence == Coherence::coherent ? RTC_INTERSECT_CONTEXT_FLAG_COHERENT : RTC_INTERSECT_CONTEXT_FLAG_INCOHERENT;
+        context.flags =
+            coherence == Coherence::coherent ? RTC_INTERSECT_CONTEXT_FLAG_COHERENT : RTC_INTERSECT_CONTEXT_FLAG_INCOHERENT;
     }
 };
 inline __attribute__((always_inline)) void intersect(const int* valid, RTCScene scene, Query& query, RTCRayHit4* rays) {

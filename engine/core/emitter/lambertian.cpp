@@ -10,13 +10,13 @@ namespace {
 /// What the option says the curve's level is: its target, and the factor from radiance to that quantity.
 struct Level {
     const char* option;
-    bool luminous;        ///< weighed with the 2 degree observer, else summed over 360 to 830 nm
+    bool luminous;  ///< weighed with the 2 degree observer, else summed over 360 to 830 nm
     bool ofWholeSurface;
-    bool perHemisphere;   ///< times pi: what leaves a side
+    bool perHemisphere;  ///< times pi: what leaves a side
 };
 constexpr Level kLevels[] = {
-    {"total_radiance", false, false, false}, {"luminance", true, false, false}, {"exitance", false, false, true},
-    {"luminous_exitance", true, false, true}, {"power", false, true, true}, {"luminous_flux", true, true, true},
+    {"total_radiance", false, false, false},  {"luminance", true, false, false}, {"exitance", false, false, true},
+    {"luminous_exitance", true, false, true}, {"power", false, true, true},      {"luminous_flux", true, true, true},
 };
 
 /// Radiance alike in all directions. Radiometric quantities count the band from 360 to 830 nm; a flux counts all emitting sides.

@@ -30,7 +30,7 @@ struct Film {
     std::vector<double> low;
     std::vector<std::uint32_t> samples;  ///< per pixel, x-major
     std::vector<double> squares;         ///< per pixel, sum of squares of the sample's luminance (or energy, or band mean)
-    std::vector<double> depth;           ///< per pixel, sum over samples of the distance to the first surface, m; escaped rays add none
+    std::vector<double> depth;  ///< per pixel, sum over samples of the distance to the first surface, m; escaped rays add none
     std::vector<std::uint32_t> depthSamples;  ///< per pixel, samples whose first ray met a surface
 
     std::size_t pixel(int x, int y) const noexcept { return static_cast<std::size_t>(x) * height + y; }

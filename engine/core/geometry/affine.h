@@ -30,9 +30,7 @@ struct Affine {
     Vec3 vector(const Vec3& v) const { return {dot(linear[0], v), dot(linear[1], v), dot(linear[2], v)}; }
     Vec3 point(const Vec3& p) const { return vector(p) + shift; }
     /// Applies the transposed linear part; of the inverse map it carries normals forward.
-    Vec3 transposed(const Vec3& v) const {
-        return linear[0] * v[0] + linear[1] * v[1] + linear[2] * v[2];
-    }
+    Vec3 transposed(const Vec3& v) const { return linear[0] * v[0] + linear[1] * v[1] + linear[2] * v[2]; }
     double determinant() const { return dot(linear[0], cross(linear[1], linear[2])); }
 
     /// The determinant must not be 0.

@@ -67,7 +67,8 @@ double CurvedRecord::intersect(const Vec3& origin, const Vec3& direction, double
     if (kind == CurvedKind::sphere) {
         const double a = dot(d, d);
         const double b = -dot(o, d);
-        // From the point of closest approach, not b2 - a c, which loses everything for small distant spheres (Haines et al. 2019).
+        // From the point of closest approach, not b2 - a c, which loses everything for small distant spheres (Haines et al.
+        // 2019).
         const Vec3 closest = o + d * (b / a);
         if (!solveQuadratic(a, b, dot(o, o) - 1.0, a * (1.0 - dot(closest, closest)), t0, t1)) return -1.0;
         if (t0 > near && t0 < far) return t0;

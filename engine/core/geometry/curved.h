@@ -20,9 +20,9 @@ struct CurvedRecord {
     double scale = 0.0;  ///< of a sphere that is still a sphere: its radius in m; 0: stretched, or a cone
     std::uint32_t surface = 0;
     std::int32_t light = -1;
-    double area = 0.0;       ///< m2
-    double pick = 0.0;       ///< chance that light sampling picks it
-    float offset = 0.0F;     ///< m, as of a triangle
+    double area = 0.0;    ///< m2
+    double pick = 0.0;    ///< chance that light sampling picks it
+    float offset = 0.0F;  ///< m, as of a triangle
 
     /// First hit in (near, far), if any: its distance in units of the direction's length, else a negative number.
     double intersect(const Vec3& origin, const Vec3& direction, double near, double far) const;

@@ -31,8 +31,9 @@ std::vector<std::int32_t> usableTriangles(const node::Mesh& mesh, const std::str
                                     std::to_string(vertexCount) + "); they are left out");
     }
     if (notFinite) {
-        translation.warn(label, std::to_string(notFinite) + " triangles have vertices that aren't finite or lie beyond 1e12 m; "
-                                                            "they are left out");
+        translation.warn(label, std::to_string(notFinite) +
+                                    " triangles have vertices that aren't finite or lie beyond 1e12 m; "
+                                    "they are left out");
     }
     return kept;
 }
@@ -81,7 +82,8 @@ PlacedMesh placeMesh(const node::Mesh& mesh, const std::vector<std::int32_t>& tr
             // Normals that just repeat the plane cost time and change nothing.
             const Vec3 flat = n * (1.0 / twice);
             double bend = 0.0;
-            for (const auto& corner : corners.n) bend = std::max(bend, 1.0 - std::abs(dot(flat, {corner[0], corner[1], corner[2]})));
+            for (const auto& corner : corners.n)
+                bend = std::max(bend, 1.0 - std::abs(dot(flat, {corner[0], corner[1], corner[2]})));
             if (usable && bend > 1.0e-6) {
                 record.normals = static_cast<std::int32_t>(placed.normals.size());
                 placed.normals.push_back(corners);

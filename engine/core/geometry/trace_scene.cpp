@@ -47,8 +47,8 @@ bool liesIn(const FlatPlane& plane, const TriangleRecord& t) {
            std::abs(dot(n, c.v0 + c.e2) + plane.d) < near;
 }
 
-/// The triangle grown by the rounding of positions, about the middle of its inscribed circle, so that neighbours overlap rather than
-/// leave a gap; then as linear functions of the plane's coordinates.
+/// The triangle grown by the rounding of positions, about the middle of its inscribed circle, so that neighbours overlap rather
+/// than leave a gap; then as linear functions of the plane's coordinates.
 FlatTriangle flatten(const FlatPlane& plane, const TriangleRecord& t) {
     const Corners c = cornersOf(t);
     const double l0 = length(c.e2 - c.e1);  // opposite of v0, of v0 + e1, of v0 + e2
@@ -102,7 +102,8 @@ embree::Scene newScene() {
 
 TraceScenes::TraceScenes(World& world, std::size_t flatLimit) {
     const auto any = [&](int kind) {
-        return world.firstTriangle[kind + 1] > world.firstTriangle[kind] || world.firstCurved[kind + 1] > world.firstCurved[kind] ||
+        return world.firstTriangle[kind + 1] > world.firstTriangle[kind] ||
+               world.firstCurved[kind + 1] > world.firstCurved[kind] ||
                std::any_of(world.instanceKinds.begin(), world.instanceKinds.end(), [&](RayKinds k) { return k.index() == kind; });
     };
     if (!any(1) && !any(3)) use_[kCamera] = kPath;
@@ -121,8 +122,8 @@ void TraceScenes::makeFlat(const World& world) {
         for (int kind = 0; kind < kRayKinds; ++kind) {
             if (!takesPart(target, kind)) continue;
             for (unsigned i = world.firstTriangle[kind]; i < world.firstTriangle[kind + 1]; ++i) {
-                const auto same =
-                    std::find_if(found.begin(), found.end(), [&](const auto& entry) { return liesIn(entry.first, world.triangles[i]); });
+                const auto same = std::find_if(found.begin(), found.end(),
+                                               [&](const auto& entry) { return liesIn(entry.first, world.triangles[i]); });
                 if (same != found.end()) {
                     same->second.push_back(i);
                 } else {
@@ -155,7 +156,8 @@ void TraceScenes::makeEmbree(World& world) {
     embree::Geometry curved[kRayKinds];
     for (int kind = 0; kind < kRayKinds; ++kind) {
         const unsigned first = world.firstTriangle[kind];
-        if (const unsigned count = world.firstTriangle[kind + 1] - first) triangles[kind] = triangleGeometry(&world.triangles[first], count);
+        if (const unsigned count = world.firstTriangle[kind + 1] - first)
+            triangles[kind] = triangleGeometry(&world.triangles[first], count);
         const unsigned firstCurved = world.firstCurved[kind];
         if (const unsigned count = world.firstCurved[kind + 1] - firstCurved) {
             curved[kind].reset(makeCurvedGeometry(embree::device(), &world.curved[firstCurved], count));

@@ -31,7 +31,7 @@ private:
     void makeEmbree(World& world);
     TraceTarget view(int target) const;
 
-    Target targets_[3];   ///< camera, path, shadow
+    Target targets_[3];       ///< camera, path, shadow
     int use_[3] = {0, 1, 2};  ///< which of them stands for each: equal ones are made once
     std::size_t bytes_ = 0;
 };

@@ -152,7 +152,9 @@ NodePointer WorldBuilder::materialNode(const node::Instance& instance, const nod
     const auto byName = [&](const std::string& name) -> NodePointer {
         if (name.empty()) return nullptr;
         NodePointer found = translation_.find("material", name);
-        if (!found) translation_.warn(label, "the scene has no material named \"" + name + "\"; a diffuse reflector of 0.5 takes its place");
+        if (!found)
+            translation_.warn(label,
+                              "the scene has no material named \"" + name + "\"; a diffuse reflector of 0.5 takes its place");
         return found;
     };
     const bool own = instance.material || !instance.materialName.empty();
@@ -197,7 +199,8 @@ void WorldBuilder::collect() {
         ++entry->uses;
         placed_.push_back(placed);
     }
-    std::stable_sort(placed_.begin(), placed_.end(), [](const Placed& a, const Placed& b) { return a.kinds.index() < b.kinds.index(); });
+    std::stable_sort(placed_.begin(), placed_.end(),
+                     [](const Placed& a, const Placed& b) { return a.kinds.index() < b.kinds.index(); });
 }
 
 void WorldBuilder::findMiddle(const Vec3& viewpoint) {

@@ -1,5 +1,5 @@
-/// The surfaces of a scene, placed, as rendering needs them. Positions are relative to the middle of the scene, so that a scene far
-/// from the origin of its coordinates keeps its precision in single precision arithmetic.
+/// The surfaces of a scene, placed, as rendering needs them. Positions are relative to the middle of the scene, so that a scene
+/// far from the origin of its coordinates keeps its precision in single precision arithmetic.
 #pragma once
 
 #include <cstdint>

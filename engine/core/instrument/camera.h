@@ -15,11 +15,11 @@ struct CameraModel {
     /// Size of the image plane at distance 1, seen from the pinhole or the middle of the lens.
     double extentX = 0.0;
     double extentY = 0.0;
-    double lensRadius = 0.0;      ///< m; 0: pinhole
-    double focusDistance = 0.0;   ///< m along the axis
-    double exposureTime = 0.0;    ///< s
+    double lensRadius = 0.0;        ///< m; 0: pinhole
+    double focusDistance = 0.0;     ///< m along the axis
+    double exposureTime = 0.0;      ///< s
     double sensorIrradiance = 0.0;  ///< irradiance on axis over scene radiance; 0: no physical sensor
-    double pixelArea = 0.0;       ///< m2
+    double pixelArea = 0.0;         ///< m2
 };
 
 using MakeCamera = CameraModel (*)(const node::Node& node, Translation& translation);

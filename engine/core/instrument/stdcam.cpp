@@ -5,9 +5,10 @@
 namespace nemra::core {
 namespace {
 
-/// A film behind a pinhole at its focal length, or behind an aplanatic thin lens. The lens is focused by moving the film: at image
-/// distance v = f d / (d - f) for objects at distance d, so that the field narrows as focus comes nearer, and the irradiance on
-/// axis is pi L / (4 Nw^2) with the working f-number Nw = N v / f. Pixels hold the scene's radiance, averaged over the lens.
+/// A film behind a pinhole at its focal length, or behind an aplanatic thin lens. The lens is focused by moving the film: at
+/// image distance v = f d / (d - f) for objects at distance d, so that the field narrows as focus comes nearer, and the
+/// irradiance on axis is pi L / (4 Nw^2) with the working f-number Nw = N v / f. Pixels hold the scene's radiance, averaged over
+/// the lens.
 CameraModel makeStdcam(const node::Node& node, Translation&) {
     CameraModel camera = readView(node);
     const double focal = node.real("focal_length") * 1.0e-3;

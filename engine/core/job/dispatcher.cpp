@@ -192,7 +192,8 @@ void Dispatcher::call(Slot slot, Arguments... arguments) {
     if (!wants(slot)) return;
     std::string what;
     const HostCall outcome = callHost([&] {
-        // Only now: with the host's lock in hand, the renderer isn't released between this look and the callback's own first steps.
+        // Only now: with the host's lock in hand, the renderer isn't released between this look and the callback's own first
+        // steps.
         const Callback callback = callbackOf(slot);
         if (!callback.function) return;
         const auto function = reinterpret_cast<Function>(callback.function);

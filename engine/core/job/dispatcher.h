@@ -95,7 +95,7 @@ private:
     bool closed_ = false;
     bool running_ = false;
     std::array<Callback, kSlotCount> callbacks_{};
-    int faults_ = 0;  ///< exceptions that callbacks have left with us
+    int faults_ = 0;                                ///< exceptions that callbacks have left with us
     std::array<nemra_raw_t*, kSlotCount> given_{};  ///< handle that the slot's callback received last
 };
 

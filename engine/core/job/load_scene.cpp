@@ -27,8 +27,8 @@ std::vector<std::string> libraryFiles(const std::vector<std::string>& paths) {
             continue;
         }
         const auto firstOfFolder = static_cast<std::ptrdiff_t>(files.size());
-        for (auto entry = std::filesystem::directory_iterator(full, fault); !fault && entry != std::filesystem::directory_iterator();
-             entry.increment(fault)) {
+        for (auto entry = std::filesystem::directory_iterator(full, fault);
+             !fault && entry != std::filesystem::directory_iterator(); entry.increment(fault)) {
             if (entry->path().extension() == ".svlib") files.push_back(entry->path().string());
         }
         if (fault) log::warning(full, "can't list the folder: " + fault.message());

@@ -55,7 +55,8 @@ void RenderJob::begin() {
         const std::lock_guard lock(mutex_);  // the new threads wait for it, so nothing is heard of them before "running"
         started = startJobThreads(self, "nemra-render", threads_, [self] { self->guardThread(&RenderJob::work); });
         if (started == 0 || startJobThreads(self, "nemra-conduct", 1, [self] { self->guardThread(&RenderJob::conduct); }) == 0) {
-            throw std::system_error(EAGAIN, std::generic_category(), "no thread for the render");  // the others find the state idle
+            throw std::system_error(EAGAIN, std::generic_category(),
+                                    "no thread for the render");  // the others find the state idle
         }
         updateInterval_ = kFirstUpdateSeconds;
         nextUpdate_ = Clock::now() + ticks<Clock::duration>(kFirstUpdateSeconds);
@@ -67,7 +68,8 @@ void RenderJob::begin() {
 }
 
 void RenderJob::guardThread(void (RenderJob::*body)()) {
-    const log::Capture capture([this](const log::Message& message) { dispatcher_->postMessage(message, Dispatcher::From::engine); });
+    const log::Capture capture(
+        [this](const log::Message& message) { dispatcher_->postMessage(message, Dispatcher::From::engine); });
     try {
         (this->*body)();
     } catch (const std::exception& e) {
@@ -283,8 +285,8 @@ void RenderJob::halt(std::unique_lock<std::mutex>& lock) {
         conductor_.wait(lock, [&] { return resting_ == outstanding_ || state_ != NEMRA_RENDERER_PAUSED; });
         if (state_ == NEMRA_RENDERER_STOPPING) return;
     }
-    // Where the condition is a number of samples, the render threads still stand at its limit: the copy has just that many in each
-    // pixel. Only then may they go on.
+    // Where the condition is a number of samples, the render threads still stand at its limit: the copy has just that many in
+    // each pixel. Only then may they go on.
     samplesAtFinish_ = samples_;
     finishPosted_ = true;
     lock.unlock();
@@ -325,7 +327,9 @@ std::shared_ptr<Film> RenderJob::copyFilm() const {
     std::shared_ptr<Film> copy = scene_->makeFilm();
     const std::size_t channels = film_->channels.size();
     const auto copyRange = [](const auto& from, auto& to, std::size_t first, std::size_t count) {
-        if (!from.empty()) std::copy_n(from.begin() + static_cast<std::ptrdiff_t>(first), count, to.begin() + static_cast<std::ptrdiff_t>(first));
+        if (!from.empty())
+            std::copy_n(from.begin() + static_cast<std::ptrdiff_t>(first), count,
+                        to.begin() + static_cast<std::ptrdiff_t>(first));
     };
     for (std::size_t i = 0; i < tileMutexes_.size(); ++i) {
         const PreparedScene::Tile tile = schedule_.tile(i);
@@ -368,15 +372,23 @@ double RenderJob::statistic(nemra_renderer_stat_t type) const {
     const RenderCounts now = counts(Clock::now());
     const auto rate = [&](double count) { return now.time > 0.0 ? count / now.time : 0.0; };
     switch (type) {
-        case NEMRA_STAT_TIME: return now.time;
-        case NEMRA_STAT_SAMPLES: return static_cast<double>(now.samples);
-        case NEMRA_STAT_SPP: return pixels_ > 0.0 ? static_cast<double>(now.samples) / pixels_ : 0.0;
-        case NEMRA_STAT_SPS_AVERAGE: return rate(static_cast<double>(now.samples));
+        case NEMRA_STAT_TIME:
+            return now.time;
+        case NEMRA_STAT_SAMPLES:
+            return static_cast<double>(now.samples);
+        case NEMRA_STAT_SPP:
+            return pixels_ > 0.0 ? static_cast<double>(now.samples) / pixels_ : 0.0;
+        case NEMRA_STAT_SPS_AVERAGE:
+            return rate(static_cast<double>(now.samples));
         // Before the first interval is over the average is the best there is.
-        case NEMRA_STAT_SPS_CURRENT: return currentRate_ > 0.0 ? currentRate_ : rate(static_cast<double>(now.samples));
-        case NEMRA_STAT_WRONG_RATE: return rate(static_cast<double>(now.wrong));
-        case NEMRA_STAT_HALT_TIME: return std::max(0.0, halt_.time);
-        case NEMRA_STAT_HALT_SPP: return std::max(0.0, halt_.spp);
+        case NEMRA_STAT_SPS_CURRENT:
+            return currentRate_ > 0.0 ? currentRate_ : rate(static_cast<double>(now.samples));
+        case NEMRA_STAT_WRONG_RATE:
+            return rate(static_cast<double>(now.wrong));
+        case NEMRA_STAT_HALT_TIME:
+            return std::max(0.0, halt_.time);
+        case NEMRA_STAT_HALT_SPP:
+            return std::max(0.0, halt_.spp);
     }
     return 0.0;
 }

@@ -94,7 +94,7 @@ private:
     HaltCondition halt_;
     bool haltDone_ = false;             ///< the condition has had its effect
     std::uint64_t haltGeneration_ = 0;  ///< conditions set so far
-    bool silent_ = false;    ///< cancelled: no result is wanted
+    bool silent_ = false;               ///< cancelled: no result is wanted
     bool updateRequested_ = false;
     bool finishPosted_ = false;
     std::uint64_t samplesAtFinish_ = 0;  ///< that the last posted finish showed

@@ -35,7 +35,9 @@ void Renderer::release() {
     if (job) job->cancel();
 }
 
-void Renderer::say(LogLevel_t level, const std::string& text) { dispatcher_->postMessage({level, kSource, text}, Dispatcher::From::host); }
+void Renderer::say(LogLevel_t level, const std::string& text) {
+    dispatcher_->postMessage({level, kSource, text}, Dispatcher::From::host);
+}
 
 std::shared_ptr<RenderJob> Renderer::job() const {
     const std::lock_guard lock(mutex_);
@@ -82,7 +84,8 @@ void Renderer::addRemoteNode() {
 
 bool Renderer::start(const Loader& load) {
     // What reading and preparing have to say goes to this renderer's own message callback too, from its dispatcher.
-    const log::Capture capture([this](const log::Message& message) { dispatcher_->postMessage(message, Dispatcher::From::host); });
+    const log::Capture capture(
+        [this](const log::Message& message) { dispatcher_->postMessage(message, Dispatcher::From::host); });
     try {
         return startChecked(load);
     } catch (const std::exception& e) {

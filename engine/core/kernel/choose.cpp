@@ -8,8 +8,8 @@ bool hasWide() noexcept {
 }
 
 bool hasWidest() noexcept {
-    return hasWide() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512cd") &&
-           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+    return hasWide() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
 }
 
 RenderBatch bestKernel() noexcept { return hasWidest() ? kernelWidest() : hasWide() ? kernelWide() : kernelBaseline(); }

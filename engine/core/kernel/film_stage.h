@@ -81,7 +81,8 @@ static int filmStage(const KernelScene& scene, const Batch& batch, const Workspa
                 ++wrong;
                 continue;
             }
-            const float leading = sensor.groups > 0 ? addResponses<W>(sensor, w, slot, high, low) : addBoxes<W>(sensor, w, slot, high, low);
+            const float leading =
+                sensor.groups > 0 ? addResponses<W>(sensor, w, slot, high, low) : addBoxes<W>(sensor, w, slot, high, low);
             squares += static_cast<double>(leading * leading);
             if (w.firstDistance[slot] >= 0.0F) {
                 depth += w.firstDistance[slot];

@@ -70,7 +70,7 @@ struct AliasEntry {
 
 /// A plane of a small scene with the triangles that lie in it.
 struct FlatPlane {
-    float n[3], d;            ///< distance above the plane is n . p + d
+    float n[3], d;              ///< distance above the plane is n . p + d
     std::int32_t first, count;  ///< its triangles
     std::int32_t axisA, axisB;  ///< the two coordinates that tell positions in the plane apart best
 };
@@ -83,26 +83,26 @@ struct FlatTriangle {
 
 struct CameraRecord {
     float position[3];
-    float corner[3];   ///< direction to the upper left corner of the image, length = distance of the image plane
-    float stepX[3];    ///< from one pixel to the next
+    float corner[3];  ///< direction to the upper left corner of the image, length = distance of the image plane
+    float stepX[3];   ///< from one pixel to the next
     float stepY[3];
-    float right[3];    ///< unit vectors of the lens plane
+    float right[3];  ///< unit vectors of the lens plane
     float up[3];
-    float lensRadius = 0.0F;     ///< m; 0: pinhole
-    float focusFactor = 1.0F;    ///< distance in focus over distance of the image plane
+    float lensRadius = 0.0F;   ///< m; 0: pinhole
+    float focusFactor = 1.0F;  ///< distance in focus over distance of the image plane
     std::int32_t width = 0;
     std::int32_t height = 0;
 };
 
 inline constexpr int kSubSteps = 64;  ///< parts of a wide step of WavelengthSampling
-inline constexpr int kGroup = 4;  ///< channels of a response table stand in groups of four
+inline constexpr int kGroup = 4;      ///< channels of a response table stand in groups of four
 
 struct SensorRecord {
     std::int32_t channels = 0;
-    std::int32_t groups = 0;             ///< of responses; 0 for a box sensor
-    const float* responses = nullptr;    ///< [cell][group][value x 4, rise x 4]
+    std::int32_t groups = 0;               ///< of responses; 0 for a box sensor
+    const float* responses = nullptr;      ///< [cell][group][value x 4, rise x 4]
     const std::uint16_t* boxOf = nullptr;  ///< box of each cell
-    float boxWeight = 0.0F;              ///< 1 / width of a box, 1/nm
+    float boxWeight = 0.0F;                ///< 1 / width of a box, 1/nm
     std::int32_t leading = -1;
     /// Pre-rounding: adding and taking away these constants rounds to a multiple of a fixed quantum.
     double coarse = 0.0;
@@ -140,7 +140,7 @@ struct KernelScene {
     const InstanceRecord* instances = nullptr;
 
     const LightRecord* lights = nullptr;
-    const float* lightBelow = nullptr;    ///< cumulative chances, lightCount + 1
+    const float* lightBelow = nullptr;  ///< cumulative chances, lightCount + 1
     const AliasEntry* lightAlias = nullptr;
     std::int32_t lightCount = 0;
     bool curvedLights = false;
@@ -150,7 +150,7 @@ struct KernelScene {
     CameraRecord view;
     SensorRecord sensor;
     std::uint32_t seed = 0;
-    std::int32_t maxDepth = 0;       ///< 0: unlimited
+    std::int32_t maxDepth = 0;  ///< 0: unlimited
     std::int32_t rouletteDepth = 5;
     std::int32_t wavelengths = 4;
 };
@@ -161,7 +161,8 @@ Workspace* makeWorkspace(int wavelengths);
 void freeWorkspace(Workspace* workspace) noexcept;
 std::size_t workspaceBytes(int wavelengths) noexcept;
 
-/// A batch of paths: sample indices [firstSample, firstSample + samples) of pixels [firstPixel, ...) of a tile, counted column by column.
+/// A batch of paths: sample indices [firstSample, firstSample + samples) of pixels [firstPixel, ...) of a tile, counted column by
+/// column.
 struct Batch {
     int x0, y0, tileHeight;
     int firstPixel;

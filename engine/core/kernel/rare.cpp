@@ -48,8 +48,8 @@ void resolveInstance(const InstanceRecord& instance, std::uint32_t inner, float 
 
 }  // namespace
 
-void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t inner, const float origin[3], const float direction[3],
-                    float t, float u, float v, SurfacePoint& point) {
+void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t inner, const float origin[3],
+                    const float direction[3], float t, float u, float v, SurfacePoint& point) {
     if ((hit & kInstanceHit) == kInstanceHit) {
         resolveInstance(scene.instances[hit & ~kInstanceHit], inner, u, v, point);
     } else {
@@ -57,8 +57,8 @@ void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t i
     }
 }
 
-bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const float reference[3], float u, float v, float position[3],
-                       float normal[3], float& pdf) {
+bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const float reference[3], float u, float v,
+                       float position[3], float normal[3], float& pdf) {
     const CurvedRecord& shape = scene.curved[light.curved];
     const CurvedSample sample = sampleCurved(shape, widen(reference), u, v);
     if (!(sample.pdf > 0.0)) return false;
@@ -69,7 +69,8 @@ bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const
 }
 
 void scatterRare(const KernelScene& scene, const SurfaceRecord& surface, const float direction[3], const float shading[3],
-                 const float geometric[3], const std::int32_t* cells, const float* inCell, const float random[3], RareScatter& result) {
+                 const float geometric[3], const std::int32_t* cells, const float* inCell, const float random[3],
+                 RareScatter& result) {
     ScatterQuery query{};
     for (int i = 0; i < 3; ++i) {
         query.wo[i] = -direction[i];

@@ -1,5 +1,5 @@
-/// What is too rare for the fast path: curved shapes, instances, and surfaces that only their Bsdf knows. Compiled once, for every
-/// processor; called by all kernels.
+/// What is too rare for the fast path: curved shapes, instances, and surfaces that only their Bsdf knows. Compiled once, for
+/// every processor; called by all kernels.
 #pragma once
 
 #include "engine/core/kernel/kernel_scene.h"
@@ -17,12 +17,12 @@ struct SurfacePoint {
 };
 
 /// For hits on curved shapes and instances (see workspace.h). Direction of unit length, t in metres.
-void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t inner, const float origin[3], const float direction[3],
-                    float t, float u, float v, SurfacePoint& point);
+void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t inner, const float origin[3],
+                    const float direction[3], float t, float u, float v, SurfacePoint& point);
 
 /// A point on a curved light for a reference point; false if it gives none. `pdf` per solid angle with the chance of the light.
-bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const float reference[3], float u, float v, float position[3],
-                       float normal[3], float& pdf);
+bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const float reference[3], float u, float v,
+                       float position[3], float normal[3], float& pdf);
 
 /// What becomes of a path at a surface of the generic kind.
 struct RareScatter {
@@ -32,6 +32,7 @@ struct RareScatter {
     float weight[8];
 };
 void scatterRare(const KernelScene& scene, const SurfaceRecord& surface, const float direction[3], const float shading[3],
-                 const float geometric[3], const std::int32_t* cells, const float* inCell, const float random[3], RareScatter& result);
+                 const float geometric[3], const std::int32_t* cells, const float* inCell, const float random[3],
+                 RareScatter& result);
 
 }  // namespace nemra::core

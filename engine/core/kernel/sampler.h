@@ -1,7 +1,7 @@
 /// Sample points: Owen-scrambled Sobol' pairs, padded, indexed by (pixel, sample, set). Nothing else enters their value.
 ///
-/// Each set of two dimensions is a (0, 2)-sequence whose order is shuffled and whose coordinates are scrambled by hashes that keep
-/// the stratification (Burley, "Practical Hash-based Owen Scrambling", JCGT 9(4), 2020; Owen 1995). The hash of the nested
+/// Each set of two dimensions is a (0, 2)-sequence whose order is shuffled and whose coordinates are scrambled by hashes that
+/// keep the stratification (Burley, "Practical Hash-based Owen Scrambling", JCGT 9(4), 2020; Owen 1995). The hash of the nested
 /// scrambling is that of Laine and Karras (2011) with the constants of Vegdahl (2021). Everything is done on reversed bits, where
 /// the second Sobol' dimension is the change of variable x -> 1 + x of a polynomial over GF(2), five steps.
 #pragma once

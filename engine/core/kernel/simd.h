@@ -1,5 +1,6 @@
-/// Lanes of numbers in plain GCC vector types, as many as a register of the instruction set holds. Included by kernel sources, which are compiled once per instruction set:
-/// everything here lives in that set's own namespace, so that no function built for one processor is linked into another's code.
+/// Lanes of numbers in plain GCC vector types, as many as a register of the instruction set holds. Included by kernel sources,
+/// which are compiled once per instruction set: everything here lives in that set's own namespace, so that no function built for
+/// one processor is linked into another's code.
 #pragma once
 
 #include <immintrin.h>

@@ -18,7 +18,8 @@ NEMRA_INLINE F4 lookUp(const SpectralCell* table, const std::int32_t* cells, F4 
 
 /// The wavelengths of a path: equal steps around the circle of random numbers, from where `bits` stands.
 template <int W>
-NEMRA_INLINE void drawWavelengths(const KernelScene& scene, std::uint32_t bits, std::int32_t* cell, float* inCell, float* weight) {
+NEMRA_INLINE void drawWavelengths(const KernelScene& scene, std::uint32_t bits, std::int32_t* cell, float* inCell,
+                                  float* weight) {
     const float steps = static_cast<float>(scene.lambdaStepCount);
     const float scale = steps * scene.cellWidth * (1.0F / W);
     for (int k = 0; k < W; k += 4) {

@@ -18,7 +18,8 @@ NEMRA_INLINE void addLight(const KernelScene& scene, const Workspace& w, int slo
     }
 }
 
-/// Paths live on past the roulette depth with the chance of their throughput, but never surely: a lossless room must come to an end.
+/// Paths live on past the roulette depth with the chance of their throughput, but never surely: a lossless room must come to an
+/// end.
 constexpr float kMostSurvival = 0.95F;
 template <int W>
 NEMRA_INLINE float survival(const float* throughput) {
@@ -34,8 +35,8 @@ NEMRA_INLINE bool pastDepth(const KernelScene& scene, std::uint32_t bounce) {
     return scene.maxDepth > 0 && bounce >= static_cast<std::uint32_t>(scene.maxDepth);
 }
 
-NEMRA_INLINE void putRay(const RayArrays& rays, int at, const float origin[3], const float direction[3], float pdf, std::int32_t slot,
-                         std::uint32_t bounce) {
+NEMRA_INLINE void putRay(const RayArrays& rays, int at, const float origin[3], const float direction[3], float pdf,
+                         std::int32_t slot, std::uint32_t bounce) {
     rays.ox[at] = origin[0];
     rays.oy[at] = origin[1];
     rays.oz[at] = origin[2];

@@ -8,7 +8,9 @@
 
 namespace nemra::core::NEMRA_KERNEL {
 
-NEMRA_INLINE VecN loadVec(const float* x, const float* y, const float* z, int i) { return {load(x + i), load(y + i), load(z + i)}; }
+NEMRA_INLINE VecN loadVec(const float* x, const float* y, const float* z, int i) {
+    return {load(x + i), load(y + i), load(z + i)};
+}
 
 /// Whether positions of a plane lie within one of its triangles.
 NEMRA_INLINE IntN within(const FlatTriangle& q, FloatN a, FloatN b, FloatN& u, FloatN& v) {
@@ -61,7 +63,8 @@ static void blockedFlat(const TraceTarget& target, int count, Workspace& w) {
             const FlatPlane& plane = target.planes[k];
             const FloatN along = plane.n[0] * d[0] + plane.n[1] * d[1] + plane.n[2] * d[2];
             const FloatN above = plane.n[0] * o[0] + plane.n[1] * o[1] + (plane.n[2] * o[2] + plane.d);
-            // The segment ends at parameter 1: it crosses if its ends lie on different sides. Most planes of a room are never crossed.
+            // The segment ends at parameter 1: it crosses if its ends lie on different sides. Most planes of a room are never
+            // crossed.
             const IntN crosses = (above * (above + along) < 0.0F) & ~blocked;
             if (laneBits(crosses) == 0) continue;
             const FloatN t = -above / along;

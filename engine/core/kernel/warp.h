@@ -22,7 +22,8 @@ NEMRA_INLINE void toDisc(FloatN u, FloatN v, FloatN& x, FloatN& y) {
     y = r * select(wide, s, c);
 }
 
-/// Two unit vectors that make a right-handed frame with n (Duff et al., "Building an Orthonormal Basis, Revisited", JCGT 6(1), 2017).
+/// Two unit vectors that make a right-handed frame with n (Duff et al., "Building an Orthonormal Basis, Revisited", JCGT 6(1),
+/// 2017).
 NEMRA_INLINE void frame(VecN n, VecN& s, VecN& t) {
     const FloatN sign = flipSign(splat(1.0F), n.z);
     const FloatN a = -1.0F / (sign + n.z);

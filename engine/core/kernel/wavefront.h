@@ -53,7 +53,8 @@ struct NextCounts {
 
 /// What the vertices' reflectances do to throughput, shadow rays and next rays.
 template <int W>
-static NextCounts reflectStage(const KernelScene& scene, const Workspace& workspace, int count, const RayArrays& target, int rays) {
+static NextCounts reflectStage(const KernelScene& scene, const Workspace& workspace, int count, const RayArrays& target,
+                               int rays) {
     const Workspace w = workspace;  // copies, which no store can be taken to change
     const RayArrays to = target;
     const SpectralCell* const spectra = scene.spectra;

@@ -41,9 +41,10 @@ std::size_t layOut(Workspace& w, std::byte* block, int wavelengths) {
     for (float** a : {&w.hitT, &w.hitU, &w.hitV}) carver.take(*a, n);
     carver.take(w.hit, n);
     carver.take(w.hitInner, n);
-    for (float** a : {&w.px, &w.py, &w.pz, &w.gx, &w.gy, &w.gz, &w.nx, &w.ny, &w.nz, &w.offset, &w.uLight, &w.vLight, &w.uScatter,
-                      &w.vScatter, &w.uChoice, &w.uRoulette, &w.sx, &w.sy, &w.sz, &w.shadowWeight, &w.wx, &w.wy, &w.wz, &w.wPdf, &w.qox, &w.qoy,
-                      &w.qoz, &w.qdx, &w.qdy, &w.qdz}) {
+    for (float** a :
+         {&w.px,     &w.py,     &w.pz,       &w.gx,       &w.gy,      &w.gz,        &w.nx,  &w.ny,  &w.nz,  &w.offset,
+          &w.uLight, &w.vLight, &w.uScatter, &w.vScatter, &w.uChoice, &w.uRoulette, &w.sx,  &w.sy,  &w.sz,  &w.shadowWeight,
+          &w.wx,     &w.wy,     &w.wz,       &w.wPdf,     &w.qox,     &w.qoy,       &w.qoz, &w.qdx, &w.qdy, &w.qdz}) {
         carver.take(*a, n);
     }
     for (std::int32_t** a : {&w.vertexSlot, &w.vertexSurface, &w.lightEmission, &w.shadowSlot}) carver.take(*a, n);

@@ -1,4 +1,5 @@
-/// The arrays of a batch of paths. Per path, in its slot: what belongs to the path as a whole. Per ray, packed: what changes each bounce.
+/// The arrays of a batch of paths. Per path, in its slot: what belongs to the path as a whole. Per ray, packed: what changes each
+/// bounce.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +19,7 @@ struct RayArrays {
     float* dx;
     float* dy;
     float* dz;
-    float* pdf;             ///< density per solid angle with which the last bounce chose this direction; negative: it had no choice
+    float* pdf;  ///< density per solid angle with which the last bounce chose this direction; negative: it had no choice
     std::int32_t* slot;
     std::uint32_t* bounce;  ///< reflections so far
 };

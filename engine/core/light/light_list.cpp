@@ -128,7 +128,8 @@ std::vector<double> lightByCell(const LightList& lights, const SpectralTables& t
     std::vector<double> total(cells, 0.0);
     std::vector<double> scaleOf(tables.count(), 0.0);
     for (const LightRecord& light : lights.lights) {
-        scaleOf[light.emission / cells] += static_cast<double>(light.pick) / std::max(1.0e-300, tableMean(tables, light.emission));
+        scaleOf[light.emission / cells] +=
+            static_cast<double>(light.pick) / std::max(1.0e-300, tableMean(tables, light.emission));
     }
     // Lights count by their power; an environment by what it would send through the sphere about the scene.
     double lightShare = 1.0;
@@ -136,8 +137,8 @@ std::vector<double> lightByCell(const LightList& lights, const SpectralTables& t
         const double sky = tableMean(tables, environment * cells) * 4.0 * std::numbers::pi * std::numbers::pi * sceneRadius *
                            sceneRadius * tables.grid().step * cells;
         lightShare = lights.power / (lights.power + sky);
-        scaleOf[environment] += (1.0 - lightShare) / std::max(1.0e-300, tableMean(tables, environment * cells)) /
-                                std::max(1.0e-300, lightShare);
+        scaleOf[environment] +=
+            (1.0 - lightShare) / std::max(1.0e-300, tableMean(tables, environment * cells)) / std::max(1.0e-300, lightShare);
         if (lightShare <= 0.0) {
             std::fill(scaleOf.begin(), scaleOf.end(), 0.0);
             scaleOf[environment] = 1.0;

@@ -9,7 +9,9 @@ namespace {
 using Matrix = std::array<double, 9>;
 
 Matrix inverse(const Matrix& m) {
-    const auto minor = [&](int a, int b, int c, int d) { return m[std::size_t(a)] * m[std::size_t(d)] - m[std::size_t(b)] * m[std::size_t(c)]; };
+    const auto minor = [&](int a, int b, int c, int d) {
+        return m[std::size_t(a)] * m[std::size_t(d)] - m[std::size_t(b)] * m[std::size_t(c)];
+    };
     const double c0 = minor(4, 5, 7, 8);
     const double c1 = -minor(3, 5, 6, 8);
     const double c2 = minor(3, 4, 6, 7);
@@ -22,8 +24,8 @@ Matrix inverse(const Matrix& m) {
 
 /// Linear RGB from XYZ such that the white, at Y = 1, becomes (1, 1, 1). SMPTE RP 177-1993, section 3.
 Matrix fromXyz(Chromaticity red, Chromaticity green, Chromaticity blue, Chromaticity white) {
-    const Matrix primaries{red.x, green.x, blue.x, red.y, green.y, blue.y,
-                           1 - red.x - red.y, 1 - green.x - green.y, 1 - blue.x - blue.y};
+    const Matrix primaries{
+        red.x, green.x, blue.x, red.y, green.y, blue.y, 1 - red.x - red.y, 1 - green.x - green.y, 1 - blue.x - blue.y};
     const Matrix unscaled = inverse(primaries);
     const double X = white.x / white.y;
     const double Z = (1 - white.x - white.y) / white.y;
@@ -47,13 +49,15 @@ double ColorSpace::encode(double linear) const noexcept {
     if (!(linear > 0.0)) return 0.0;
     if (linear >= 1.0) return 1.0;
     switch (curve) {
-        case Curve::srgb: return linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
+        case Curve::srgb:
+            return linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
         case Curve::rec2020: {
             constexpr double alpha = 1.09929682680944;
             constexpr double beta = 0.018053968510807;
             return linear < beta ? 4.5 * linear : alpha * std::pow(linear, 0.45) - (alpha - 1.0);
         }
-        case Curve::linear: break;
+        case Curve::linear:
+            break;
     }
     return linear;
 }

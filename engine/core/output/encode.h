@@ -12,8 +12,8 @@ namespace nemra::core {
 std::vector<char> encodePng(const DisplayImage& image);
 
 /// OpenEXR, 32-bit float, ZIP, scene-linear, rows from the top. Band values as channels "S0.<wavelength>nm" (Fichet, Pacanowski,
-/// Wilkie, "An OpenEXR Layout for Spectral Images", JCGT 10(3), 2021), energy as "E"; R, G, B always, in the output's colour space,
-/// scaled so that (1, 1, 1) has a luminance of 1 cd/m2, as whiteLuminance says (for energy: R = G = B = the value).
+/// Wilkie, "An OpenEXR Layout for Spectral Images", JCGT 10(3), 2021), energy as "E"; R, G, B always, in the output's colour
+/// space, scaled so that (1, 1, 1) has a luminance of 1 cd/m2, as whiteLuminance says (for energy: R = G = B = the value).
 std::vector<char> encodeExr(const Raw& raw);
 
 }  // namespace nemra::core

@@ -45,7 +45,8 @@ constexpr double kMetresPerNanometre = 1.0e-9;
 /// "550,000000": the layout wants a comma, since a dot divides layers.
 std::string wavelengthText(double metres) {
     std::array<char, 64> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), metres / kMetresPerNanometre, std::chars_format::fixed, 6).ptr;
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), metres / kMetresPerNanometre, std::chars_format::fixed, 6).ptr;
     std::string result(text.data(), end);
     std::replace(result.begin(), result.end(), '.', ',');
     return result;
@@ -86,8 +87,10 @@ bool isSpectral(const Film& film) {
 }
 
 void describe(Imf::Header& header, const Raw& raw, const Film& film, const ColorSpace& space) {
-    Imf::addChromaticities(header, Imf::Chromaticities(vector(space.red), vector(space.green), vector(space.blue), vector(space.white)));
-    const bool energy = referenceChannel(film) >= 0 && film.channels[std::size_t(referenceChannel(film))].kind == ChannelKind::energy;
+    Imf::addChromaticities(header,
+                           Imf::Chromaticities(vector(space.red), vector(space.green), vector(space.blue), vector(space.white)));
+    const bool energy =
+        referenceChannel(film) >= 0 && film.channels[std::size_t(referenceChannel(film))].kind == ChannelKind::energy;
     if (!energy) Imf::addWhiteLuminance(header, 1.0F);
     number(header, "samplesPerPixel", raw.spp());
     number(header, "renderTimeSeconds", raw.counts().time);
@@ -95,7 +98,8 @@ void describe(Imf::Header& header, const Raw& raw, const Film& film, const Color
     if (const auto instrument = raw.instrument()) {
         text(header, "sarvo:instrument", instrument->name());
         text(header, "sarvo:instrumentType", instrument->type());
-        if (instrument->findParameter("exposure_time").spec) Imf::addExpTime(header, static_cast<float>(instrument->real("exposure_time")));
+        if (instrument->findParameter("exposure_time").spec)
+            Imf::addExpTime(header, static_cast<float>(instrument->real("exposure_time")));
     }
     if (film.channels.empty()) return;
     text(header, "sarvo:valueUnit", film.channels.front().unit);
@@ -104,13 +108,14 @@ void describe(Imf::Header& header, const Raw& raw, const Film& film, const Color
         return;
     }
     text(header, "spectralLayoutVersion", "1.0");
-    text(header, "emissiveUnits", "W.m^-2.sr^-1");  // the layout's fixed words; values are densities per nm, as sarvo:valueUnit says
+    text(header, "emissiveUnits",
+         "W.m^-2.sr^-1");  // the layout's fixed words; values are densities per nm, as sarvo:valueUnit says
     number(header, "EV", 0.0);
     text(header, "sarvo:quantity", "spectral radiance");
     std::string limits;
     for (const Channel& channel : film.channels) {
-        limits += wavelengthText(channel.wavelength - channel.bandwidth / 2.0) + "nm:" +
-                  wavelengthText(channel.wavelength + channel.bandwidth / 2.0) + "nm;";
+        limits += wavelengthText(channel.wavelength - channel.bandwidth / 2.0) +
+                  "nm:" + wavelengthText(channel.wavelength + channel.bandwidth / 2.0) + "nm;";
     }
     std::replace(limits.begin(), limits.end(), ',', '.');
     text(header, "sarvo:bandLimits", limits);

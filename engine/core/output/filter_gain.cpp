@@ -21,8 +21,8 @@ void filterAverageAutoGain(const node::Node& node, Picture& picture) {
 
 double averageAutoGain(const XyzImage& image, double target) {
     const std::size_t pixels = image.values.size() / 3;
-    // The mean of min(1, gain Y) rises with the gain along straight pieces that get flatter. So Newton's method from the left never
-    // overshoots, and ends exactly when it has found the right piece.
+    // The mean of min(1, gain Y) rises with the gain along straight pieces that get flatter. So Newton's method from the left
+    // never overshoots, and ends exactly when it has found the right piece.
     double gain = 0.0;
     for (int step = 0; step < 64; ++step) {
         double slope = 0.0;

@@ -36,7 +36,7 @@ std::array<double, 3> integrate(const double (*table)[3], double fromNm, double 
 }
 
 Weights weightsOf(const Film& film, std::string_view observer) {
-    const double (*table)[3] = observer == "cie1964_10deg" ? data::kCie1964 : data::kCie1931;
+    const double(*table)[3] = observer == "cie1964_10deg" ? data::kCie1964 : data::kCie1931;
     Weights weights(film.channels.size());
     const int x = channelNamed(film, "X");
     const int y = channelNamed(film, "Y");
@@ -76,7 +76,8 @@ XyzImage toXyz(const Film& film, const LightView& view, std::string_view observe
             for (std::size_t i = 0; i < channels; ++i) {
                 for (std::size_t c = 0; c < 3; ++c) xyz[c] += weights[i][c] * values[i];
             }
-            float* const out = image.values.data() + 3 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(view.width) + std::size_t(x));
+            float* const out =
+                image.values.data() + 3 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(view.width) + std::size_t(x));
             for (std::size_t c = 0; c < 3; ++c) out[c] = static_cast<float>(xyz[c]);
         }
     }

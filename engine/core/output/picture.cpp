@@ -20,7 +20,8 @@ void runFilter(const node::Node& filter, Picture& picture) {
 }
 
 void runDefault(std::string_view type, Picture& picture) {
-    if (const node::NodeClass* const known = node::findClass("filter", type)) runFilter(node::Node(*known, std::string(type)), picture);
+    if (const node::NodeClass* const known = node::findClass("filter", type))
+        runFilter(node::Node(*known, std::string(type)), picture);
 }
 
 }  // namespace
@@ -60,7 +61,8 @@ DisplayImage makeDisplayImage(const Raw& raw, bool fast) {
         const float* const xyz = picture.image.values.data() + i;
         const auto linear = space.linear(xyz[0], xyz[1], xyz[2]);
         for (std::size_t c = 0; c < 3; ++c) {
-            const double code = display.gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / display.gamma) : space.encode(linear[c]);
+            const double code =
+                display.gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / display.gamma) : space.encode(linear[c]);
             display.bytes[i + c] = static_cast<unsigned char>(std::lround(code * 255.0));
         }
     }

@@ -54,7 +54,8 @@ void setColors(png_structp png, png_infop info, const DisplayImage& image, const
     if (image.gamma > 0.0) fileGamma = 1.0 / image.gamma;
     png_set_gAMA(png, info, fileGamma);
     if (space.curve == ColorSpace::Curve::linear) return;  // imaginary primaries don't fit the chunk
-    png_set_cHRM(png, info, space.white.x, space.white.y, space.red.x, space.red.y, space.green.x, space.green.y, space.blue.x, space.blue.y);
+    png_set_cHRM(png, info, space.white.x, space.white.y, space.red.x, space.red.y, space.green.x, space.green.y, space.blue.x,
+                 space.blue.y);
 }
 
 bool write(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space) {

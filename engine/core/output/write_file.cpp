@@ -100,7 +100,8 @@ bool writeFileWhole(const std::string& requested, std::span<const char> bytes) {
     if (!file.close()) return giveUp("close the file");
     if (::rename(temporary.c_str(), path.c_str()) != 0) return giveUp("rename the file");
 
-    // The new name itself is safe only when the folder is; a folder that can't be flushed is no reason to call the file unwritten.
+    // The new name itself is safe only when the folder is; a folder that can't be flushed is no reason to call the file
+    // unwritten.
     const Descriptor parent(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (parent.get() >= 0) ::fsync(parent.get());
     return true;

@@ -18,7 +18,8 @@ constexpr std::array<std::string_view, 7> kLaterFormats{"jpg", "jpeg", "hdr", "c
 
 std::string lower(std::string_view text) {
     std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::transform(result.begin(), result.end(), result.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return result;
 }
 

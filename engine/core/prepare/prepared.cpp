@@ -1,7 +1,7 @@
 #include "engine/core/prepare/prepared.h"
 
-#include <xmmintrin.h>
 #include <pmmintrin.h>
+#include <xmmintrin.h>
 
 #include <algorithm>
 #include <cmath>
@@ -52,7 +52,8 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     }
     lights_ = makeLightList(world_, *tables_);
     traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
-    if (lights_.lights.empty() && environment < 0) translation.warn(*setup_.node, "nothing shines in this scene; the result is black");
+    if (lights_.lights.empty() && environment < 0)
+        translation.warn(*setup_.node, "nothing shines in this scene; the result is black");
 
     kernel_.spectra = tables_->data();
     kernel_.cells = sensor_.grid.cells;
@@ -97,10 +98,10 @@ void Prepared::checkSize() const {
     const auto pixels = static_cast<std::uint64_t>(camera_.width) * static_cast<std::uint64_t>(camera_.height);
     const std::uint64_t each = std::max<std::uint64_t>(1, sensor_.channels.size()) * sizeof(double);
     if (pixels > kMaxBufferBytes / each) {
-        throw SceneFault(setup_.instrument->label(),
-                         std::to_string(camera_.width) + " x " + std::to_string(camera_.height) + " pixels of " +
-                             std::to_string(sensor_.channels.size()) + " channels take more than the limit of " +
-                             std::to_string(kMaxBufferBytes >> 20) + " MiB per buffer");
+        throw SceneFault(setup_.instrument->label(), std::to_string(camera_.width) + " x " + std::to_string(camera_.height) +
+                                                         " pixels of " + std::to_string(sensor_.channels.size()) +
+                                                         " channels take more than the limit of " +
+                                                         std::to_string(kMaxBufferBytes >> 20) + " MiB per buffer");
     }
 }
 
@@ -122,7 +123,8 @@ void Prepared::bakeSensor() {
     for (int c = 0; c < record.channels; ++c) {
         const SpectralCell* table = baked.table(baked.add(sensor_.responses[c]));
         for (int i = 0; i < cells; ++i) {
-            float* at = responses_.data() + (static_cast<std::size_t>(i) * record.groups + c / kGroup) * (2 * kGroup) + c % kGroup;
+            float* at =
+                responses_.data() + (static_cast<std::size_t>(i) * record.groups + c / kGroup) * (2 * kGroup) + c % kGroup;
             at[0] = table[i].value;
             at[kGroup] = table[i].rise;
         }
@@ -152,8 +154,8 @@ void Prepared::placeCamera() {
     view.height = camera_.height;
 }
 
-/// The coarse quantum is 2^-20, the fine one 2^-50 of the brightest light's value. So sums are exact up to 2^33 times that value and
-/// 2^24 samples per pixel, and each sample is kept to 2^-51 of it.
+/// The coarse quantum is 2^-20, the fine one 2^-50 of the brightest light's value. So sums are exact up to 2^33 times that value
+/// and 2^24 samples per pixel, and each sample is kept to 2^-51 of it.
 void Prepared::chooseRounding(int environment) {
     double radiance = lights_.peakRadiance;
     if (environment >= 0) radiance = std::max(radiance, tables_->maximum(environment));

@@ -34,7 +34,8 @@ public:
     std::shared_ptr<const node::Node> instrument() const noexcept override { return setup_.instrument; }
     std::size_t memory() const noexcept override;
     std::unique_ptr<Film> makeFilm() const override;
-    Counts render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count, const std::atomic<bool>& cancel) const override;
+    Counts render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
+                  const std::atomic<bool>& cancel) const override;
 
     const KernelScene& kernelScene() const noexcept { return kernel_; }
     const World& world() const noexcept { return world_; }

@@ -15,7 +15,8 @@ double LightView::quantityOf(double value, std::size_t pixel, int quantity) cons
 
 int referenceChannel(const Film& film) noexcept {
     for (const char* const name : {"Y", "E"}) {
-        const auto found = std::find_if(film.channels.begin(), film.channels.end(), [&](const Channel& c) { return c.name == name; });
+        const auto found =
+            std::find_if(film.channels.begin(), film.channels.end(), [&](const Channel& c) { return c.name == name; });
         if (found != film.channels.end()) return static_cast<int>(found - film.channels.begin());
     }
     return -1;

@@ -36,13 +36,15 @@ struct LightView {
 
     /// 0 out of bounds and for a quantity that isn't provided. Meta channels have no quantities: they answer the same to each.
     double at(int channel, int x, int y, int quantity) const noexcept {
-        if (static_cast<unsigned>(x) >= static_cast<unsigned>(width) || static_cast<unsigned>(y) >= static_cast<unsigned>(height)) {
+        if (static_cast<unsigned>(x) >= static_cast<unsigned>(width) ||
+            static_cast<unsigned>(y) >= static_cast<unsigned>(height)) {
             return 0.0;
         }
         const std::size_t pixel = static_cast<std::size_t>(x) * static_cast<std::size_t>(height) + static_cast<std::size_t>(y);
         if (static_cast<unsigned>(channel) < static_cast<unsigned>(channels)) [[likely]] {
             const double value = values[pixel * static_cast<std::size_t>(channels) + static_cast<std::size_t>(channel)];
-            if (quantity == NEMRA_QUANTITY_RAW) [[likely]] return value;
+            if (quantity == NEMRA_QUANTITY_RAW) [[likely]]
+                return value;
             return quantityOf(value, pixel, quantity);
         }
         const unsigned metaIndex = static_cast<unsigned>(channel) - static_cast<unsigned>(channels);

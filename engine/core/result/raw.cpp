@@ -33,7 +33,8 @@ std::vector<nemra_quantity_t> quantitiesOf(const QuantityFactors& factors) {
 
 bool sameChannels(const std::vector<Channel>& a, const std::vector<Channel>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Channel& x, const Channel& y) {
-        return x.name == y.name && x.kind == y.kind && x.wavelength == y.wavelength && x.bandwidth == y.bandwidth && x.unit == y.unit;
+        return x.name == y.name && x.kind == y.kind && x.wavelength == y.wavelength && x.bandwidth == y.bandwidth &&
+               x.unit == y.unit;
     });
 }
 

@@ -1,5 +1,5 @@
-#include <cmath>
 #include <charconv>
+#include <cmath>
 
 #include "engine/core/sensor/sensor.h"
 

@@ -39,7 +39,8 @@ void normalize(std::vector<double>& values) {
 template <class Body>
 void forChannels(const Sensor& sensor, Body&& body) {
     if (sensor.cellsPerBox > 0) {
-        for (int first = 0; first < sensor.grid.cells; first += sensor.cellsPerBox) body(first, std::vector<double>(sensor.cellsPerBox, 1.0));
+        for (int first = 0; first < sensor.grid.cells; first += sensor.cellsPerBox)
+            body(first, std::vector<double>(sensor.cellsPerBox, 1.0));
         return;
     }
     for (const SpectralCurve& response : sensor.responses) {
@@ -51,8 +52,8 @@ void forChannels(const Sensor& sensor, Body&& body) {
     }
 }
 
-/// The density that makes the sum of the channels' relative variances least, would all paths return light like the lights': the root of
-/// the sum of squares of the channels' shares. A part ignores the lights, so that no wavelength is starved.
+/// The density that makes the sum of the channels' relative variances least, would all paths return light like the lights': the
+/// root of the sum of squares of the channels' shares. A part ignores the lights, so that no wavelength is starved.
 std::vector<double> densityByCell(const Sensor& sensor, const std::vector<double>& shone) {
     std::vector<double> density(sensor.grid.cells, 0.0);
     forChannels(sensor, [&](int first, std::vector<double> plain) {

@@ -8,9 +8,9 @@
 
 namespace nemra::core {
 
-/// The inverse of the cumulative distribution, piecewise linear over equal steps of the random number, so that drawing is a look-up
-/// and the density of what is drawn is known exactly. Steps that reach over several cells of the grid, as those in the tails of a
-/// response do, are cut once more.
+/// The inverse of the cumulative distribution, piecewise linear over equal steps of the random number, so that drawing is a
+/// look-up and the density of what is drawn is known exactly. Steps that reach over several cells of the grid, as those in the
+/// tails of a response do, are cut once more.
 struct WavelengthSampling {
     /// Position on the grid at the start of each step, in cells, and rise over the step. A negative rise: the step is cut into
     /// kSubSteps, which begin at index `value`.

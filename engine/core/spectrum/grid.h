@@ -1,9 +1,10 @@
 /// Spectra baked for rendering: on a uniform grid of cells, a straight line in each.
 ///
-/// A cell's line has the same integral and the same first moment as the curve in that cell. So integrals against anything linear in
-/// the cell, as the colour-matching functions are, come out exactly; edges that fall on cell borders stay sharp; and curves that are
-/// linear between cell borders are kept unchanged. A line would be negative at one end of a cell that holds something much narrower
-/// than itself, off its middle; it is then as steep as it can be, and the tables say that they would need finer cells.
+/// A cell's line has the same integral and the same first moment as the curve in that cell. So integrals against anything linear
+/// in the cell, as the colour-matching functions are, come out exactly; edges that fall on cell borders stay sharp; and curves
+/// that are linear between cell borders are kept unchanged. A line would be negative at one end of a cell that holds something
+/// much narrower than itself, off its middle; it is then as steep as it can be, and the tables say that they would need finer
+/// cells.
 #pragma once
 
 #include <vector>

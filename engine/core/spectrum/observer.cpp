@@ -6,9 +6,7 @@
 
 namespace nemra::core {
 
-Observer observerByName(std::string_view option) {
-    return option == "cie1964_10deg" ? Observer::cie1964 : Observer::cie1931;
-}
+Observer observerByName(std::string_view option) { return option == "cie1964_10deg" ? Observer::cie1964 : Observer::cie1931; }
 
 SpectralCurve matchingFunction(Observer observer, int component) {
     const auto* rows = observer == Observer::cie1964 ? data::kCie1964 : data::kCie1931;

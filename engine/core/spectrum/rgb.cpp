@@ -8,8 +8,8 @@
 namespace nemra::core {
 namespace {
 
-/// Linear sRGB weights on the basis of Mallett and Yuksel (2019). The basis sums to 1, so white is a flat spectrum; beyond its ends
-/// (380 and 780 nm) the last value holds.
+/// Linear sRGB weights on the basis of Mallett and Yuksel (2019). The basis sums to 1, so white is a flat spectrum; beyond its
+/// ends (380 and 780 nm) the last value holds.
 SpectralCurve makeRgb(const node::Node& node, Translation& translation) {
     const auto linear = node::convert(node.color("color"), "linear_srgb");
     if (!linear) {

@@ -53,9 +53,8 @@ double integrate(const SpectralCurve& curve, const SpectralCurve& weight, double
     std::vector<double> knots = curve.knots;
     knots.insert(knots.end(), weight.knots.begin(), weight.knots.end());
     double sum = 0.0;
-    forPanels(std::move(knots), fromNm, toNm, 1.0, [&](double a, double b) {
-        sum += gauss(a, b, [&](double lambda) { return curve(lambda) * weight(lambda); });
-    });
+    forPanels(std::move(knots), fromNm, toNm, 1.0,
+              [&](double a, double b) { sum += gauss(a, b, [&](double lambda) { return curve(lambda) * weight(lambda); }); });
     return sum;
 }
 

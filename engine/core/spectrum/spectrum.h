@@ -21,14 +21,16 @@ struct SpectralCurve {
 SpectralCurve constantCurve(double value);
 SpectralCurve scaledCurve(SpectralCurve curve, double factor);
 
-/// Integral over [fromNm, toNm] of curve, or of curve times weight, by Gauss-Legendre panels between the knots, at most 1 nm wide.
+/// Integral over [fromNm, toNm] of curve, or of curve times weight, by Gauss-Legendre panels between the knots, at most 1 nm
+/// wide.
 double integrate(const SpectralCurve& curve, double fromNm, double toNm);
 double integrate(const SpectralCurve& curve, const SpectralCurve& weight, double fromNm, double toNm);
 
 using MakeSpectrum = SpectralCurve (*)(const node::Node& node, Translation& translation);
 ClassTable<MakeSpectrum>& spectrumClasses();
 
-/// The curve of a node of family spectrum. A link that leads nowhere, or a class without a light part, gives one warning and zero.
+/// The curve of a node of family spectrum. A link that leads nowhere, or a class without a light part, gives one warning and
+/// zero.
 SpectralCurve makeSpectrum(const NodePointer& node, Translation& translation);
 
 }  // namespace nemra::core

@@ -111,7 +111,9 @@ SpectralCurve makeTabulated(const node::Node& node, Translation& translation) {
         inside = &cubic;
         fitSlopes(*samples);
     }
-    return {[samples, inside](double lambda) { return samples->outside(lambda) ? samples->beyond(lambda) : inside(*samples, lambda); },
+    return {[samples, inside](double lambda) {
+                return samples->outside(lambda) ? samples->beyond(lambda) : inside(*samples, lambda);
+            },
             std::move(knots)};
 }
 

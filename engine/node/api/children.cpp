@@ -26,9 +26,8 @@ nemra_onode_t** nemraNode_children(nemra_onode_t* handle, std::uint32_t* count) 
 
 nemra_onode_t** nemraNode_getChildList(nemra_onode_t* handle, std::uint32_t* count) {
     if (count) *count = 0;
-    return withNode<nemra_onode_t**>("nemraNode_getChildList", handle, nullptr, [&](Node& node) {
-        return fill(HandedOut::of(node).list, node.mutableList(), count);
-    });
+    return withNode<nemra_onode_t**>("nemraNode_getChildList", handle, nullptr,
+                                     [&](Node& node) { return fill(HandedOut::of(node).list, node.mutableList(), count); });
 }
 
 nemra_onode_t* nemraNode_getChild(nemra_onode_t* handle, const char* name) {

@@ -23,7 +23,8 @@ const char* nemraNode_comments(nemra_onode_t* handle) {
 }
 
 const char* nemraNode_listClass(nemra_onode_t* handle) {
-    return withNode<const char*>("nemraNode_listClass", handle, "", [](Node& node) { return node.nodeClass().listClass.c_str(); });
+    return withNode<const char*>("nemraNode_listClass", handle, "",
+                                 [](Node& node) { return node.nodeClass().listClass.c_str(); });
 }
 
 bool nemraNode_isListType(nemra_onode_t* handle) {

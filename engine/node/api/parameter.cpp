@@ -104,7 +104,8 @@ nemra_parameter* nemraParameter_tableColumnParam(nemra_parameter* parameter, std
         if (!parameter || index >= parameter->spec->columns.size()) return nullptr;
         auto& columns = parameter->columns;
         const auto& specs = parameter->spec->columns;
-        while (columns.size() < specs.size()) columns.push_back(std::make_unique<nemra_parameter>(nullptr, specs[columns.size()]));
+        while (columns.size() < specs.size())
+            columns.push_back(std::make_unique<nemra_parameter>(nullptr, specs[columns.size()]));
         return columns[index].get();
     });
 }

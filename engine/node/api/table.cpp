@@ -47,7 +47,8 @@ void nemraTableValue_resizeRows(nemra_table* table, std::uint32_t rows) {
     guarded("nemraTableValue_resizeRows", [&] {
         if (!table) return;
         if (rows > kMaximumRows) {
-            log::warning("table", std::to_string(rows) + " rows are more than the " + std::to_string(kMaximumRows) + " that a table may have");
+            log::warning("table", std::to_string(rows) + " rows are more than the " + std::to_string(kMaximumRows) +
+                                      " that a table may have");
             return;
         }
         Table& contents = table->writable();
@@ -75,8 +76,8 @@ bool nemraTableValue_set(nemra_table* table, std::uint32_t column, std::uint32_t
         }
         // The neighbour decides the kind of the column; a caller fills a column from its first row on.
         const std::size_t neighbour = row > 0 ? row - 1 : std::size_t{row} + 1;
-        const bool fits = neighbour >= cells.size() || cells[neighbour].isEmpty() ||
-                          typeOf(cells[neighbour]) == typeOf(taken->value);
+        const bool fits =
+            neighbour >= cells.size() || cells[neighbour].isEmpty() || typeOf(cells[neighbour]) == typeOf(taken->value);
         if (fits) cells[row] = std::move(taken->value);
         return fits;
     });

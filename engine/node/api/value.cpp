@@ -43,8 +43,9 @@ nemra_value* nemraValue_create_uint64(std::uint64_t value) { return made("nemraV
 nemra_value* nemraValue_create_float(float value) { return made("nemraValue_create_float", value); }
 nemra_value* nemraValue_create_double(double value) { return made("nemraValue_create_double", value); }
 nemra_value* nemraValue_create_c_str(const char* text) {
-    return guarded<nemra_value*>("nemraValue_create_c_str", nullptr,
-                                 [&] { return new nemra_value{Value{std::string(viewOf(text))}, nullptr}; });
+    return guarded<nemra_value*>("nemraValue_create_c_str", nullptr, [&] {
+        return new nemra_value{Value{std::string(viewOf(text))}, nullptr};
+    });
 }
 nemra_value* nemraValue_create_vec_int32_t(const std::int32_t* data, int count) {
     return madeVector("nemraValue_create_vec_int32_t", data, count);
@@ -61,14 +62,16 @@ nemra_value* nemraValue_create_vec_char(const char* data, int count) {
 
 nemra_value* nemraValue_create_table(nemra_table* table) {
     const std::unique_ptr<nemra_table> taken(table);
-    return guarded<nemra_value*>("nemraValue_create_table", nullptr,
-                                 [&] { return taken ? new nemra_value{Value{taken->contents}, nullptr} : new nemra_value; });
+    return guarded<nemra_value*>("nemraValue_create_table", nullptr, [&] {
+        return taken ? new nemra_value{Value{taken->contents}, nullptr} : new nemra_value;
+    });
 }
 
 nemra_value* nemraValue_create_tricolor(nemra_color* color) {
     const std::unique_ptr<nemra_color> taken(color);
-    return guarded<nemra_value*>("nemraValue_create_tricolor", nullptr,
-                                 [&] { return taken ? new nemra_value{Value{taken->color}, nullptr} : new nemra_value; });
+    return guarded<nemra_value*>("nemraValue_create_tricolor", nullptr, [&] {
+        return taken ? new nemra_value{Value{taken->color}, nullptr} : new nemra_value;
+    });
 }
 
 void nemraValue_release(nemra_value** value) {
@@ -85,7 +88,8 @@ std::int32_t nemraValue_size(nemra_value* value) {
 }
 
 char* nemraValue_toString(nemra_value* value) {
-    char* const text = guarded<char*>("nemraValue_toString", nullptr, [&] { return value ? callersText(toText(value->value)) : nullptr; });
+    char* const text =
+        guarded<char*>("nemraValue_toString", nullptr, [&] { return value ? callersText(toText(value->value)) : nullptr; });
     return text ? text : permanentText("");
 }
 

@@ -48,7 +48,8 @@ Parameter& Parameter::column(const Parameter& column) {
 
 Parameter::operator ParameterSpec() const {
     const auto complain = [&](const char* what) { throw std::logic_error("parameter '" + spec_.name + "' " + what); };
-    const bool isNumber = spec_.type == NEMRA_PARAMETER_REAL || spec_.type == NEMRA_PARAMETER_INTEGER || spec_.type == NEMRA_PARAMETER_VECTOR;
+    const bool isNumber =
+        spec_.type == NEMRA_PARAMETER_REAL || spec_.type == NEMRA_PARAMETER_INTEGER || spec_.type == NEMRA_PARAMETER_VECTOR;
     if (spec_.name.empty()) complain("has no name");
     if (spec_.doc.empty()) complain("has no documentation");
     if (isNumber && !hasUnit_) complain("has no unit and isn't said to be pure");
@@ -86,9 +87,7 @@ Parameter table(std::string name) {
     return {std::move(name), NEMRA_PARAMETER_TABLE, Value{std::shared_ptr<const Table>(std::make_shared<Table>())}};
 }
 
-Parameter wavelength(std::string name, double defaultNm) {
-    return real(std::move(name), defaultNm).unit("nm").range(1.0, 1.0e6);
-}
+Parameter wavelength(std::string name, double defaultNm) { return real(std::move(name), defaultNm).unit("nm").range(1.0, 1.0e6); }
 
 ChildSpec child(std::string name, std::string family, std::string defaultType, std::string doc,
                 std::vector<std::pair<std::string, Value>> defaults) {

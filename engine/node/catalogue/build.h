@@ -51,7 +51,7 @@ NEMRA_API Parameter table(std::string name);
 NEMRA_API Parameter wavelength(std::string name, double defaultNm);
 /// A child with its family, the type of its default node and the parameters of that node which differ from its class's.
 NEMRA_API ChildSpec child(std::string name, std::string family, std::string defaultType, std::string doc,
-                std::vector<std::pair<std::string, Value>> defaults = {});
+                          std::vector<std::pair<std::string, Value>> defaults = {});
 /// Number of a default of a child.
 inline Value number(double value) { return Value{value}; }
 

@@ -10,10 +10,12 @@ void addFilterClasses(Catalogue& catalogue) {
                                       .option("cie1931_2deg", "CIE 1931 standard colorimetric observer, 2 degrees")
                                       .option("cie1964_10deg", "CIE 1964 standard colorimetric observer, 10 degrees")
                                       .doc("Colour matching functions")}});
-    catalogue.add({.family = "filter",
-                   .type = "gain",
-                   .summary = "Fixed factor from luminance to display value",
-                   .parameters = {real("gain", 1.0).unit("1/(cd/m2)").range(0.0, 1.0e15).doc("Display value of a luminance of 1 cd/m2; white is 1")}});
+    catalogue.add(
+        {.family = "filter",
+         .type = "gain",
+         .summary = "Fixed factor from luminance to display value",
+         .parameters = {
+             real("gain", 1.0).unit("1/(cd/m2)").range(0.0, 1.0e15).doc("Display value of a luminance of 1 cd/m2; white is 1")}});
     catalogue.add({.family = "filter",
                    .type = "averageautogain",
                    .summary = "Factor that brings the mean luminance of the picture to a given display value",

@@ -42,8 +42,10 @@ void addInstrumentClasses(Catalogue& catalogue) {
     catalogue.add({.family = "instrument",
                    .type = "idealrectcam",
                    .summary = "Ideal perspective camera with square pixels; everything is sharp",
-                   .parameters = camera(
-                       {real("horizontal_fov", 60.0).unit("deg").range(0.001, 179.0).doc("Angle from the left to the right edge of the image")}),
+                   .parameters = camera({real("horizontal_fov", 60.0)
+                                             .unit("deg")
+                                             .range(0.001, 179.0)
+                                             .doc("Angle from the left to the right edge of the image")}),
                    .children = sensorChild(),
                    .listClass = "output"});
     catalogue.addLinked("instrument");

@@ -54,27 +54,29 @@ void addSpectrumClasses(Catalogue& catalogue) {
                    .type = "rgb",
                    .summary = "Smooth spectrum of a colour, by the basis of Mallett and Yuksel (2019)",
                    .parameters = {color("color", "srgb", 0.5F, 0.5F, 0.5F).doc("The colour")}});
-    catalogue.add({.family = "spectrum",
-                   .type = "abbenumber",
-                   .summary = "Refractive index of a glass by its index and Abbe number: two-term Cauchy curve through the lines F, d, C",
-                   .parameters = {real("n_d", 1.5168).pure().range(1.0, 10.0).doc("Index at the helium d line, 587.5618 nm"),
-                                  real("v_d", 64.17).pure().range(1.0, 1.0e6).doc("Abbe number (n_d - 1) / (n_F - n_C)")}});
+    catalogue.add(
+        {.family = "spectrum",
+         .type = "abbenumber",
+         .summary = "Refractive index of a glass by its index and Abbe number: two-term Cauchy curve through the lines F, d, C",
+         .parameters = {real("n_d", 1.5168).pure().range(1.0, 10.0).doc("Index at the helium d line, 587.5618 nm"),
+                        real("v_d", 64.17).pure().range(1.0, 1.0e6).doc("Abbe number (n_d - 1) / (n_F - n_C)")}});
     catalogue.add({.family = "spectrum",
                    .type = "cauchy",
                    .summary = "Refractive index a + b / lambda^2 + c / lambda^4 (Cauchy 1836)",
                    .parameters = {real("a", 1.5046).pure().range(0.0, 100.0).doc("Constant term"),
                                   real("b", 4217.0).unit("nm2").range(-1.0e9, 1.0e9).doc("Coefficient of 1 / lambda^2"),
                                   real("c", 0.0).unit("nm4").range(-1.0e15, 1.0e15).doc("Coefficient of 1 / lambda^4")}});
-    catalogue.add({.family = "spectrum",
-                   .type = "blackbody",
-                   .summary = "Planck radiator (Planck 1901)",
-                   .parameters = {real("temperature", 6504.0).unit("K").range(1.0, 1.0e5).doc("Absolute temperature"),
-                                  choice("normalization")
-                                      .option("none", "Radiance of the black body, W/(m2 sr nm)")
-                                      .option("peak", "Value 1 at the maximum of the curve")
-                                      .option("luminance", "Scaled to a given luminance",
-                                              {real("luminance", 1.0).unit("cd/m2").range(0.0, 1.0e12).doc("Luminance of the source")})
-                                      .doc("What fixes the level of the curve")}});
+    catalogue.add(
+        {.family = "spectrum",
+         .type = "blackbody",
+         .summary = "Planck radiator (Planck 1901)",
+         .parameters = {real("temperature", 6504.0).unit("K").range(1.0, 1.0e5).doc("Absolute temperature"),
+                        choice("normalization")
+                            .option("none", "Radiance of the black body, W/(m2 sr nm)")
+                            .option("peak", "Value 1 at the maximum of the curve")
+                            .option("luminance", "Scaled to a given luminance",
+                                    {real("luminance", 1.0).unit("cd/m2").range(0.0, 1.0e12).doc("Luminance of the source")})
+                            .doc("What fixes the level of the curve")}});
     catalogue.addLinked("spectrum");
 }
 

@@ -1,12 +1,11 @@
-#include "engine/common/host_call.h"
-
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <thread>
+
+#include "engine/common/host_call.h"
 
 namespace nemra {
 namespace {

@@ -1,5 +1,3 @@
-#include "engine/common/log.h"
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -7,6 +5,7 @@
 #include <vector>
 
 #include "engine/common/guarded.h"
+#include "engine/common/log.h"
 #include "engine/common/text.h"
 
 namespace nemra {

@@ -1,11 +1,11 @@
-#include "engine/common/slot_table.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <set>
 #include <thread>
 #include <vector>
+
+#include "engine/common/slot_table.h"
 
 namespace nemra {
 namespace {
@@ -21,8 +21,8 @@ TEST(SlotTable, AnswersNullForWhatIsNotCurrent) {
     EXPECT_EQ(find<Thing>(handle)->number, 7);
     EXPECT_EQ(find<Thing>(static_cast<nemra_server_t*>(nullptr)), nullptr);
     EXPECT_EQ(find<Thing>(reinterpret_cast<nemra_scene_t*>(handle)), nullptr) << "a handle of another kind";
-    for (const std::uint64_t id : {std::uint64_t{1},
-                                   ~std::uint64_t{0}, std::uint64_t{1} << 63, toId(handle) + 1, toId(handle) | (std::uint64_t{1} << 40)}) {
+    for (const std::uint64_t id : {std::uint64_t{1}, ~std::uint64_t{0}, std::uint64_t{1} << 63, toId(handle) + 1,
+                                   toId(handle) | (std::uint64_t{1} << 40)}) {
         EXPECT_EQ(find<Thing>(toHandle<nemra_server_t>(id)), nullptr) << id;
         EXPECT_EQ(findHot<Thing>(toHandle<nemra_server_t>(id)), nullptr) << id;
     }

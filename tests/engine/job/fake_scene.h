@@ -22,8 +22,8 @@ public:
 
     /// Multiples of 1/64, so that sums are exact.
     static double sample(int x, int y, std::uint32_t index, int channel) {
-        std::uint32_t hash = static_cast<std::uint32_t>(x) * 73856093U ^ static_cast<std::uint32_t>(y) * 19349663U ^ index * 83492791U ^
-                             static_cast<std::uint32_t>(channel) * 2654435761U;
+        std::uint32_t hash = static_cast<std::uint32_t>(x) * 73856093U ^ static_cast<std::uint32_t>(y) * 19349663U ^
+                             index * 83492791U ^ static_cast<std::uint32_t>(channel) * 2654435761U;
         hash ^= hash >> 13;
         hash *= 0x5bd1e995U;
         hash ^= hash >> 15;
@@ -53,7 +53,8 @@ public:
             film->channels.push_back({"E", ChannelKind::energy, 0, 0, "W.m^-2.sr^-1"});
         } else {
             for (int nm : {1000, 450, 550, 650}) {
-                film->channels.push_back({std::to_string(nm) + " nm", ChannelKind::spectral, nm * 1e-9, 10e-9, "W.m^-2.sr^-1.nm^-1"});
+                film->channels.push_back(
+                    {std::to_string(nm) + " nm", ChannelKind::spectral, nm * 1e-9, 10e-9, "W.m^-2.sr^-1.nm^-1"});
             }
         }
         const std::size_t pixels = static_cast<std::size_t>(pixelsWide) * static_cast<std::size_t>(pixelsHigh);
@@ -66,7 +67,8 @@ public:
         return film;
     }
 
-    Counts render(core::Film& film, Tile tile, std::uint32_t first, std::uint32_t count, const std::atomic<bool>& cancel) const override {
+    Counts render(core::Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
+                  const std::atomic<bool>& cancel) const override {
         Counts counts;
         const int channels = static_cast<int>(film.channels.size());
         for (int x = tile.x0; x < tile.x1; ++x) {

@@ -37,7 +37,8 @@ public:
                 r.updateSpp.push_back(nemraRawSPP(raw));
             });
         });
-        callbacks.setStatistics(this, [](void* user) { static_cast<Recorder*>(user)->note([](Recorder& r) { ++r.statistics; }); });
+        callbacks.setStatistics(this,
+                                [](void* user) { static_cast<Recorder*>(user)->note([](Recorder& r) { ++r.statistics; }); });
         callbacks.setMessage(this, [](void* user, const char* source, const char* text, LogLevel_t) {
             static_cast<Recorder*>(user)->note([&](Recorder& r) { r.messages.push_back(std::string(source) + ": " + text); });
         });

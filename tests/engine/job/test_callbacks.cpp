@@ -1,6 +1,5 @@
 // What hosts do in callbacks, and to renderers while callbacks are under way.
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <atomic>
@@ -192,7 +191,8 @@ int dropUnderTheHostsLock() {
         nemraRendererAddLocalNode(renderer);
         nemraRendererSetStateChangedCallback(renderer, &host, [](void* user, NemraRendererState_t) { Host::visit(user); });
         nemraRendererSetFinishedCallback(renderer, &host, [](void* user, nemra_raw_t*) { Host::visit(user); });
-        nemraRendererSetMessageCallback(renderer, &host, [](void* user, const char*, const char*, LogLevel_t) { Host::visit(user); });
+        nemraRendererSetMessageCallback(renderer, &host,
+                                        [](void* user, const char*, const char*, LogLevel_t) { Host::visit(user); });
         nemraRendererSetHaltCondition(renderer, 0.0, 1.0 + i % 3, NEMRA_HALT_STOPS);
         nemra::find<core::Renderer>(renderer)->start(loaderOf(std::make_shared<FakeScene>()));
         nemraRendererSetParameter(renderer, "no such parameter", "");
@@ -218,7 +218,8 @@ TEST(Callbacks, StaleAndForeignHandlesAreAnswered) {
     nemraRendererRelease(&renderer);
     nemraRendererRelease(&renderer);
     nemraRendererRelease(nullptr);
-    for (nemra_renderer_t* const handle : {static_cast<nemra_renderer_t*>(nullptr), stale, reinterpret_cast<nemra_renderer_t*>(12345)}) {
+    for (nemra_renderer_t* const handle :
+         {static_cast<nemra_renderer_t*>(nullptr), stale, reinterpret_cast<nemra_renderer_t*>(12345)}) {
         EXPECT_FALSE(nemraRendererStart(handle, "nowhere.svxml"));
         EXPECT_FALSE(nemraRendererStartData(handle, "x", 1));
         EXPECT_FALSE(nemraRendererTogglePause(handle, true));

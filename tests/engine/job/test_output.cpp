@@ -44,7 +44,9 @@ protected:
     }
     void TearDown() override { fs::remove_all(folder_); }
     std::string path(const std::string& name) const { return (folder_ / name).string(); }
-    std::size_t entries() const { return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator())); }
+    std::size_t entries() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+    }
 
     static std::shared_ptr<core::Raw> rawOf(FakeScene& scene, std::uint32_t samples) {
         std::shared_ptr<core::Film> film = scene.makeFilm();
@@ -89,8 +91,10 @@ TEST_F(Output, PngHoldsTheDisplayedPictureTheRightWayUp) {
     for (std::size_t i = 1; i < xyz.values.size(); i += 3) mean += std::min(1.0, gain * xyz.values[i]) / 240.0;
     EXPECT_NEAR(mean, 0.18, 1e-6);
     for (const auto& [x, y] : {std::pair{0, 0}, std::pair{19, 0}, std::pair{3, 11}}) {
-        const double X = gain * FakeScene::mean(x, y, 8, 0), Y = gain * FakeScene::mean(x, y, 8, 1), Z = gain * FakeScene::mean(x, y, 8, 2);
-        const double linear = std::clamp(-0.9692436363 * X + 1.8759675015 * Y + 0.0415550574 * Z, 0.0, 1.0);  // green, IEC 61966-2-1
+        const double X = gain * FakeScene::mean(x, y, 8, 0), Y = gain * FakeScene::mean(x, y, 8, 1),
+                     Z = gain * FakeScene::mean(x, y, 8, 2);
+        const double linear =
+            std::clamp(-0.9692436363 * X + 1.8759675015 * Y + 0.0415550574 * Z, 0.0, 1.0);  // green, IEC 61966-2-1
         const double code = linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;
         EXPECT_NEAR(bytes[3 * static_cast<std::size_t>(y * 20 + x) + 1], 255.0 * code, 0.6 + 255 * 0.001) << x << "," << y;
     }
@@ -128,7 +132,8 @@ TEST_F(Output, ExrOfBandsFollowsThePublishedLayoutAndItsLuminance) {
     EXPECT_EQ(file.header().typedAttribute<Imf::StringAttribute>("emissiveUnits").value(), "W.m^-2.sr^-1");
     EXPECT_EQ(file.header().typedAttribute<Imf::StringAttribute>("sarvo:valueUnit").value(), "W.m^-2.sr^-1.nm^-1");
     double luminance = 0.0;
-    const std::array<std::pair<const char*, int>, 3> bands{{{"S0.450,000000nm", 1}, {"S0.550,000000nm", 2}, {"S0.650,000000nm", 3}}};
+    const std::array<std::pair<const char*, int>, 3> bands{
+        {{"S0.450,000000nm", 1}, {"S0.550,000000nm", 2}, {"S0.650,000000nm", 3}}};
     for (const auto& [name, channel] : bands) {
         ASSERT_NE(file.header().channels().findChannel(name), nullptr) << name;
         const float value = exrPlane(file, name)[static_cast<std::size_t>(7 * 20 + 5)];
@@ -141,7 +146,8 @@ TEST_F(Output, ExrOfBandsFollowsThePublishedLayoutAndItsLuminance) {
     }
     EXPECT_NE(file.header().channels().findChannel("S0.1000,000000nm"), nullptr);
     const auto i = static_cast<std::size_t>(7 * 20 + 5);
-    const double shown = 0.2126390059 * exrPlane(file, "R")[i] + 0.7151686788 * exrPlane(file, "G")[i] + 0.0721923154 * exrPlane(file, "B")[i];
+    const double shown =
+        0.2126390059 * exrPlane(file, "R")[i] + 0.7151686788 * exrPlane(file, "G")[i] + 0.0721923154 * exrPlane(file, "B")[i];
     EXPECT_NEAR(shown, luminance, 2e-4 * luminance);
 }
 

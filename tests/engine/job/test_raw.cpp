@@ -6,9 +6,9 @@
 #include <thread>
 
 #include "engine/common/slot_table.h"
+#include "engine/core/result/raw.h"
 #include "module/flat/nemra_raw.h"
 #include "tests/engine/job/fake_scene.h"
-#include "engine/core/result/raw.h"
 
 namespace nemra::test {
 namespace {
@@ -44,7 +44,8 @@ TEST(Raw, ChannelsAndMetaChannelsAreNamedAndBounded) {
     EXPECT_STREQ(nemraRawChannelName(raw, snr), "snr");
     double mean = 0.0;
     for (int c = 0; c < 4; ++c) mean += nemraRawGetLightQuantity(raw, c, 4, 4, 0) / 4.0;
-    EXPECT_NEAR(nemraRawGetLightQuantity(raw, snr, 4, 4, 0), mean / std::sqrt(nemraRawGetLightQuantity(raw, variance, 4, 4, 0) / 3.0), 1e-9);
+    EXPECT_NEAR(nemraRawGetLightQuantity(raw, snr, 4, 4, 0),
+                mean / std::sqrt(nemraRawGetLightQuantity(raw, variance, 4, 4, 0) / 3.0), 1e-9);
     for (const int index : {-1, snr + 1, 1 << 30}) {
         EXPECT_EQ(nemraRawChannelName(raw, index), nullptr);
         EXPECT_EQ(nemraRawChannelResponse(raw, index), nullptr);
@@ -103,7 +104,8 @@ TEST(Raw, HalvesMergeToTheWhole) {
     EXPECT_EQ(nemraRawSPP(first), 9.0);
     EXPECT_EQ(nemraRawSPP(before), 5.0) << "a copy keeps what it had";
     for (int x = 0; x < 20; ++x) {
-        for (int c = 0; c < 6; ++c) EXPECT_EQ(nemraRawGetLightQuantity(first, c, x, 6, 0), nemraRawGetLightQuantity(whole, c, x, 6, 0));
+        for (int c = 0; c < 6; ++c)
+            EXPECT_EQ(nemraRawGetLightQuantity(first, c, x, 6, 0), nemraRawGetLightQuantity(whole, c, x, 6, 0));
     }
     scene.sensor = FakeScene::Sensor::energy;
     nemra_raw_t* other = rawOf(scene, 0, 1);

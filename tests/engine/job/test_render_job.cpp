@@ -209,11 +209,22 @@ TEST(RenderJob, AStormOfRequestsKeepsToTheArrows) {
     for (int i = 0; i < 400; ++i) {
         random = random * 1664525U + 1013904223U;
         switch (random >> 29) {
-            case 0: renderer->start(loaderOf(slowScene())); break;
-            case 1: renderer->stop(); break;
-            case 2: renderer->setHalt({0.0, static_cast<double>(random >> 8 & 15), static_cast<nemra_renderer_halt_cond_t>(random % 3)}); break;
-            case 3: renderer->updateRaw(); break;
-            default: renderer->setPaused(random >> 27 & 1); break;
+            case 0:
+                renderer->start(loaderOf(slowScene()));
+                break;
+            case 1:
+                renderer->stop();
+                break;
+            case 2:
+                renderer->setHalt(
+                    {0.0, static_cast<double>(random >> 8 & 15), static_cast<nemra_renderer_halt_cond_t>(random % 3)});
+                break;
+            case 3:
+                renderer->updateRaw();
+                break;
+            default:
+                renderer->setPaused(random >> 27 & 1);
+                break;
         }
         if (i % 16 == 0) std::this_thread::sleep_for(1ms);
     }

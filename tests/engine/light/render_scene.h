@@ -37,7 +37,8 @@ struct Rendered {
 };
 
 /// All pixels with samples [first, first + count), in tiles that the threads take in turn.
-inline Rendered render(const core::PreparedScene& scene, std::uint32_t count, int threads = 1, int tile = 16, std::uint32_t first = 0) {
+inline Rendered render(const core::PreparedScene& scene, std::uint32_t count, int threads = 1, int tile = 16,
+                       std::uint32_t first = 0) {
     Rendered result{scene.makeFilm()};
     const std::atomic<bool> cancel{false};
     std::atomic<int> next{0};

@@ -58,7 +58,9 @@ inline NodeHandle with(NodeHandle parent, const char* slot, const NodeHandle& ch
     return parent;
 }
 
-inline NodeHandle lambertian(const NodeHandle& reflectance) { return with(make("bsdf", "lambertian"), "reflectance", reflectance); }
+inline NodeHandle lambertian(const NodeHandle& reflectance) {
+    return with(make("bsdf", "lambertian"), "reflectance", reflectance);
+}
 
 inline NodeHandle material(const NodeHandle& bsdf, const NodeHandle& emitter = nullptr) {
     NodeHandle made = with(make("material", "generic"), "bsdf", bsdf);

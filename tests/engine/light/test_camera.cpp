@@ -21,13 +21,20 @@ TEST(Camera, RadianceIsInvariant) {
                 const double tilt = tiltDeg * kPi / 180.0;
                 SceneMaker made;
                 const double far = 1.0e3 * distance;
-                made.add(polygon({{-far, -far * std::cos(tilt), -far * std::sin(tilt)}, {far, -far * std::cos(tilt), -far * std::sin(tilt)},
-                                  {far, far * std::cos(tilt), far * std::sin(tilt)}, {-far, far * std::cos(tilt), far * std::sin(tilt)}}),
+                made.add(polygon({{-far, -far * std::cos(tilt), -far * std::sin(tilt)},
+                                  {far, -far * std::cos(tilt), -far * std::sin(tilt)},
+                                  {far, far * std::cos(tilt), far * std::sin(tilt)},
+                                  {-far, far * std::cos(tilt), far * std::sin(tilt)}}),
                          glow(500.0));
                 with(made.setup, "instrument",
                      with(make("instrument", "stdcam",
-                               {{"position", vector(0, 0, -distance)}, {"target", vector(0, 0, 0)}, {"focal_length", number(focal)},
-                                {"film_width", number(8)}, {"film_height", number(6)}, {"width", integer(16)}, {"height", integer(12)}}),
+                               {{"position", vector(0, 0, -distance)},
+                                {"target", vector(0, 0, 0)},
+                                {"focal_length", number(focal)},
+                                {"film_width", number(8)},
+                                {"film_height", number(6)},
+                                {"width", integer(16)},
+                                {"height", integer(12)}}),
                           "sensor", energySensor()));
                 const Rendered result = render(*prepare(made.finish()), 1);
                 for (int x = 0; x < 16; ++x) {
@@ -43,16 +50,24 @@ TEST(Camera, OrientationAndFraming) {
     for (const bool film : {true, false}) {
         SceneMaker made;
         made.add(polygon({{0.2, 0.3, 1}, {0.4, 0.3, 1}, {0.4, 0.4, 1}, {0.2, 0.4, 1}}), glow(1.0));
-        const NodeHandle instrument =
-            film ? make("instrument", "stdcam", {{"target", vector(0, 0, 1)}, {"focal_length", number(18)}, {"film_width", number(36)},
-                                                 {"film_height", number(36)}, {"width", integer(20)}, {"height", integer(20)}})
-                 : make("instrument", "idealrectcam", {{"target", vector(0, 0, 1)}, {"horizontal_fov", number(90)}, {"width", integer(20)},
-                                                       {"height", integer(20)}});
+        const NodeHandle instrument = film ? make("instrument", "stdcam",
+                                                  {{"target", vector(0, 0, 1)},
+                                                   {"focal_length", number(18)},
+                                                   {"film_width", number(36)},
+                                                   {"film_height", number(36)},
+                                                   {"width", integer(20)},
+                                                   {"height", integer(20)}})
+                                           : make("instrument", "idealrectcam",
+                                                  {{"target", vector(0, 0, 1)},
+                                                   {"horizontal_fov", number(90)},
+                                                   {"width", integer(20)},
+                                                   {"height", integer(20)}});
         with(made.setup, "instrument", with(instrument, "sensor", energySensor()));
         const Rendered result = render(*prepare(made.finish()), 1);
         for (int x = 0; x < 20; ++x) {
             for (int y = 0; y < 20; ++y) {
-                const bool inside = x >= 6 && x < 8 && y >= 6 && y < 7;  // x in 0.2 .. 0.4 lies 0.8 .. 0.6 from the left edge of 2
+                const bool inside =
+                    x >= 6 && x < 8 && y >= 6 && y < 7;  // x in 0.2 .. 0.4 lies 0.8 .. 0.6 from the left edge of 2
                 EXPECT_NEAR(value(*result.film, x, y, 0), inside ? 1.0 : 0.0, 1.0e-5) << x << ' ' << y;
                 EXPECT_EQ(result.film->depthSamples[result.film->pixel(x, y)], inside ? 1U : 0U);
             }
@@ -65,9 +80,16 @@ TEST(Camera, OrientationAndFraming) {
 
 NodeHandle lensCamera(double number_, double focus, int width, int height, double film) {
     return with(make("instrument", "stdcam",
-                     {{"position", vector(0, 0, 0)}, {"target", vector(0, 0, 1)}, {"focal_length", number(50)}, {"film_width", number(film)},
-                      {"film_height", number(film * height / width)}, {"width", integer(width)}, {"height", integer(height)},
-                      {"aperture", text("lens")}, {"f_number", number(number_)}, {"focus_distance", number(focus)}}),
+                     {{"position", vector(0, 0, 0)},
+                      {"target", vector(0, 0, 1)},
+                      {"focal_length", number(50)},
+                      {"film_width", number(film)},
+                      {"film_height", number(film * height / width)},
+                      {"width", integer(width)},
+                      {"height", integer(height)},
+                      {"aperture", text("lens")},
+                      {"f_number", number(number_)},
+                      {"focus_distance", number(focus)}}),
                 "sensor", energySensor());
 }
 
@@ -89,7 +111,8 @@ TEST(Camera, SensorIrradianceOfTheLens) {
 
 /// A point out of focus becomes a uniform disc of diameter (f / N) |S2 - S1| / S2 * f / (S1 - f).
 TEST(Camera, CircleOfConfusion) {
-    for (const auto& [distance, diameter] : {std::pair{1.0, 0.64102564}, {1.5, 0.21367521}, {4.0, 0.32051282}, {10.0, 0.51282051}}) {
+    for (const auto& [distance, diameter] :
+         {std::pair{1.0, 0.64102564}, {1.5, 0.21367521}, {4.0, 0.32051282}, {10.0, 0.51282051}}) {
         const int pixels = 32;
         const double film = diameter * 1.6;
         SceneMaker made;

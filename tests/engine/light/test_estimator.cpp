@@ -163,7 +163,8 @@ TEST(Estimator, ChoicesOfMethodDoNotShiftTheMean) {
         EXPECT_LT(reference.error, 0.01 * reference.mean);
         for (const auto& [wavelengths, roulette] : {std::pair{8, 5}, {4, 1}, {4, 50}}) {
             const Estimate other = meanY(wavelengths, roulette, sensor);
-            EXPECT_NEAR(other.mean, reference.mean, 4.5 * std::hypot(other.error, reference.error)) << sensor << wavelengths << roulette;
+            EXPECT_NEAR(other.mean, reference.mean, 4.5 * std::hypot(other.error, reference.error))
+                << sensor << wavelengths << roulette;
         }
     }
 }
@@ -177,7 +178,8 @@ TEST(Estimator, SensorsAgree) {
         }
         return render(*prepare(scene), count, 2).film;
     };
-    const auto boxes = film(make("sensor", "spectralbox", {{"first", number(365)}, {"last", number(825)}, {"count", integer(47)}}), 8192);
+    const auto boxes =
+        film(make("sensor", "spectralbox", {{"first", number(365)}, {"last", number(825)}, {"count", integer(47)}}), 8192);
     const auto energy = film(make("sensor", "energy"), 4096);
     double fromBoxes = 0.0, whole = 0.0;
     for (int x = 0; x < 8; ++x) {

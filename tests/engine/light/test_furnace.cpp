@@ -27,14 +27,16 @@ TEST(WhiteFurnace, ConvexLambertianBodies) {
     }
     // An ellipsoid and a plate, the latter seen from both sides; background pixels show the sky.
     SceneMaker others = under(1.0, camera({0, 0, -6}, {0, 0, 0}, 60.0, 33, 33, energySensor()));
-    others.add(node::Sphere{}, material(lambertian(uniform(0.5)))).transform = {0.5, 0, 0, -1, 0, 1.5, 0.3, 0, 0, 0.2, 0.7, 0, 0, 0, 0, 1};
+    others.add(node::Sphere{}, material(lambertian(uniform(0.5)))).transform = {0.5, 0,   0,   -1, 0, 1.5, 0.3, 0,
+                                                                                0,   0.2, 0.7, 0,  0, 0,   0,   1};
     others.add(polygon({{1, -1, 0}, {2, -1, 0.2}, {2, 1, 0.2}, {1, 1, 0}}), material(lambertian(uniform(0.5))));
     const Rendered result = render(*prepare(others.finish()), 1);
     int dark = 0;
     for (int x = 0; x < 33; ++x) {
         for (int y = 0; y < 33; ++y) {
             const double level = value(*result.film, x, y, 0) / kBand;
-            EXPECT_TRUE(std::abs(level - 0.5) < 1.0e-5 || std::abs(level - 1.0) < 1.0e-5 || std::abs(level - 0.25) < 1.0e-5) << level;
+            EXPECT_TRUE(std::abs(level - 0.5) < 1.0e-5 || std::abs(level - 1.0) < 1.0e-5 || std::abs(level - 0.25) < 1.0e-5)
+                << level;
             dark += level < 0.9;
         }
     }
@@ -44,7 +46,8 @@ TEST(WhiteFurnace, ConvexLambertianBodies) {
 TEST(WhiteFurnace, MirrorsLoseNothing) {
     SceneMaker made = under(1.0, camera({0, 0, -4}, {0, 0, 0}, 30.0, 8, 8, energySensor()));
     made.add(node::Sphere{}, material(make("bsdf", "specular")));
-    made.add(node::Cone{0.5F, false}, material(make("bsdf", "specular"))).transform = {1, 0, 0, 0, 0, 0, 1, -1, 0, -1, 0, 2, 0, 0, 0, 1};
+    made.add(node::Cone{0.5F, false}, material(make("bsdf", "specular"))).transform = {1, 0,  0, 0, 0, 0, 1, -1,
+                                                                                       0, -1, 0, 2, 0, 0, 0, 1};
     with(made.setup, "layers", make("layer", "generic"));
     std::string why;
     ASSERT_TRUE(made.setup->set("roulette_depth", integer(1000), why));

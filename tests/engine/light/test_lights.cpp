@@ -10,7 +10,9 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 
 NodeHandle lamp(double luminance, const char* side = "front") {
-    return material(make("bsdf", "black"), emitter(uniform(1.0), {{"side", text(side)}, {"quantity", text("luminance")}, {"luminance", number(luminance)}}));
+    return material(
+        make("bsdf", "black"),
+        emitter(uniform(1.0), {{"side", text(side)}, {"quantity", text("luminance")}, {"luminance", number(luminance)}}));
 }
 
 /// Illuminance at the origin of a small white plate in the plane z = 0 that faces +z, by the light that it sends back aslant.
@@ -41,7 +43,8 @@ std::vector<Point> disc(double radius, double height, int corners) {
 TEST(AreaLights, Disc) {
     constexpr int kCorners = 720;
     const double share = std::sin(2 * kPi / kCorners) * kCorners / (2 * kPi);  // area of the polygon over that of its circle
-    for (const auto& [h, exact] : {std::pair{0.1, 3020.7622}, {0.5, 1570.7963}, {1.0, 628.31853}, {2.0, 184.79957}, {10.0, 7.8343956}}) {
+    for (const auto& [h, exact] :
+         {std::pair{0.1, 3020.7622}, {0.5, 1570.7963}, {1.0, 628.31853}, {2.0, 184.79957}, {10.0, 7.8343956}}) {
         SceneMaker made;
         made.add(polygon(disc(0.5 / std::sqrt(share), h, kCorners)), lamp(1000));
         expectClose(illuminance(made, h < 0.2 ? 1 << 18 : 1 << 15), exact, "h " + std::to_string(h));
@@ -52,7 +55,8 @@ TEST(AreaLights, Sphere) {
     struct Row {
         double d, thetaDeg, exact;
     };
-    for (const Row& row : {Row{0.5, 0, 785.39816}, {1, 0, 196.34954}, {2, 0, 49.087385}, {2, 45, 34.710023}, {4, 60, 6.1359232}}) {
+    for (const Row& row :
+         {Row{0.5, 0, 785.39816}, {1, 0, 196.34954}, {2, 0, 49.087385}, {2, 45, 34.710023}, {4, 60, 6.1359232}}) {
         const double theta = row.thetaDeg * kPi / 180.0;
         for (const bool stretched : {false, true}) {  // the second is the same sphere through a shear that undoes itself
             SceneMaker made;
@@ -105,7 +109,8 @@ TEST(AreaLights, RectangleParallelAndPerpendicular) {
     }
 }
 
-/// However a light is cut into triangles, scaled or instanced, and whether it is sampled or found by chance, it gives the same light.
+/// However a light is cut into triangles, scaled or instanced, and whether it is sampled or found by chance, it gives the same
+/// light.
 TEST(AreaLights, TessellationScaleAndTracerDoNotMatter) {
     const double exact = 435.20988;
     for (const int n : {1, 10, 100}) {
@@ -135,11 +140,14 @@ TEST(AreaLights, ConeAgreesWithItsMesh) {
     const double top = 0.4;
     for (int i = 0; i < kSteps; ++i) {
         const double a = 2 * kPi * i / kSteps, b = 2 * kPi * (i + 1) / kSteps;
-        append(mesh, polygon({{std::cos(a), std::sin(a), 0}, {std::cos(b), std::sin(b), 0}, {top * std::cos(b), top * std::sin(b), 1},
+        append(mesh, polygon({{std::cos(a), std::sin(a), 0},
+                              {std::cos(b), std::sin(b), 0},
+                              {top * std::cos(b), top * std::sin(b), 1},
                               {top * std::cos(a), top * std::sin(a), 1}}));
     }
     const std::array<double, 16> place{0.3, 0.1, 0, 0.6, 0, 0.2, 0, 0.2, 0, 0.05, 0.5, 0.7, 0, 0, 0, 1};
-    const NodeHandle bright = material(make("bsdf", "black"), emitter(uniform(1.0), {{"quantity", text("luminous_flux")}, {"luminous_flux", number(1000)}}));
+    const NodeHandle bright = material(
+        make("bsdf", "black"), emitter(uniform(1.0), {{"quantity", text("luminous_flux")}, {"luminous_flux", number(1000)}}));
     SceneMaker analytic, faceted;
     analytic.add(node::Cone{static_cast<float>(top), false}, bright).transform = place;
     faceted.add(mesh, bright).transform = place;
@@ -153,7 +161,8 @@ TEST(AreaLights, ConeAgreesWithItsMesh) {
 TEST(Emitters, QuantitiesAndSides) {
     const auto read = [](const NodeHandle& light, const NodeHandle& sensor, bool fromBehind) {
         SceneMaker made;  // 1 m x 1 m, front towards -z
-        made.add(polygon({{-0.5, -0.5, 0}, {-0.5, 0.5, 0}, {0.5, 0.5, 0}, {0.5, -0.5, 0}}), material(make("bsdf", "black"), light));
+        made.add(polygon({{-0.5, -0.5, 0}, {-0.5, 0.5, 0}, {0.5, 0.5, 0}, {0.5, -0.5, 0}}),
+                 material(make("bsdf", "black"), light));
         with(made.setup, "instrument", camera({0, 0, fromBehind ? 1.0 : -1.0}, {0, 0, 0}, 5.0, 1, 1, sensor));
         return renderPixel(made.finish(), 256).mean;
     };
@@ -174,7 +183,8 @@ TEST(Emitters, QuantitiesAndSides) {
 
 /// Radiance through a line of 0.1 nm, seen by the observer and by boxes.
 TEST(Emitters, NarrowLineThroughTheCamera) {
-    const NodeHandle line = make("spectrum", "square", {{"minimum", number(549.95)}, {"maximum", number(550.05)}, {"value", number(10.0)}});
+    const NodeHandle line =
+        make("spectrum", "square", {{"minimum", number(549.95)}, {"maximum", number(550.05)}, {"value", number(10.0)}});
     const auto scene = [&](const NodeHandle& sensor) {
         SceneMaker made;
         made.add(polygon({{-1, -1, 0}, {-1, 1, 0}, {1, 1, 0}, {1, -1, 0}}), material(make("bsdf", "black"), emitter(line)));
@@ -187,7 +197,8 @@ TEST(Emitters, NarrowLineThroughTheCamera) {
     SceneMaker boxes = scene(make("sensor", "spectralbox"));
     const auto prepared = prepare(boxes.finish());
     const Rendered result = render(*prepared, 1 << 14);
-    for (int c = 0; c < 41; ++c) EXPECT_NEAR(value(*result.film, 0, 0, c), c == 17 ? 0.1 : 0.0, 5.0e-4) << c;  // 1 W/(m2 sr) in 10 nm
+    for (int c = 0; c < 41; ++c)
+        EXPECT_NEAR(value(*result.film, 0, 0, c), c == 17 ? 0.1 : 0.0, 5.0e-4) << c;  // 1 W/(m2 sr) in 10 nm
 }
 
 }  // namespace

@@ -44,7 +44,8 @@ TEST(Sampler, SetsAndPixelsAreUncorrelated) {
     // Independent coordinates give a standard deviation of 1/12 / sqrt(n) = 3.3e-4.
     for (std::uint32_t other = 1; other < 12; ++other) {
         EXPECT_NEAR(mean([&](std::uint32_t i) {
-                        return centred(samplePair(reversed(i), 7U, 0U).first) * centred(samplePair(reversed(i), 7U, other).second);
+                        return centred(samplePair(reversed(i), 7U, 0U).first) *
+                               centred(samplePair(reversed(i), 7U, other).second);
                     }),
                     0.0, 1.5e-3);
     }

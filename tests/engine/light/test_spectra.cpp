@@ -22,8 +22,10 @@ TEST(Blackbody, RadianceLuminanceAndColour) {
     struct Row {
         double temperature, at555, luminance, x, y, peak;
     };
-    for (const Row& row : {Row{2041.4, 6.907521, 596454.5, 0.52219, 0.41393, 1419.502}, {2856, 258.4769, 1.974973e7, 0.44754, 0.40743, 1014.626},
-                           {6504, 42813.19, 3.080221e9, 0.31346, 0.32357, 445.5369}, {10000, 182972.2, 1.326045e10, 0.28063, 0.28829, 289.7772}}) {
+    for (const Row& row : {Row{2041.4, 6.907521, 596454.5, 0.52219, 0.41393, 1419.502},
+                           {2856, 258.4769, 1.974973e7, 0.44754, 0.40743, 1014.626},
+                           {6504, 42813.19, 3.080221e9, 0.31346, 0.32357, 445.5369},
+                           {10000, 182972.2, 1.326045e10, 0.28063, 0.28829, 289.7772}}) {
         const SpectralCurve curve = curveOf(make("spectrum", "blackbody", {{"temperature", number(row.temperature)}}));
         EXPECT_NEAR(curve(555.0) / row.at555, 1.0, 1.0e-5);
         const auto xyz = core::curveXyz(curve, core::Observer::cie1931);
@@ -33,7 +35,9 @@ TEST(Blackbody, RadianceLuminanceAndColour) {
         EXPECT_NEAR(xyz[1] / sum, row.y, 2.0e-4);
         EXPECT_NEAR(core::planckPeak(row.temperature), row.peak, 1.0e-3);
     }
-    const auto lit = curveOf(make("spectrum", "blackbody", {{"temperature", number(2856)}, {"normalization", text("luminance")}, {"luminance", number(1000)}}));
+    const auto lit =
+        curveOf(make("spectrum", "blackbody",
+                     {{"temperature", number(2856)}, {"normalization", text("luminance")}, {"luminance", number(1000)}}));
     EXPECT_NEAR(core::curveLuminance(lit), 1000.0, 1.0e-3);
     const auto peaked = curveOf(make("spectrum", "blackbody", {{"temperature", number(6504)}, {"normalization", text("peak")}}));
     EXPECT_NEAR(peaked(445.5369), 1.0, 1.0e-9);
@@ -62,12 +66,14 @@ TEST(Observer, EqualEnergySpectrum) {
 TEST(SpectralGrid, NarrowBandsKeepTheirLuminance) {
     const core::SpectralGrid coarse;
     const core::SpectralGrid grid = coarse.refined(8);
-    const double observed[][2] = {{450, 25.954}, {500, 220.609}, {550, 679.55092}, {555, 683.0}, {600, 430.973}, {650, 73.081}, {700, 2.801666}};
+    const double observed[][2] = {{450, 25.954},  {500, 220.609}, {550, 679.55092}, {555, 683.0},
+                                  {600, 430.973}, {650, 73.081},  {700, 2.801666}};
     for (const auto& [lambda, luminance] : observed) {
         for (const double width : {0.1, 0.01}) {
-            const SpectralCurve line = curveOf(make("spectrum", "square", {{"minimum", number(lambda - width / 2)},
-                                                                         {"maximum", number(lambda + width / 2)},
-                                                                         {"value", number(1.0 / width)}}));
+            const SpectralCurve line = curveOf(make("spectrum", "square",
+                                                    {{"minimum", number(lambda - width / 2)},
+                                                     {"maximum", number(lambda + width / 2)},
+                                                     {"value", number(1.0 / width)}}));
             core::SpectralTables first(coarse);
             first.add(line);
             EXPECT_TRUE(first.tooCoarse());
@@ -80,7 +86,8 @@ TEST(SpectralGrid, NarrowBandsKeepTheirLuminance) {
                 const auto a = tables.table(table)[i];
                 const auto b = tables.table(observer)[i];
                 total += a.value + 0.5 * a.rise;
-                sum += double(a.value) * b.value + 0.5 * (double(a.value) * b.rise + double(a.rise) * b.value) + double(a.rise) * b.rise / 3.0;
+                sum += double(a.value) * b.value + 0.5 * (double(a.value) * b.rise + double(a.rise) * b.value) +
+                       double(a.rise) * b.rise / 3.0;
             }
             EXPECT_NEAR(total * grid.step, 1.0, 1.0e-5) << lambda;
             EXPECT_NEAR(sum * grid.step * 683.0 / luminance, 1.0, 1.0e-4) << lambda;
@@ -91,7 +98,8 @@ TEST(SpectralGrid, NarrowBandsKeepTheirLuminance) {
 TEST(SpectralGrid, LinesBetweenBordersAndEdgesOnBordersAreExact) {
     const core::SpectralGrid grid;
     core::SpectralTables tables(grid);
-    const int ramp = tables.add(curveOf(make("spectrum", "triangle", {{"center", number(550)}, {"width", number(40)}, {"peak", number(2)}})));
+    const int ramp =
+        tables.add(curveOf(make("spectrum", "triangle", {{"center", number(550)}, {"width", number(40)}, {"peak", number(2)}})));
     const int box = tables.add(curveOf(make("spectrum", "square", {{"minimum", number(500)}, {"maximum", number(600)}})));
     for (int i = 0; i < grid.cells; ++i) {
         const double left = grid.border(i);
@@ -110,7 +118,8 @@ TEST(Tabulated, InterpolatesExtrapolatesAndMendsInput) {
     EXPECT_DOUBLE_EQ(linear(499.0), 0.0);
     const SpectralCurve held = curveOf(make("spectrum", "tabulated", {{"samples", table}, {"extrapolation", text("hold")}}));
     EXPECT_DOUBLE_EQ(held(100.0), 1.0);
-    const SpectralCurve nearest = curveOf(make("spectrum", "tabulated", {{"samples", table}, {"interpolation", text("nearest")}}));
+    const SpectralCurve nearest =
+        curveOf(make("spectrum", "tabulated", {{"samples", table}, {"interpolation", text("nearest")}}));
     EXPECT_DOUBLE_EQ(nearest(574.0), 1.0);
     EXPECT_DOUBLE_EQ(nearest(576.0), 3.0);
     const SpectralCurve cubic = curveOf(make("spectrum", "tabulated", {{"samples", table}, {"interpolation", text("cubic")}}));
@@ -123,7 +132,8 @@ TEST(Tabulated, InterpolatesExtrapolatesAndMendsInput) {
 
 TEST(Colours, SmoothSpectraHaveTheColourAskedFor) {
     const auto flat = core::curveXyz(core::constantCurve(1.0), core::Observer::cie1931);
-    for (const std::array<double, 3>& wanted : {std::array{0.95, 1.0, 1.09}, {0.4, 0.2, 0.02}, {0.2, 0.1, 0.9}, {1.0, 1.0, 1.0}}) {
+    for (const std::array<double, 3>& wanted :
+         {std::array{0.95, 1.0, 1.09}, {0.4, 0.2, 0.02}, {0.2, 0.1, 0.9}, {1.0, 1.0, 1.0}}) {
         const SpectralCurve curve =
             curveOf(make("spectrum", "cie-xyz", {{"x", number(wanted[0])}, {"y", number(wanted[1])}, {"z", number(wanted[2])}}));
         const auto got = core::curveXyz(curve, core::Observer::cie1931);

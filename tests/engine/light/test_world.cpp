@@ -22,8 +22,10 @@ const std::vector<Point> kSquare{{-1, -1, 0}, {-1, 1, 0}, {1, 1, 0}, {1, -1, 0}}
 using Matrix = std::array<double, 16>;
 
 TEST(Instances, FrontStaysFrontUnderAnyMap) {
-    const Matrix maps[] = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},      {-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
-                           {2, 0, 0, 0, 0, 0.1, 0, 0, 0, 0, 2.5, 0, 0, 0, 0, 1},    {1, 0.5, 0, 0, 0, 1, 0.3, 0, 0, 0, 1, 0.1, 0, 0, 0, 1},
+    const Matrix maps[] = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
+                           {-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
+                           {2, 0, 0, 0, 0, 0.1, 0, 0, 0, 0, 2.5, 0, 0, 0, 0, 1},
+                           {1, 0.5, 0, 0, 0, 1, 0.3, 0, 0, 0, 1, 0.1, 0, 0, 0, 1},
                            {0, -3, 0, 0, 3, 0, 0, 0, 0, 0, 1e-3, 0, 0, 0, 0, 1}};
     for (const Matrix& map : maps) {
         SceneMaker mesh, inner, cone;
@@ -58,7 +60,8 @@ TEST(Instances, SharedMeshesLookLikeCopies) {
             wavy.triangles.insert(wavy.triangles.end(), {a, a + 1, b + 1, a, b + 1, b});
         }
     }
-    const Matrix places[] = {{1, 0, 0, -1.1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, {-1, 0.2, 0, 1.1, 0, 0.8, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1}};
+    const Matrix places[] = {{1, 0, 0, -1.1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
+                             {-1, 0.2, 0, 1.1, 0, 0.8, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1}};
     const auto scene = [&](bool shared) {
         SceneMaker made;
         with(made.setup, "environment", make("environment", "uniform"));
@@ -96,7 +99,9 @@ TEST(Instances, PlaceAndSizeOfTheSceneDoNotMatter) {
         const Matrix place{scale, 0, 0, shift, 0, scale, 0, shift, 0, 0, scale, -shift, 0, 0, 0, 1};
         made.add(polygon({{-1, 0, -1}, {-1, 0, 1}, {1, 0, 1}, {1, 0, -1}}), material(lambertian(uniform(0.8)))).transform = place;
         made.add(polygon({{-1, 0, 0}, {1, 0, 0}, {1, 1, 0}, {-1, 1, 0}}), material(lambertian(uniform(0.8)))).transform = place;
-        const auto at = [&](double x, double y, double z) { return Point{scale * x + shift, scale * y + shift, scale * z - shift}; };
+        const auto at = [&](double x, double y, double z) {
+            return Point{scale * x + shift, scale * y + shift, scale * z - shift};
+        };
         with(made.setup, "instrument", camera(at(0.3, 1.5, -2), at(0, 0.2, -0.2), 12.0, 4, 4, energySensor()));
         const Rendered result = render(*prepare(made.finish()), 512);
         double sum = 0.0;
@@ -131,7 +136,8 @@ TEST(Instances, WhatCannotBePlacedIsNamedAndLeftOut) {
     for (const double extreme : {1.0e-20, 1.0e11}) {  // odd, but finite
         SceneMaker made;
         made.add(polygon(kSquare), glow(5)).transform = {extreme, 0, 0, 0, 0, extreme, 0, 0, 0, 0, extreme, 0, 0, 0, 0, 1};
-        made.add(node::Sphere{}, material(lambertian(uniform(0.5)))).transform = {extreme, 0, 0, 0, 0, extreme, 0, 0, 0, 0, extreme, 0, 0, 0, 0, 1};
+        made.add(node::Sphere{}, material(lambertian(uniform(0.5)))).transform = {extreme, 0, 0,       0, 0, extreme, 0, 0,
+                                                                                  0,       0, extreme, 0, 0, 0,       0, 1};
         Messages messages;
         EXPECT_TRUE(std::isfinite(seen(made)));
     }
@@ -193,8 +199,8 @@ TEST(Links, AreFollowedAndCyclesEnd) {
     SceneMaker made;
     NodeHandle bright = glow(4);
     bright->setName("bright");
-    made.scene.nodes = {made.setup, linked("material", "b", "a"), linked("material", "bright", "b"), bright, linked("material", "y", "x"),
-                        linked("material", "x", "y")};
+    made.scene.nodes = {made.setup, linked("material", "b", "a"), linked("material", "bright", "b"),
+                        bright,     linked("material", "y", "x"), linked("material", "x", "y")};
     node::Instance& instance = made.add(polygon(kSquare), nullptr);
     instance.materialName = "a";
     EXPECT_NEAR(seen(made), 4.0, 1.0e-4);
@@ -227,7 +233,8 @@ TEST(Layers, FlagsHoldForWhatIsBelow) {
     const auto level = [](const char* flagName, bool onParent, std::vector<std::vector<std::string>> paths) {
         SceneMaker made;
         const NodeHandle inner = layer("inner", onParent ? nullptr : flagName);
-        with(made.setup, "layers", layer("main", nullptr, {layer("outer", onParent ? flagName : nullptr, {inner}), layer("free")}));
+        with(made.setup, "layers",
+             layer("main", nullptr, {layer("outer", onParent ? flagName : nullptr, {inner}), layer("free")}));
         made.add(polygon(kSquare), glow(6)).layers = std::move(paths);
         return seen(made);
     };

@@ -1,5 +1,3 @@
-#include "engine/node/node.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,6 +5,7 @@
 
 #include "engine/node/catalogue/build.h"
 #include "engine/node/color.h"
+#include "engine/node/node.h"
 
 namespace nemra::node {
 namespace {
@@ -43,7 +42,8 @@ TEST(Setting, SaysWhyItRefuses) {
     const auto body = make("spectrum", "blackbody");
     EXPECT_EQ(refusal(*body, "temperature", Value{0.5}), "parameter 'temperature': 0.5 K is below the least allowed value, 1 K");
     EXPECT_EQ(refusal(*body, "temperature", Value{std::nan("")}), "parameter 'temperature': is not a number");
-    EXPECT_EQ(refusal(*body, "temperature", Value{std::numeric_limits<double>::infinity()}), "parameter 'temperature': is not finite");
+    EXPECT_EQ(refusal(*body, "temperature", Value{std::numeric_limits<double>::infinity()}),
+              "parameter 'temperature': is not finite");
     EXPECT_EQ(refusal(*body, "luminance", Value{1.0}), "parameter 'luminance' exists only with normalization = luminance");
     EXPECT_EQ(refusal(*body, "wattage", Value{1.0}), "there is no parameter 'wattage'");
     EXPECT_NE(refusal(*body, "normalization", Value{std::string("watt")}).find("none peak luminance"), std::string::npos);
@@ -153,7 +153,8 @@ TEST(Children, TouchedDefaultsCount) {
     ASSERT_TRUE(material->mutableChild("bsdf")->mutableChild("reflectance")->set("value", Value{0.2}, why));
     EXPECT_FALSE(material->isDefaultChild("bsdf")) << "also when the change is further down";
     EXPECT_TRUE(material->isDefaultChild("emitter"));
-    EXPECT_EQ(make("material", "generic")->child("bsdf")->child("reflectance")->real("value"), 0.5) << "defaults are never changed";
+    EXPECT_EQ(make("material", "generic")->child("bsdf")->child("reflectance")->real("value"), 0.5)
+        << "defaults are never changed";
 }
 
 TEST(Copying, CloneSharesCopyDoesNot) {
@@ -181,7 +182,8 @@ TEST(Copying, KeepsSharingAndBearsDeepNesting) {
         const auto left = make("layer", "generic", "left");
         const auto right = make("layer", "generic", "right");
         const auto top = make("layer", "generic", "top");
-        ASSERT_TRUE(left->setChild(shared, why) && right->setChild(shared, why) && top->setChild(left, why) && top->setChild(right, why));
+        ASSERT_TRUE(left->setChild(shared, why) && right->setChild(shared, why) && top->setChild(left, why) &&
+                    top->setChild(right, why));
         shared = top;
     }
     const auto copy = shared->copy();
