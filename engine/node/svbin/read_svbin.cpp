@@ -38,9 +38,9 @@ std::shared_ptr<Geometry> readGeometry(FileView& file, const fb::Geometry& geome
     if (const fb::Mesh* const mesh = geometry.shape_as_Mesh()) {
         read->shape = readMesh(file, *mesh);
     } else if (const fb::Sphere* const sphere = geometry.shape_as_Sphere()) {
-        read->shape = Sphere{sphere->radius(), sphere->reverse()};
+        read->shape = Sphere{sphere->radius().value_or(Sphere().radius), sphere->reverse()};
     } else if (const fb::Cone* const cone = geometry.shape_as_Cone()) {
-        read->shape = Cone{cone->top_radius(), cone->reverse()};
+        read->shape = Cone{cone->top_radius().value_or(Cone().topRadius), cone->reverse()};
     } else {
         throw Fault{file.offsetOf(&geometry), "geometry '" + read->name + "' has an unknown shape"};
     }

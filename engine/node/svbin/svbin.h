@@ -18,7 +18,7 @@ inline constexpr int kSvbinVersion = 1;
 inline constexpr std::string_view kSvbinIdentifier = "SVB1";
 
 // Reading. `origin` names the source in messages, which say the byte at which the damaged part begins. No length in the file is
-// trusted, and memory stays within a multiple of the file: 1 for arrays, 50 for cells of tables and for nodes. Unknown classes
+// trusted, and memory stays within a multiple of the file: 1 for arrays, 100 for cells of tables and for nodes. Unknown classes
 // and parameters are treated as `unknown` says; broken input gives one error message, and false or null.
 NEMRA_API bool readSvbin(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown = Unknown::refuse);
 NEMRA_API std::shared_ptr<Node> readSvbinNode(std::span<const char> bytes, std::string_view origin,

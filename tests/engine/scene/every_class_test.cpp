@@ -69,7 +69,9 @@ TEST_F(EncodedClass, BackAtItsDefaults) {
         Node node(*nodeClass, "n");
         for (std::size_t i = 0; i < nodeClass->children.size(); ++i) {
             Node& child = *node.mutableChild(nodeClass->children[i].name);
-            for (const auto& setting : child.activeParameters()) {
+            // A choice takes with it what its option brought, so ask again after each change.
+            for (std::size_t k = 0; k < child.activeParameters().size(); ++k) {
+                const auto setting = child.activeParameters()[k];
                 std::string why;
                 if (setting.spec->type == NEMRA_PARAMETER_INFO) continue;
                 EXPECT_TRUE(child.set(setting.spec->name, setting.spec->defaultValue, why)) << why;
