@@ -102,7 +102,7 @@ NodeClass equisolidClass() {
             .summary = "Measured BSDF over discs on which areas are proportional to solid angles (Lambert 1772)",
             .parameters = {info("projection",
                                 "A disc of radius 1 fills the square; the centre is the normal, the edge the horizon, and "
-                                "the radius is the square root of 2 times sin(theta / 2); x to the right along growing u")
+                                "the radius is sqrt(2) sin(theta / 2); x to the right along growing u")
                                .doc("How directions lie on the squares"),
                            channelWavelengths(),
                            count("incident_resolution", 1)

@@ -5,8 +5,9 @@
 
 namespace nemra::node {
 
-/// Interfaces with facets: reflective, refractive, glossy, phong, lobe, velvet, coateddiffuse, carpaint, sparklify, diffraction.
+/// Facets, lobes, cloth, flakes, gratings.
 void addGlossyBsdfs(Catalogue& catalogue);
+/// A body under a clear coat: coateddiffuse, carpaint.
 void addCoatedBsdfs(Catalogue& catalogue);
 /// fluo_lambertian, fluo_oren_nayar.
 void addFluorescentBsdfs(Catalogue& catalogue);
