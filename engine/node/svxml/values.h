@@ -20,6 +20,8 @@ void appendValue(std::string& out, const Value& value);
 template <class Number>
 std::vector<Number> readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
     std::vector<Number> numbers;
+    // Memory that isn't written costs nothing, growing by copying does.
+    if (constexpr std::size_t kUsualWord = 8; text.size() > 1024 * kUsualWord) numbers.reserve(text.size() / kUsualWord);
     for (;;) {
         const std::string_view word = takeWord(text);
         if (word.empty()) return numbers;
