@@ -39,7 +39,7 @@ constexpr int kRefinement = 8;
 }  // namespace
 
 Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const PrepareOptions& options) {
-    Translation translation(scene);
+    Translation translation(scene, options.libraries);
     setup_ = chooseSetup(setupName, translation);
     camera_ = makeCamera(*setup_.instrument, translation);
     sensor_ = makeSensor(setup_.instrument->child("sensor"), translation);
@@ -253,9 +253,9 @@ PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t firs
     return counts;
 }
 
-std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName) {
+std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName, Libraries* libraries) {
     try {
-        return std::make_shared<const Prepared>(scene, setupName, PrepareOptions{});
+        return std::make_shared<const Prepared>(scene, setupName, PrepareOptions{.libraries = libraries});
     } catch (const SceneFault& fault) {
         log::error(fault.source(), fault.what());
     } catch (const std::bad_alloc&) {

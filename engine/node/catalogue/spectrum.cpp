@@ -77,6 +77,14 @@ void addSpectrumClasses(Catalogue& catalogue) {
                             .option("luminance", "Scaled to a given luminance",
                                     {real("luminance", 1.0).unit("cd/m2").range(0.0, 1.0e12).doc("Luminance of the source")})
                             .doc("What fixes the level of the curve")}});
+    catalogue.add(
+        {.family = "spectrum",
+         .type = "preset",
+         .summary = "Measured or standard spectrum from a library, by name",
+         .parameters = {text("preset", "cie_d65")
+                            .doc("Name of the spectrum in the scene or in a library found through the library paths, such as "
+                                 "cie_d65, cie_a or cie_f11"),
+                        real("scale", 1.0).pure().range(0.0, 1.0e15).doc("Factor on all values")}});
     catalogue.addLinked("spectrum");
 }
 
