@@ -1,5 +1,6 @@
 #include "engine/node/catalogue/build.h"
 
+#include <iterator>
 #include <stdexcept>
 
 namespace nemra::node {
@@ -48,14 +49,18 @@ Parameter& Parameter::column(const Parameter& column) {
 
 Parameter::operator ParameterSpec() const {
     const auto complain = [&](const char* what) { throw std::logic_error("parameter '" + spec_.name + "' " + what); };
-    const bool isNumber =
-        spec_.type == NEMRA_PARAMETER_REAL || spec_.type == NEMRA_PARAMETER_INTEGER || spec_.type == NEMRA_PARAMETER_VECTOR;
+    const bool isNumber = spec_.type == NEMRA_PARAMETER_REAL || spec_.type == NEMRA_PARAMETER_INTEGER ||
+                          spec_.type == NEMRA_PARAMETER_VECTOR || spec_.type == NEMRA_PARAMETER_MATRIX2 ||
+                          spec_.type == NEMRA_PARAMETER_MATRIX3;
     if (spec_.name.empty()) complain("has no name");
     if (spec_.doc.empty()) complain("has no documentation");
     if (isNumber && !hasUnit_) complain("has no unit and isn't said to be pure");
     if (spec_.type == NEMRA_PARAMETER_CHOICE && spec_.options.empty()) complain("has no options");
     for (const OptionSpec& option : spec_.options) {
         if (option.doc.empty()) complain("has an option without documentation");
+        for (const ParameterSpec& nested : option.parameters) {
+            if (nested.type == NEMRA_PARAMETER_TABLE) complain("has a table below an option");
+        }
     }
     if (spec_.type == NEMRA_PARAMETER_TABLE && spec_.columns.empty()) complain("has no columns");
     ParameterSpec spec = spec_;
@@ -72,12 +77,18 @@ Parameter boolean(std::string name, bool defaultValue) { return {std::move(name)
 Parameter text(std::string name, std::string defaultValue) {
     return {std::move(name), NEMRA_PARAMETER_TEXT, Value{std::move(defaultValue)}};
 }
+Parameter file(std::string name) { return {std::move(name), NEMRA_PARAMETER_FILE, Value{std::string()}}; }
+Parameter info(std::string name, std::string text) { return {std::move(name), NEMRA_PARAMETER_INFO, Value{std::move(text)}}; }
 Parameter link(std::string name) { return {std::move(name), NEMRA_PARAMETER_LINK, Value{std::string()}}; }
 Parameter vector(std::string name, double x, double y, double z) {
     return {std::move(name), NEMRA_PARAMETER_VECTOR, Value{std::vector<double>{x, y, z}}};
 }
 Parameter direction(std::string name, double x, double y, double z) {
     return {std::move(name), NEMRA_PARAMETER_DIRECTION, Value{std::vector<double>{x, y, z}}};
+}
+Parameter matrix2(std::string name) { return {std::move(name), NEMRA_PARAMETER_MATRIX2, Value{std::vector<float>{1, 0, 0, 1}}}; }
+Parameter matrix3(std::string name) {
+    return {std::move(name), NEMRA_PARAMETER_MATRIX3, Value{std::vector<float>{1, 0, 0, 0, 1, 0, 0, 0, 1}}};
 }
 Parameter choice(std::string name) { return {std::move(name), NEMRA_PARAMETER_CHOICE, Value{std::string()}}; }
 Parameter color(std::string name, std::string space, float c0, float c1, float c2) {
@@ -92,6 +103,11 @@ Parameter wavelength(std::string name, double defaultNm) { return real(std::move
 ChildSpec child(std::string name, std::string family, std::string defaultType, std::string doc,
                 std::vector<std::pair<std::string, Value>> defaults) {
     return {std::move(name), std::move(family), std::move(defaultType), std::move(doc), std::move(defaults)};
+}
+
+std::vector<ParameterSpec> joined(std::vector<ParameterSpec> first, std::vector<ParameterSpec> second) {
+    first.insert(first.end(), std::make_move_iterator(second.begin()), std::make_move_iterator(second.end()));
+    return first;
 }
 
 void Catalogue::addLinked(const std::string& family) {

@@ -39,12 +39,20 @@ NEMRA_API Parameter boolean(std::string name, bool defaultValue);
 NEMRA_API Parameter text(std::string name, std::string defaultValue = "");
 /// Text that names a node or a geometry of the scene.
 NEMRA_API Parameter link(std::string name);
+/// Path of a file: absolute, or relative to the scene file or one of the scene's search paths.
+NEMRA_API Parameter file(std::string name);
+/// Text that can only be read: what a user of the class must know besides its values, such as the frame of its angles.
+NEMRA_API Parameter info(std::string name, std::string text);
 NEMRA_API Parameter vector(std::string name, double x, double y, double z);
 /// A pure direction, not necessarily of length 1.
 NEMRA_API Parameter direction(std::string name, double x, double y, double z);
+/// Square matrices that act on column vectors; the unit by default. Numbers are kept row by row, in single precision.
+NEMRA_API Parameter matrix2(std::string name);
+NEMRA_API Parameter matrix3(std::string name);
 NEMRA_API Parameter choice(std::string name);
 NEMRA_API Parameter color(std::string name, std::string space, float c0, float c1, float c2);
-/// Empty by default.
+/// Empty by default. A table stands at the top of its class, never below an option: a binding finds the columns of such a table
+/// only there.
 NEMRA_API Parameter table(std::string name);
 
 /// A wavelength in nm within what the engine simulates.
@@ -54,6 +62,10 @@ NEMRA_API ChildSpec child(std::string name, std::string family, std::string defa
                           std::vector<std::pair<std::string, Value>> defaults = {});
 /// Number of a default of a child.
 inline Value number(double value) { return Value{value}; }
+/// Text of a default of a child, or the name of an option.
+inline Value word(std::string value) { return Value{std::move(value)}; }
+/// The parameters of both lists, in this order.
+NEMRA_API std::vector<ParameterSpec> joined(std::vector<ParameterSpec> first, std::vector<ParameterSpec> second);
 
 /// Where the families put their classes.
 class NEMRA_API Catalogue {

@@ -129,15 +129,15 @@ TEST(Callbacks, AfterReleaseNoneStartsAndReleaseDoesNotWait) {
 
 TEST(Callbacks, ReleaseFromInsideACallback) {
     static nemra_renderer_t* handle;
-    static std::atomic<int> calls;
+    static std::atomic<int> calls;  // counted after the release, so that whoever sees a call sees the handle that it left
     for (int repeat = 0; repeat < 10; ++repeat) {
         calls = 0;
         handle = nemraRendererCreate();
         auto renderer = nemra::find<core::Renderer>(handle);
         renderer->addLocalNode();
         nemraRendererSetStateChangedCallback(handle, nullptr, [](void*, NemraRendererState_t) {
-            ++calls;
             nemraRendererRelease(&handle);
+            ++calls;
         });
         ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
         renderer.reset();

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <set>
 
 #include "engine/node/catalogue/build.h"
@@ -18,6 +19,14 @@ void visitAll(const std::vector<ParameterSpec>& parameters, const std::function<
         visit(spec);
         for (const OptionSpec& option : spec.options) visitAll(option.parameters, visit);
     }
+}
+
+bool isNumber(const ParameterSpec& spec) {
+    return spec.type == NEMRA_PARAMETER_REAL || spec.type == NEMRA_PARAMETER_INTEGER || spec.type == NEMRA_PARAMETER_VECTOR ||
+           spec.type == NEMRA_PARAMETER_MATRIX2 || spec.type == NEMRA_PARAMETER_MATRIX3;
+}
+bool hasLimits(const ParameterSpec& spec) {
+    return !isNumber(spec) || (std::isfinite(spec.minimum) && std::isfinite(spec.maximum));
 }
 
 class EveryClass : public testing::Test {
@@ -39,9 +48,8 @@ TEST_F(EveryClass, DescribesItsParameters) {
             for (const ParameterSpec& column : spec.columns) EXPECT_FALSE(column.doc.empty());
             std::set<std::string> options;
             for (const OptionSpec& option : spec.options) EXPECT_TRUE(options.insert(option.name).second) << option.name;
-            if (spec.type == NEMRA_PARAMETER_REAL || spec.type == NEMRA_PARAMETER_INTEGER) {
-                EXPECT_TRUE(std::isfinite(spec.minimum) && std::isfinite(spec.maximum)) << "a number without limits";
-            }
+            EXPECT_TRUE(hasLimits(spec)) << "a number without limits";
+            for (const ParameterSpec& column : spec.columns) EXPECT_TRUE(hasLimits(column)) << column.name;
         });
     }
 }
@@ -86,6 +94,72 @@ TEST_F(EveryClass, MakesNodesWithDefaultChildren) {
     }
 }
 
+// A binding makes one pair of methods for all parameters of one name in a class, and binds it to the choice at the top under
+// which it met the name first. So a name must not come up under two of them, nor in two kinds or units.
+TEST_F(EveryClass, UsesEachNameInOnePlaceAndKind) {
+    for (const NodeClass* const nodeClass : allClasses()) {
+        SCOPED_TRACE(nodeClass->family + '/' + nodeClass->type);
+        std::map<std::string, std::pair<const ParameterSpec*, const ParameterSpec*>> seen;  // the parameter, and that at the top
+        for (const ParameterSpec& top : nodeClass->parameters) {
+            const auto meet = [&](const ParameterSpec& spec) {
+                const auto [first, isNew] = seen.try_emplace(spec.name, &spec, &top);
+                if (isNew) return;
+                EXPECT_EQ(first->second.second, &top) << spec.name << " comes up under two parameters";
+                EXPECT_EQ(first->second.first->type, spec.type) << spec.name;
+                EXPECT_EQ(first->second.first->unit, spec.unit) << spec.name;
+            };
+            meet(top);
+            for (const OptionSpec& option : top.options) visitAll(option.parameters, meet);
+        }
+    }
+}
+
+// Names are typed as they stand in scripts: only small letters, digits and underscores survive as a keyword of a method.
+TEST_F(EveryClass, HasNamesThatAScriptCanType) {
+    const auto isPlain = [](const std::string& name) {
+        return !name.empty() && std::islower(static_cast<unsigned char>(name[0])) &&
+               std::all_of(name.begin(), name.end(),
+                           [](unsigned char c) { return std::islower(c) || std::isdigit(c) || c == '_'; });
+    };
+    for (const NodeClass* const nodeClass : allClasses()) {
+        SCOPED_TRACE(nodeClass->family + '/' + nodeClass->type);
+        for (const ChildSpec& child : nodeClass->children) EXPECT_TRUE(isPlain(child.name)) << child.name;
+        for (const RawSlotSpec& slot : nodeClass->rawSlots) {
+            EXPECT_TRUE(isPlain(slot.name)) << slot.name;
+            EXPECT_FALSE(slot.doc.empty()) << slot.name;
+        }
+        visitAll(nodeClass->parameters, [&](const ParameterSpec& spec) {
+            EXPECT_TRUE(isPlain(spec.name)) << spec.name;
+            for (const OptionSpec& option : spec.options) EXPECT_TRUE(isPlain(option.name)) << spec.name << ' ' << option.name;
+            for (const ParameterSpec& column : spec.columns) EXPECT_TRUE(isPlain(column.name)) << spec.name << ' ' << column.name;
+        });
+    }
+}
+
+// A class that comes up again in the tree of its own default children would never end.
+TEST_F(EveryClass, HasFiniteDefaultTrees) {
+    std::vector<const NodeClass*> path;
+    const std::function<void(const NodeClass&)> descend = [&](const NodeClass& nodeClass) {
+        const bool isLoop = std::find(path.begin(), path.end(), &nodeClass) != path.end();
+        ASSERT_FALSE(isLoop) << path.front()->family << '/' << path.front()->type << " contains itself";
+        path.push_back(&nodeClass);
+        for (const ChildSpec& child : nodeClass.children) {
+            const NodeClass* const childClass = findClass(child.family, child.defaultType);
+            ASSERT_NE(childClass, nullptr);
+            descend(*childClass);
+        }
+        path.pop_back();
+    };
+    for (const NodeClass* const nodeClass : allClasses()) {
+        path.clear();
+        descend(*nodeClass);
+        const bool listsAFamily = nodeClass->listClass.empty() ||
+                                  std::any_of(allClasses().begin(), allClasses().end(),
+                                              [&](const NodeClass* other) { return other->family == nodeClass->listClass; });
+        EXPECT_TRUE(listsAFamily) << nodeClass->family << '/' << nodeClass->type << " lists " << nodeClass->listClass;
+    }
+}
+
 // Every option of every choice can be selected, brings exactly its parameters, and each of them can be set.
 TEST_F(EveryClass, SelectsEveryOption) {
     for (const NodeClass* const nodeClass : allClasses()) {
@@ -111,6 +185,9 @@ TEST(Catalogue, RefusesUnfinishedEntries) {
     EXPECT_THROW(ParameterSpec(real("x", 1.0).pure()), std::logic_error);
     EXPECT_THROW(ParameterSpec(real("x", 2.0).pure().range(0.0, 1.0).doc("Default out of range")), std::logic_error);
     EXPECT_THROW(ParameterSpec(choice("x").doc("No options")), std::logic_error);
+    EXPECT_THROW(ParameterSpec(matrix2("x").doc("No unit")), std::logic_error);
+    const ParameterSpec values = table("values").column(integer("row", 0).pure().range(0, 9).doc("Row")).doc("Values");
+    EXPECT_THROW(ParameterSpec(choice("x").option("measured", "Table below", {values}).doc("Choice")), std::logic_error);
 }
 
 }  // namespace
