@@ -1,6 +1,6 @@
 # Run at every build: writes the version's source file when the commit has changed, so that the text follows HEAD without a new
-# configuration. Input: SOURCE (source tree), OUTPUT (file to write), VERSION (a.b.c). Outside a repository the file SOURCE_VERSION at
-# the root of a source archive gives the digits; without it they are zeros.
+# configuration. Input: SOURCE (source tree), OUTPUT (file to write), VERSION (a.b.c). Outside a repository the file SOURCE_VERSION
+# gives the digits, which `git archive` writes into it; without them they are zeros.
 set(digits "")
 if(EXISTS "${SOURCE}/.git")
     execute_process(COMMAND git -C "${SOURCE}" rev-parse --short=12 HEAD

@@ -22,6 +22,7 @@ void addSetupClasses(Catalogue& catalogue) {
               boolean("polarization", false).doc("Follow the polarisation of light")},
          .children = {child("instrument", "instrument", "stdcam", "What measures"),
                       child("environment", "environment", "black", "Light from outside the scene"),
+                      child("ambient_medium", "medium", "simple", "What fills the space between the objects"),
                       child("layers", "layer", "generic", "Root of the layers")}});
     catalogue.addLinked("setup");
 }
