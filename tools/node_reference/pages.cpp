@@ -172,16 +172,23 @@ std::string pythonName(const NodeClass& nodeClass) {
     return "nemra.nodes." + nodeClass.family + '.' + name;
 }
 
+/// What a user meets who takes a class of that family whose light part isn't written yet.
+std::string missingNote(const std::string& family) {
+    if (family == "instrument" || family == "setup") return "**Not simulated yet**: a render that asks for it is refused.";
+    if (family == "output") return "**Not written yet**: an rgbimage takes its place, after a warning.";
+    if (family == "filter") return "**Not available yet**: pictures are made without it, after a warning.";
+    return "**Not simulated yet**: a render that meets it gives a warning.";
+}
+
 std::string familyPage(const std::string& family, const std::vector<const NodeClass*>& classes) {
     std::string page = kOrigin + ("# " + family) + "\n\n";
     if (family == "rtf") page += "The classes of this family have no class in Python; scene files and other nodes name them.\n\n";
     for (const NodeClass* const nodeClass : classes) {
         page += "## " + nodeClass->family + '/' + nodeClass->type + "\n\n" + nodeClass->summary + ".\n\n";
-        if (family != "rtf") page += "Python class " + code(pythonName(*nodeClass)) + ".";
-        if (!core::hasLightPart(nodeClass->family, nodeClass->type)) {
-            page += std::string(family != "rtf" ? " " : "") + "**Not simulated yet**: a render says so and goes on without it.";
-        }
-        page += page.back() == '\n' ? "" : "\n\n";
+        std::vector<std::string> notes;
+        if (family != "rtf") notes.push_back("Python class " + code(pythonName(*nodeClass)) + ".");
+        if (!core::hasLightPart(family, nodeClass->type)) notes.push_back(missingNote(family));
+        for (const std::string& note : notes) page += note + (&note == &notes.back() ? "\n\n" : " ");
         addParameters(page, *nodeClass);
         addChildren(page, *nodeClass);
         if (!nodeClass->listClass.empty()) {

@@ -98,7 +98,8 @@ TEST(Unlit, ANodeInAnySlotOfAKnownClassIsNamedOnce) {
             place(maker, node);
             const auto messages = messagesOf(maker);
             EXPECT_EQ(about(messages, odd->label()), 1) << joined(messages);
-            EXPECT_EQ(about(messages, node->label()), 0) << "what holds it is simulated: " << joined(messages);
+            const auto isComplaint = [](const std::string& text) { return text.find("simulated yet") != std::string::npos; };
+            EXPECT_EQ(std::count_if(messages.begin(), messages.end(), isComplaint), 1) << joined(messages);
             families.insert(family);
         }
     }
