@@ -3,7 +3,7 @@
 namespace nemra::core {
 
 ClassTable<MakeDielectric>& dielectricClasses() {
-    static ClassTable<MakeDielectric> table;
+    static ClassTable<MakeDielectric> table("dielectricfunc");
     return table;
 }
 
@@ -11,7 +11,7 @@ ComplexIndex makeDielectric(const NodePointer& node, Translation& translation) {
     const NodePointer resolved = translation.resolve(node);
     if (!resolved) return {};
     if (const MakeDielectric make = dielectricClasses().find(resolved->type())) return make(*resolved, translation);
-    translation.warn(*resolved, "dielectric functions of this class aren't simulated yet; it counts as vacuum");
+    translation.warnUnlit(*resolved, "dielectric functions of this class aren't simulated yet; it counts as vacuum");
     return {};
 }
 

@@ -9,6 +9,7 @@
 #include "engine/common/log.h"
 #include "engine/core/environment/environment.h"
 #include "engine/core/kernel/workspace.h"
+#include "engine/core/output/resolve_links.h"
 
 namespace nemra::core {
 
@@ -50,6 +51,8 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
         sensor_.cellsPerBox *= kRefinement;
         environment = translateSurfaces(translation);
     }
+    translation.reportUnlit(setup_.node);
+    setup_.instrument = withoutLinks(setup_.instrument, translation);
     lights_ = makeLightList(world_, *tables_);
     traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     if (lights_.lights.empty() && environment < 0)

@@ -3,7 +3,7 @@
 namespace nemra::core {
 
 ClassTable<MakeSetup>& setupClasses() {
-    static ClassTable<MakeSetup> table;
+    static ClassTable<MakeSetup> table("setup");
     return table;
 }
 

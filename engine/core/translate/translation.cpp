@@ -1,7 +1,10 @@
 #include "engine/core/translate/translation.h"
 
+#include <vector>
+
 #include "engine/common/log.h"
 #include "engine/core/library/nearest_names.h"
+#include "engine/core/translate/class_table.h"
 
 namespace nemra::core {
 
@@ -50,6 +53,29 @@ void Translation::warn(const node::Node& node, std::string_view text) { warn(nod
 
 void Translation::warn(std::string_view source, std::string_view text) {
     if (said_.emplace(source, text).second) log::warning(source, text);
+}
+
+void Translation::warnUnlit(const node::Node& node, std::string_view text) {
+    unlit_.insert(&node);
+    warn(node, text);
+}
+
+void Translation::reportUnlit(const NodePointer& root) {
+    std::vector<NodePointer> open{root};  // not recursive: links can make long chains
+    while (!open.empty()) {
+        const NodePointer node = resolve(std::move(open.back()));
+        open.pop_back();
+        if (!node || unlit_.contains(node.get()) || !visited_.insert(node.get()).second) continue;
+        if (node->family() == "output") continue;  // outputs and filters tell when they are run
+        if (!hasLightPart(node->family(), node->type())) {
+            warnUnlit(*node, "its class isn't simulated yet; it is left out");
+            continue;
+        }
+        for (const node::ChildSpec& slot : node->nodeClass().children) {
+            if (!node->isDefaultChild(slot.name)) open.push_back(node->child(slot.name));
+        }
+        for (NodePointer& item : node->list()) open.push_back(std::move(item));
+    }
 }
 
 }  // namespace nemra::core

@@ -50,10 +50,18 @@ public:
     void warn(const node::Node& node, std::string_view text);
     void warn(std::string_view source, std::string_view text);
 
+    /// Such a warning for a node whose class has no light part; `text` says what takes its place.
+    void warnUnlit(const node::Node& node, std::string_view text);
+    /// Follows the tree below a node that was translated and warns of what no translation met: nodes that somebody has put there
+    /// and whose class has no light part. One warning each; none for those that warnUnlit told of, nor for what lies below them.
+    void reportUnlit(const NodePointer& root);
+
 private:
     const node::Scene& scene_;
     Libraries* const libraries_;
     std::set<std::pair<std::string, std::string>> said_;
+    std::set<const node::Node*> unlit_;    ///< told of by warnUnlit
+    std::set<const node::Node*> visited_;  ///< by reportUnlit
 };
 
 }  // namespace nemra::core

@@ -9,8 +9,6 @@ Parameter diameter(std::string name, double defaultUm) {
     return real(std::move(name), defaultUm).unit("um").range(1.0e-4, 1.0e4);
 }
 
-Parameter limits(std::string name, double defaultUm) { return diameter(std::move(name), defaultUm); }
-
 Parameter concentration() {
     return choice("concentration")
         .option("volume_fraction", "Share of the volume that is particles",
@@ -38,10 +36,10 @@ Parameter sizes() {
         .option("gamma", "Gamma distribution of clouds and aerosols (Hansen and Travis 1974)",
                 {diameter("effective_diameter", 1.0).doc("Mean diameter weighted by cross-section"),
                  real("effective_variance", 0.1).pure().range(1.0e-4, 0.499).doc("Relative variance weighted by cross-section")})
-        .option(
-            "power_law", "Number of particles falls as a power of the size (Junge 1963)",
-            {limits("minimum_diameter", 0.1).doc("Smallest diameter"), limits("maximum_diameter", 10.0).doc("Largest diameter"),
-             real("exponent", 4.0).pure().range(0.0, 20.0).doc("Number per diameter goes as diameter to minus this power")})
+        .option("power_law", "Number of particles falls as a power of the size (Junge 1963)",
+                {diameter("minimum_diameter", 0.1).doc("Smallest diameter"),
+                 diameter("maximum_diameter", 10.0).doc("Largest diameter"),
+                 real("exponent", 4.0).pure().range(0.0, 20.0).doc("Number per diameter goes as diameter to minus this power")})
         .option("tabulated", "The table sizes")
         .doc("How the sizes of the particles are spread");
 }

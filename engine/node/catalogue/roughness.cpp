@@ -95,7 +95,7 @@ void addRoughnessClasses(Catalogue& catalogue) {
     catalogue.add({.family = "roughness",
                    .type = "beckmann",
                    .summary = "Normally distributed slopes (Beckmann and Spizzichino 1963)",
-                   .parameters = {widths("Root of two times the root mean square slope"), masking()},
+                   .parameters = {widths("Width of the distribution: sqrt(2) times the root mean square slope"), masking()},
                    .children = {scale()}});
     catalogue.add({.family = "roughness",
                    .type = "phong",

@@ -186,6 +186,29 @@ TEST(ShippedLibraries, EachNodeTellsSourceAndLicenceAndReadsWithoutComplaint) {
     EXPECT_TRUE(messages.all.empty()) << messages.all.front();
 }
 
+/// Scenes that set nothing must find what the catalogue names: presets that are a class's or a child's default.
+TEST(ShippedLibraries, HaveEveryPresetThatTheCatalogueNames) {
+    node::registerClasses();
+    Libraries libraries({kShipped});
+    const auto check = [&](const std::string& family, const std::string& name, const std::string& where) {
+        if (!name.empty()) EXPECT_NE(libraries.find(family, name), nullptr) << where << ": " << name;
+        return !name.empty();
+    };
+    int count = 0;
+    for (const node::NodeClass* const nodeClass : node::allClasses()) {
+        for (const node::ParameterSpec& parameter : nodeClass->parameters) {
+            if (parameter.name != "preset" || parameter.type != NEMRA_PARAMETER_TEXT) continue;
+            count += check(nodeClass->family, std::get<std::string>(parameter.defaultValue.data), nodeClass->type);
+        }
+        for (const auto& child : nodeClass->defaultChildren) {
+            const auto preset = child->findParameter("preset");
+            if (!preset.spec || preset.spec->type != NEMRA_PARAMETER_TEXT) continue;
+            count += check(child->family(), std::get<std::string>(preset.value->data), nodeClass->family + '/' + nodeClass->type);
+        }
+    }
+    EXPECT_GE(count, 3);
+}
+
 // ---- How names are looked up ------------------------------------------------------------------------------------------------
 
 /// A folder of libraries of its own, gone with the test.
