@@ -68,6 +68,17 @@ std::string whyRefused(const Cone& cone) {
                : "the top radius must be finite and not below zero";
 }
 
+std::string whyRefused(const Geometry& geometry) {
+    return std::visit([](const auto& shape) { return whyRefused(shape); }, geometry.shape);
+}
+
+std::string whyRefused(const Instance& instance) {
+    const auto& transform = instance.transform;
+    const auto bad = std::find_if(transform.begin(), transform.end(), [](double x) { return !std::isfinite(x); });
+    if (bad == transform.end()) return {};
+    return "transform: element " + std::to_string(bad - transform.begin()) + " isn't finite";
+}
+
 const std::vector<float>& triangleNormals(const Mesh& mesh) {
     if (mesh.triangleNormals.size() == mesh.triangles.size()) return mesh.triangleNormals;
     std::vector<float> normals(mesh.triangles.size(), 0.0F);

@@ -16,6 +16,10 @@ NEMRA_API std::string whyRefused(const Mesh& mesh);
 /// A radius must be finite and above zero, the top radius of a cone finite and not below zero.
 NEMRA_API std::string whyRefused(const Sphere& sphere);
 NEMRA_API std::string whyRefused(const Cone& cone);
+/// Whichever shape it has.
+NEMRA_API std::string whyRefused(const Geometry& geometry);
+/// The transform must be finite.
+NEMRA_API std::string whyRefused(const Instance& instance);
 
 /// Unit normals of the triangles, by the right-hand rule over their vertices; zero where a triangle has no area.
 /// Made once and kept in the mesh, which must be sound.

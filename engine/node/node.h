@@ -99,6 +99,8 @@ public:
     /// Into the slot of its name, or the slot whose child has that name (same family), or into the list (family = listClass),
     /// where one of the same name is replaced. Refused with `why` if none fits or a cycle would arise.
     bool setChild(std::shared_ptr<Node> child, std::string& why);
+    /// At the end of the list, whatever the names of the others are: how a list comes back that was written with equal names.
+    bool addItem(std::shared_ptr<Node> item, std::string& why);
 
     /// Raw slots by name; null for an unknown or empty slot.
     const Value* rawSlot(std::string_view name) const;

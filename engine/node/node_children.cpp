@@ -154,6 +154,20 @@ bool Node::setChild(std::shared_ptr<Node> child, std::string& why) {
     return true;
 }
 
+bool Node::addItem(std::shared_ptr<Node> item, std::string& why) {
+    if (!item || class_->listClass.empty() || item->family() != class_->listClass) {
+        why = "has no list that takes " + (item ? item->label() : "nothing");
+        return false;
+    }
+    if (item->reaches(*this)) {
+        why = item->label() + " contains this node and can't become its child";
+        return false;
+    }
+    touched_ = true;
+    writableChildren().list.push_back(std::move(item));
+    return true;
+}
+
 std::shared_ptr<Node> Node::duplicate() const {
     auto twin = std::make_shared<Node>(*class_, name_);
     twin->overrides_ = overrides_;

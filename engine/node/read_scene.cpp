@@ -8,23 +8,25 @@
 #include <memory>
 #include <vector>
 
+#include "engine/common/buffer.h"
 #include "engine/common/log.h"
 #include "engine/common/workdir.h"
-#include "engine/node/svxml/limits.h"
+#include "engine/node/encoding/gzip.h"
+#include "engine/node/encoding/limits.h"
+#include "engine/node/svbin/svbin.h"
 #include "engine/node/svxml/svxml.h"
 
 namespace nemra::node {
 
 namespace {
 
-enum class Encoding { svxml, svbin, gzip, unknown };
+enum class Encoding { svxml, svbin, unknown };
 
-/// From the first bytes: gzip has its magic number (RFC 1952), svbin the file identifier of its schema behind the root offset,
+/// From the first bytes: svbin has the file identifier of its schema behind the root offset,
 /// svxml a '<' behind blanks and an optional byte order mark.
 Encoding encodingOf(std::span<const char> bytes) {
     std::string_view text(bytes.data(), bytes.size());
-    if (text.starts_with("\x1f\x8b")) return Encoding::gzip;
-    if (text.size() >= 8 && text.substr(4, 4) == "SVB1") return Encoding::svbin;
+    if (text.size() >= 8 && text.substr(4, 4) == kSvbinIdentifier) return Encoding::svbin;
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     return first != std::string_view::npos && text[first] == '<' ? Encoding::svxml : Encoding::unknown;
@@ -35,7 +37,7 @@ struct CloseFile {
 };
 
 /// The whole of a regular file. On failure one error message, and false.
-bool readBytes(const std::string& path, std::vector<char>& bytes) {
+bool readBytes(const std::string& path, Buffer& bytes) {
     const auto fail = [&](const std::string& why) {
         log::error(path, "can't read the scene: " + why);
         return false;
@@ -46,38 +48,46 @@ bool readBytes(const std::string& path, std::vector<char>& bytes) {
     struct stat about {};
     if (fstat(fileno(file.get()), &about) != 0) return fail(std::strerror(errno));
     if (!S_ISREG(about.st_mode)) return fail("it isn't a regular file");
-    if (about.st_size > static_cast<off_t>(svxml::kMaxBytes)) return fail("it is larger than 2 GiB");
-    bytes.resize(static_cast<std::size_t>(about.st_size));
-    const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), file.get());
+    if (about.st_size > static_cast<off_t>(kMaxFileBytes)) return fail("it is larger than 2 GiB");
+    const auto size = static_cast<std::size_t>(about.st_size);
+    bytes.grow(std::fread(bytes.room(size), 1, size, file.get()));
     if (std::ferror(file.get())) return fail(std::strerror(errno));
-    bytes.resize(got);
     return true;
 }
 
-}  // namespace
-
-bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene) {
+bool readPlain(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
     switch (encodingOf(bytes)) {
         case Encoding::svxml:
-            return readSvxml(bytes, origin, scene);
+            return readSvxml(bytes, origin, scene, unknown);
         case Encoding::svbin:
-            log::error(origin, "reading svbin is not available yet");
-            return false;
-        case Encoding::gzip:
-            log::error(origin, "reading gzipped scenes is not available yet");
-            return false;
+            return readSvbin(bytes, origin, scene, unknown);
         case Encoding::unknown:
             break;
     }
     log::error(origin,
-               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor any other encoding of scenes");
+               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor svbin nor one of these gzipped");
     return false;
 }
 
-bool readSceneFile(const std::string& path, Scene& scene) {
+}  // namespace
+
+bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
     try {
-        std::vector<char> bytes;
-        return readBytes(path, bytes) && readScene(bytes, path, scene);
+        if (!isGzip(bytes)) return readPlain(bytes, origin, scene, unknown);
+        Buffer inflated;
+        std::string why;
+        if (gunzip(bytes, inflated, why)) return readPlain(inflated.bytes(), origin, scene, unknown);
+        log::error(origin, why);
+    } catch (const std::bad_alloc&) {
+        log::error(origin, "not enough memory to read this");
+    }
+    return false;
+}
+
+bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown) {
+    try {
+        Buffer bytes;
+        return readBytes(path, bytes) && readScene(bytes.bytes(), path, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(path, "not enough memory to read this");
         return false;

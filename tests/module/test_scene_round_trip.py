@@ -79,3 +79,45 @@ def test_stale_wrapper_is_answered(scene):
     scene.clearGeometry()
     assert ball.setRadius(1) is False and ball.getRadius() in (0.0, -1.0)
     assert scene.remove(ball) is False
+
+
+@pytest.mark.parametrize("form", [Scene.SVBIN, Scene.SVXMLZ, Scene.SVBINZ])
+def test_bytes_keep_the_scene(scene, form, tmp_path):
+    stream = io.BytesIO()
+    scene.write(stream, form)
+    again = Scene("other")
+    assert again.readBytes(stream.read())
+    assert again.print() == scene.print()
+    path = tmp_path / "of any name"
+    path.write_bytes(stream.getvalue())
+    from_file = Scene("third")
+    assert from_file.read(str(path))
+    assert from_file.print() == scene.print()
+    for size in range(0, len(stream.getvalue()), 7):
+        assert again.readBytes(stream.getvalue()[:size]) is False
+    assert again.print() == scene.print()
+
+
+def test_single_pieces_are_written_as_bytes(scene, tmp_path):
+    for index, piece in enumerate((scene.getNodes()[0], scene.getMeshes()[0], scene.getInstances()[0])):
+        path = tmp_path / str(index)
+        with open(path, "wb") as file:
+            piece.write(file)
+        assert path.read_bytes()[4:8] == b"SVB1"
+
+
+def test_a_render_starts_from_each_encoding_and_gives_the_same_bits(tmp_path):
+    box = Scene("box")
+    assert box.read(examples["cornellbox"])
+    box.findNodes("setup")[0].getChild("instrument").setResolution([16, 16])
+    pictures = []
+    for form in Scene.Format.__members__.values():
+        stream = io.StringIO() if form == Scene.SVXML else io.BytesIO()
+        box.write(stream, form)
+        written = stream.getvalue()
+        pictures.append(picture_of(lambda made: made.startData(written if isinstance(written, bytes) else written.encode())))
+        path = tmp_path / form.name
+        path.write_bytes(written if isinstance(written, bytes) else written.encode())
+        pictures.append(picture_of(lambda made: made.start(str(path))))
+    for picture in pictures[1:]:
+        assert (picture == pictures[0]).all()

@@ -77,7 +77,7 @@ bool nemraScene_readFromFile(nemra_scene_t* scene, const char* path) {
     return guarded<bool>(__func__, false, [&] {
         const auto found = find<SceneObject>(scene);
         Scene read;
-        if (!found || !readSceneFile(std::string(viewOf(path)), read)) return false;
+        if (!found || !readSceneFile(std::string(viewOf(path)), read, Unknown::skip)) return false;
         found->replace(std::move(read));
         return true;
     });
@@ -92,7 +92,7 @@ bool nemraScene_readFromChar(nemra_scene_t* scene, const char* data, int32_t siz
             return false;
         }
         Scene read;
-        if (!readScene({data, static_cast<std::size_t>(size)}, "buffer", read)) return false;
+        if (!readScene({data, static_cast<std::size_t>(size)}, "buffer", read, Unknown::skip)) return false;
         found->replace(std::move(read));
         return true;
     });

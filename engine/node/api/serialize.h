@@ -1,29 +1,23 @@
-/// The formats of the functions that give objects as bytes.
+/// What the functions have in common that give objects as bytes.
 #pragma once
 
-#include <cstdint>
-
 #include "engine/common/log.h"
-#include "engine/common/text.h"
-#include "engine/node/svxml/svxml.h"
+#include "engine/node/encoding/encode.h"
 
 namespace nemra::node {
 
-enum class Format { svxml = 0, svbin = 1, svxmlz = 2, svbinz = 3 };
-
 /// `object` in that format as the caller's bytes, with their count in `size` (which may be null). Null, with a message and size
-/// 0, for an encoding that isn't there.
+/// 0, for an encoding that there isn't.
 template <class Object, class Size>
 char* serialize(const char* function, const Object& object, int format, Size* size) {
-    if (static_cast<Format>(format) != Format::svxml) {
-        const bool known = format > 0 && format <= static_cast<int>(Format::svbinz);
-        log::warning(function, known ? "this encoding is not available yet" : "there is no such encoding");
+    const auto known = formatOf(format);
+    if (!known) {
+        log::warning(function, "there is no such encoding");
         return nullptr;
     }
-    const std::string text = writeSvxml(object);
-    char* const copy = callersText(text);
-    if (size != nullptr) *size = static_cast<Size>(text.size());
-    return copy;
+    Buffer bytes = encode(object, *known);
+    if (size != nullptr) *size = static_cast<Size>(bytes.size());
+    return std::move(bytes).release();
 }
 
 }  // namespace nemra::node

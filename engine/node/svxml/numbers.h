@@ -10,9 +10,12 @@
 
 namespace nemra::node::svxml {
 
+/// Characters of a number at most.
+constexpr std::size_t kMaxDigits = 40;
+
 template <class Number>
 void appendNumber(std::string& out, Number value) {
-    char digits[40];
+    char digits[kMaxDigits];
     const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
     out.append(digits, end);
 }

@@ -1,4 +1,4 @@
-#include <cmath>
+#include <algorithm>
 
 #include "engine/node/mesh.h"
 #include "engine/node/svxml/numbers.h"
@@ -45,7 +45,7 @@ Number readScalar(Source& source, pugi::xml_node element, const Geometry& geomet
 
 /// Where the place matters most, an index out of range, the message says the triangle; the place is the element's.
 void check(Source& source, pugi::xml_node element, const Geometry& geometry) {
-    const std::string why = std::visit([](const auto& shape) { return whyRefused(shape); }, geometry.shape);
+    const std::string why = whyRefused(geometry);
     if (!why.empty()) source.fail(element, label(geometry) + ": " + why);
 }
 
@@ -84,10 +84,9 @@ void readTransform(Source& source, pugi::xml_node element, Instance& instance) {
     const ElementText text(element);
     const auto numbers = readNumbers<double>(source, text.view(), source.offsetOf(element), what);
     if (numbers.size() != 16) source.fail(element, what + ": 16 numbers expected, " + std::to_string(numbers.size()) + " found");
-    for (std::size_t i = 0; i < 16; ++i) {
-        if (!std::isfinite(numbers[i])) source.fail(element, what + ": element " + std::to_string(i) + " isn't finite");
-        instance.transform[i] = numbers[i];
-    }
+    std::copy(numbers.begin(), numbers.end(), instance.transform.begin());
+    if (const std::string why = whyRefused(instance); !why.empty())
+        source.fail(element, "instance of '" + instance.geometryName + "': " + why);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 namespace nemra::node::svxml {
 
-/// <node family="..." type="..." name="...">
+/// <node family="..." type="..." name="...">. Null for an unknown class that was skipped, as below.
 std::shared_ptr<Node> readNode(Source& source, pugi::xml_node element);
 /// <material type="..." name="...">: a node of a family that its place tells.
 std::shared_ptr<Node> readNodeOfFamily(Source& source, pugi::xml_node element, std::string_view family);

@@ -1,7 +1,4 @@
-#include <set>
-
 #include "engine/common/log.h"
-#include "engine/node/svxml/limits.h"
 #include "engine/node/svxml/numbers.h"
 #include "engine/node/svxml/read_parts.h"
 #include "engine/node/svxml/svxml.h"
@@ -12,28 +9,17 @@ namespace svxml {
 
 namespace {
 
-void checkVersion(const Source& source, pugi::xml_node element) {
+void checkSvxmlVersion(const Source& source, pugi::xml_node element) {
     const pugi::xml_attribute attribute = element.attribute("version");
     if (!attribute) return;
     int version = 0;
     if (parseNumber(std::string_view(attribute.value()), version) != NumberFault::none || version < 1)
         throw Fault{source.offsetOf(attribute), "version isn't a number from 1"};
-    if (version > kVersion)
+    if (version > kSvxmlVersion)
         throw Fault{source.offsetOf(attribute), "written in version " + std::to_string(version) +
-                                                    " of the form, this reader knows versions up to " + std::to_string(kVersion)};
+                                                    " of the form, this reader knows versions up to " +
+                                                    std::to_string(kSvxmlVersion)};
 }
-
-/// References by name find the first of a name, so a second one is most likely a slip.
-class Names {
-public:
-    void add(Source& source, pugi::xml_node element, const std::string& label) {
-        if (!seen_.insert(label).second)
-            source.warn(source.offsetOf(element), "a second " + label + "; references find the first");
-    }
-
-private:
-    std::set<std::string> seen_;
-};
 
 }  // namespace
 
@@ -41,19 +27,20 @@ Scene readScene(Source& source, pugi::xml_node element) {
     if (std::string_view(element.name()) != "scene")
         source.fail(element, "element 'scene' expected, not '" + std::string(element.name()) + "'");
     source.checkAttributes(element, {"version", "name", "active_setup"});
-    checkVersion(source, element);
+    checkSvxmlVersion(source, element);
     Scene scene;
     scene.name = element.attribute("name").value();
     scene.activeSetup = element.attribute("active_setup").value();
-    Names names;
     for (const pugi::xml_node part : element.children()) {
         const std::string_view name = part.name();
         if (name == "node") {
-            scene.nodes.push_back(readNode(source, part));
-            names.add(source, part, scene.nodes.back()->label());
+            if (auto node = readNode(source, part)) {
+                source.report().named(source.offsetOf(part), node->label());
+                scene.nodes.push_back(std::move(node));
+            }
         } else if (isGeometryElement(name)) {
             scene.geometries.push_back(readGeometry(source, part));
-            names.add(source, part, "geometry '" + scene.geometries.back()->name + "'");
+            source.report().named(source.offsetOf(part), "geometry '" + scene.geometries.back()->name + "'");
         } else if (name == "instance") {
             scene.instances.push_back(readInstance(source, part));
         } else if (name == "search_path") {
@@ -75,13 +62,13 @@ namespace {
 
 /// Runs `body` on the parsed text and turns a Fault into one error message.
 template <class Body>
-bool read(std::span<const char> text, std::string_view origin, Body&& body) {
+bool read(std::span<const char> text, std::string_view origin, Unknown unknown, Body&& body) {
     try {
-        svxml::Source source(text, origin);
+        svxml::Source source(text, origin, unknown);
         body(source, source.root());
-        source.finishWarnings();
+        source.report().finish();
         return true;
-    } catch (const svxml::Fault& fault) {
+    } catch (const Fault& fault) {
         log::error(svxml::placeOf(text, origin, fault.at), fault.text);
     } catch (const std::bad_alloc&) {
         log::error(origin, "not enough memory to read this");
@@ -91,13 +78,14 @@ bool read(std::span<const char> text, std::string_view origin, Body&& body) {
 
 }  // namespace
 
-bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene) {
-    return read(text, origin, [&](svxml::Source& source, pugi::xml_node root) { scene = svxml::readScene(source, root); });
+bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene, Unknown unknown) {
+    return read(text, origin, unknown,
+                [&](svxml::Source& source, pugi::xml_node root) { scene = svxml::readScene(source, root); });
 }
 
-std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin) {
+std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin, Unknown unknown) {
     std::shared_ptr<Node> node;
-    read(text, origin, [&](svxml::Source& source, pugi::xml_node root) {
+    read(text, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
         if (std::string_view(root.name()) != "node")
             source.fail(root, "element 'node' expected, not '" + std::string(root.name()) + "'");
         node = svxml::readNode(source, root);
@@ -105,9 +93,9 @@ std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view
     return node;
 }
 
-std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::string_view origin) {
+std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::string_view origin, Unknown unknown) {
     std::shared_ptr<Geometry> geometry;
-    read(text, origin, [&](svxml::Source& source, pugi::xml_node root) {
+    read(text, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
         if (!svxml::isGeometryElement(root.name()))
             source.fail(root, "element 'mesh', 'sphere' or 'cone' expected, not '" + std::string(root.name()) + "'");
         geometry = svxml::readGeometry(source, root);
@@ -115,9 +103,9 @@ std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::str
     return geometry;
 }
 
-std::shared_ptr<Instance> readSvxmlInstance(std::span<const char> text, std::string_view origin) {
+std::shared_ptr<Instance> readSvxmlInstance(std::span<const char> text, std::string_view origin, Unknown unknown) {
     std::shared_ptr<Instance> instance;
-    read(text, origin, [&](svxml::Source& source, pugi::xml_node root) {
+    read(text, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
         if (std::string_view(root.name()) != "instance")
             source.fail(root, "element 'instance' expected, not '" + std::string(root.name()) + "'");
         instance = svxml::readInstance(source, root);

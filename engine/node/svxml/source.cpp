@@ -3,29 +3,10 @@
 #include <algorithm>
 #include <functional>
 
-#include "engine/common/log.h"
-#include "engine/node/svxml/limits.h"
+#include "engine/node/encoding/limits.h"
+#include "engine/node/encoding/utf8.h"
 
 namespace nemra::node::svxml {
-
-namespace {
-
-/// Length of the UTF-8 sequence at the front of `rest`, or 0 if it is damaged, overlong or a surrogate (RFC 3629).
-std::size_t utf8Length(std::span<const char> rest) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(rest[i]); };
-    const unsigned lead = byte(0);
-    if (lead < 0x80) return 1;
-    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    if (length == 0 || length > rest.size()) return 0;
-    for (std::size_t i = 1; i < length; ++i)
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    const unsigned second = byte(1);
-    const bool outside = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||
-                         (lead == 0xF4 && second > 0x8F);
-    return outside ? 0 : length;
-}
-
-}  // namespace
 
 std::string placeOf(std::span<const char> text, std::string_view origin, std::size_t at) {
     at = std::min(at, text.size());
@@ -48,7 +29,9 @@ ElementText::ElementText(pugi::xml_node element) {
     }
 }
 
-Source::Source(std::span<const char> text, std::string_view origin) : text_(text), origin_(origin) {
+Source::Source(std::span<const char> text, std::string_view origin, Unknown unknown)
+    : text_(text),
+      report_(origin, unknown, [text, origin = std::string(origin)](std::size_t at) { return placeOf(text, origin, at); }) {
     checkBytes();
     // Parsing in place writes its ends of text over the markup behind them; one spare byte takes the last.
     buffer_.reserve(text.size() + 1);
@@ -61,12 +44,9 @@ Source::Source(std::span<const char> text, std::string_view origin) : text_(text
 }
 
 void Source::checkBytes() const {
-    if (text_.size() > kMaxBytes) throw Fault{0, "the text is larger than 2 GiB"};
-    for (std::size_t i = 0; i < text_.size();) {
-        const std::size_t length = text_[i] == '\0' ? 0 : utf8Length(text_.subspan(i));
-        if (length == 0) throw Fault{i, text_[i] == '\0' ? "a zero byte stands in the text" : "the text isn't UTF-8"};
-        i += length;
-    }
+    if (text_.size() > kMaxFileBytes) throw Fault{0, "the text is larger than 2 GiB"};
+    const std::size_t at = firstNotText({text_.data(), text_.size()});
+    if (at < text_.size()) throw Fault{at, text_[at] == '\0' ? "a zero byte stands in the text" : "the text isn't UTF-8"};
 }
 
 void Source::checkStructure() {
@@ -82,7 +62,7 @@ void Source::checkStructure() {
     // Walks without recursion, since the depth is what is being checked.
     element = root_;
     for (;;) {
-        if (depth > kMaxDepth) fail(element, "elements nest deeper than " + std::to_string(kMaxDepth));
+        if (depth > kMaxFileDepth) fail(element, "elements nest deeper than " + std::to_string(kMaxFileDepth));
         if (element.first_child()) {
             element = element.first_child();
             ++depth;
@@ -103,14 +83,6 @@ std::size_t Source::offsetOf(const char* character, std::size_t otherwise) const
     const std::less<const char*> before;
     const bool inside = !before(character, buffer_.data()) && before(character, buffer_.data() + buffer_.size());
     return inside ? static_cast<std::size_t>(character - buffer_.data()) : otherwise;
-}
-
-void Source::warn(std::size_t at, std::string_view text) {
-    if (++warnings_ <= kMaxWarnings) log::warning(placeOf(text_, origin_, at), text);
-}
-
-void Source::finishWarnings() {
-    if (warnings_ > kMaxWarnings) log::warning(origin_, std::to_string(warnings_ - kMaxWarnings) + " further warnings left out");
 }
 
 std::string_view Source::required(pugi::xml_node element, const char* attribute) const {

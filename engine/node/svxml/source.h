@@ -8,19 +8,17 @@
 #include <string_view>
 #include <vector>
 
-namespace nemra::node::svxml {
+#include "engine/node/encoding/report.h"
 
-/// Why and where reading stops. `at` is an offset into the text.
-struct Fault {
-    std::size_t at;
-    std::string text;
-};
+namespace nemra::node::svxml {
 
 /// Owns the parsed elements. Reports warnings as "origin:line:column".
 class Source {
 public:
     /// Throws a Fault if the text isn't well-formed, isn't UTF-8, declares a document type, or nests too deep.
-    Source(std::span<const char> text, std::string_view origin);
+    Source(std::span<const char> text, std::string_view origin, Unknown unknown);
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
 
     /// The one outermost element.
     pugi::xml_node root() const { return root_; }
@@ -31,9 +29,8 @@ public:
     std::size_t offsetOf(const char* character, std::size_t otherwise) const;
 
     [[noreturn]] void fail(pugi::xml_node element, std::string text) const { throw Fault{offsetOf(element), std::move(text)}; }
-    void warn(std::size_t at, std::string_view text);
-    /// Says how many warnings were left out.
-    void finishWarnings();
+    Report& report() noexcept { return report_; }
+    void warn(std::size_t at, std::string_view text) { report_.warn(at, text); }
 
     /// An attribute that must be there.
     std::string_view required(pugi::xml_node element, const char* attribute) const;
@@ -48,11 +45,10 @@ private:
     void checkStructure();
 
     std::span<const char> text_;
-    std::string origin_;
+    Report report_;
     std::vector<char> buffer_;  // parsed in place, so that texts point into it and offsets stay true
     pugi::xml_document document_;
     pugi::xml_node root_;
-    int warnings_ = 0;
 };
 
 /// "origin:line:column", both from 1; the column counts bytes.

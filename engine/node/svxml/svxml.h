@@ -4,24 +4,31 @@
 
 #include <memory>
 #include <span>
-#include <string>
 #include <string_view>
 
+#include "engine/common/buffer.h"
+#include "engine/node/encoding/report.h"
 #include "engine/node/scene.h"
 
 namespace nemra::node {
 
-// Reading. `origin` names the source in messages. What is unknown among elements and attributes is skipped with a warning; broken
-// input, unknown classes and unknown parameters give one error message with the place, and false or null.
-NEMRA_API bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene);
-NEMRA_API std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin);
-NEMRA_API std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::string_view origin);
-NEMRA_API std::shared_ptr<Instance> readSvxmlInstance(std::span<const char> text, std::string_view origin);
+/// Version of the form that is written; readers take this one and earlier ones.
+inline constexpr int kSvxmlVersion = 1;
+
+// Reading. `origin` names the source in messages. What is unknown among elements and attributes is skipped with a warning;
+// unknown classes and parameters as `unknown` says. Broken input gives one error message with the place, and false or null.
+NEMRA_API bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene, Unknown unknown = Unknown::refuse);
+NEMRA_API std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin,
+                                              Unknown unknown = Unknown::refuse);
+NEMRA_API std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::string_view origin,
+                                                      Unknown unknown = Unknown::refuse);
+NEMRA_API std::shared_ptr<Instance> readSvxmlInstance(std::span<const char> text, std::string_view origin,
+                                                      Unknown unknown = Unknown::refuse);
 
 // Writing. Throws std::length_error for what no reader would take back: nodes nested too deep, a text above 2 GiB.
-NEMRA_API std::string writeSvxml(const Scene& scene);
-NEMRA_API std::string writeSvxml(const Node& node);
-NEMRA_API std::string writeSvxml(const Geometry& geometry);
-NEMRA_API std::string writeSvxml(const Instance& instance);
+NEMRA_API Buffer writeSvxml(const Scene& scene);
+NEMRA_API Buffer writeSvxml(const Node& node);
+NEMRA_API Buffer writeSvxml(const Geometry& geometry);
+NEMRA_API Buffer writeSvxml(const Instance& instance);
 
 }  // namespace nemra::node

@@ -1,6 +1,7 @@
 #include "engine/node/svxml/values.h"
 
 #include <type_traits>
+#include <utility>
 
 #include "engine/node/svxml/base64.h"
 
@@ -84,7 +85,9 @@ void appendValue(std::string& out, const Value& value) {
         value.data);
 }
 
-Value readValue(const Source& source, const ParameterSpec& spec, std::string_view text, std::size_t at, std::string_view what) {
+namespace {
+
+Value readKind(const Value::Data& sample, const Source& source, std::string_view text, std::size_t at, std::string_view what) {
     return std::visit(
         [&](const auto& kind) -> Value {
             using T = std::decay_t<decltype(kind)>;
@@ -101,7 +104,45 @@ Value readValue(const Source& source, const ParameterSpec& spec, std::string_vie
                 return {std::string(text)};
             }
         },
-        kindOf(spec));
+        sample);
+}
+
+constexpr std::string_view kKindNames[] = {"", "boolean", "int32", "uint64", "float", "double"};
+
+}  // namespace
+
+Value readValue(const Source& source, const ParameterSpec& spec, std::string_view text, std::size_t at, std::string_view what) {
+    return readKind(kindOf(spec), source, text, at, what);
+}
+
+CellKind::CellKind(const ParameterSpec& column) : sample_(kindOf(column)) {}
+
+CellKind::CellKind(const ParameterSpec& column, const std::vector<Value>& cells) : CellKind(column) {
+    bool first = true;
+    for (const Value& cell : cells) {
+        if (cell.isEmpty() || (!first && cell.data.index() == sample_.index())) continue;
+        sample_ = first ? cell.data : Value::Data(0.0);
+        if (!std::exchange(first, false)) return;
+    }
+}
+
+std::optional<CellKind> CellKind::named(std::string_view name) {
+    const Value::Data samples[] = {false, std::int32_t{0}, std::uint64_t{0}, 0.0F, 0.0};
+    for (const Value::Data& sample : samples)
+        if (kKindNames[sample.index()] == name) return CellKind(sample);
+    return std::nullopt;
+}
+
+std::string_view CellKind::name() const { return sample_.index() < std::size(kKindNames) ? kKindNames[sample_.index()] : ""; }
+
+void CellKind::append(std::string& out, const Value& cell) const {
+    if (cell.data.index() == sample_.index()) return appendValue(out, cell);
+    const auto* const flag = std::get_if<bool>(&cell.data);
+    appendNumber(out, flag != nullptr ? double{*flag ? 1.0 : 0.0} : toNumber(cell).value_or(0.0));
+}
+
+Value CellKind::read(const Source& source, std::string_view text, std::size_t at, std::string_view what) const {
+    return readKind(sample_, source, text, at, what);
 }
 
 Value readRawData(const Source& source, nemra_raw_data_type_t type, std::string_view text, std::size_t at,

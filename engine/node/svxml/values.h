@@ -41,6 +41,28 @@ std::vector<Number> readNumbers(const Source& source, std::string_view text, std
 /// the parameter in messages. Not for tables and colours.
 Value readValue(const Source& source, const ParameterSpec& spec, std::string_view text, std::size_t at, std::string_view what);
 
+/// How the cells of a column of numbers are kept in a table. A caller may have filled it with another kind than the column's own,
+/// such as floats where doubles are usual, and finds that kind again.
+class CellKind {
+public:
+    /// The kind that cells of this column have when a file doesn't say any.
+    explicit CellKind(const ParameterSpec& column);
+    /// The kind of these cells; cells of different kinds count as double.
+    CellKind(const ParameterSpec& column, const std::vector<Value>& cells);
+    /// By the name that a file says, or empty.
+    static std::optional<CellKind> named(std::string_view name);
+
+    std::string_view name() const;
+    bool operator==(const CellKind& other) const { return sample_.index() == other.sample_.index(); }
+    void append(std::string& out, const Value& cell) const;
+    Value read(const Source& source, std::string_view text, std::size_t at, std::string_view what) const;
+
+private:
+    explicit CellKind(Value::Data sample) : sample_(std::move(sample)) {}
+
+    Value::Data sample_;
+};
+
 /// Contents of a raw slot of that type.
 Value readRawData(const Source& source, nemra_raw_data_type_t type, std::string_view text, std::size_t at, std::string_view what);
 

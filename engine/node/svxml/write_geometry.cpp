@@ -11,21 +11,8 @@ void writeArray(XmlWriter& writer, const char* name, const auto& numbers, std::s
     writer.numbers(numbers.data(), numbers.size(), perLine);
 }
 
-bool isFoundByName(const Scene* scene, const std::shared_ptr<Node>& node) {
-    return scene != nullptr && scene->findNode(node->family(), node->name()) == node;
-}
-
-/// The attribute half of a material: its name, where that finds it.
-void writeMaterialName(XmlWriter& writer, const std::shared_ptr<Node>& material, const std::string& name, const Scene* scene) {
-    if (material) {
-        if (isFoundByName(scene, material)) writer.attribute("material", material->name());
-    } else if (!name.empty()) {
-        writer.attribute("material", name);
-    }
-}
-
-void writeOwnMaterial(XmlWriter& writer, const std::shared_ptr<Node>& material, const Scene* scene) {
-    if (material && !isFoundByName(scene, material)) writeNodeOfFamily(writer, "material", *material);
+void writeMaterialName(XmlWriter& writer, const std::string& name) {
+    if (!name.empty()) writer.attribute("material", name);
 }
 
 void writeArrays(XmlWriter& writer, const Mesh& mesh) {
@@ -59,20 +46,20 @@ std::string joinLayerPath(const std::vector<std::string>& names) {
 
 }  // namespace
 
-void writeGeometry(XmlWriter& writer, const Geometry& geometry, const Scene* scene) {
+void writeGeometry(XmlWriter& writer, const Geometry& geometry, const MaterialNames& names) {
     const Element element(writer, typeName(geometry));
     writer.attribute("name", geometry.name);
-    writeMaterialName(writer, geometry.material, geometry.materialName, scene);
+    writeMaterialName(writer, names.nameOf(geometry.material, geometry.materialName));
     if (const auto* sphere = std::get_if<Sphere>(&geometry.shape)) writeScalars(writer, *sphere);
     if (const auto* cone = std::get_if<Cone>(&geometry.shape)) writeScalars(writer, *cone);
-    writeOwnMaterial(writer, geometry.material, scene);
+    if (const Node* const own = names.ownOf(geometry.material)) writeNodeOfFamily(writer, "material", *own);
     if (const auto* mesh = std::get_if<Mesh>(&geometry.shape)) writeArrays(writer, *mesh);
 }
 
-void writeInstance(XmlWriter& writer, const Instance& instance, const Scene* scene) {
+void writeInstance(XmlWriter& writer, const Instance& instance, const MaterialNames& names) {
     const Element element(writer, "instance");
     writer.attribute("geometry", instance.geometryName);
-    writeMaterialName(writer, instance.material, instance.materialName, scene);
+    writeMaterialName(writer, names.nameOf(instance.material, instance.materialName));
     if (instance.materialIsFallback) writer.attribute("material_is_fallback", "true");
     if (instance.transform != Instance{}.transform) {
         const Element transform(writer, "transform");
@@ -82,7 +69,7 @@ void writeInstance(XmlWriter& writer, const Instance& instance, const Scene* sce
         const Element layer(writer, "layer");
         writer.attribute("path", joinLayerPath(path));
     }
-    writeOwnMaterial(writer, instance.material, scene);
+    if (const Node* const own = names.ownOf(instance.material)) writeNodeOfFamily(writer, "material", *own);
 }
 
 }  // namespace nemra::node::svxml

@@ -1,14 +1,14 @@
-#include "engine/node/svxml/limits.h"
 #include "engine/node/svxml/svxml.h"
 #include "engine/node/svxml/write_parts.h"
 
 namespace nemra::node {
 
-std::string writeSvxml(const Scene& scene) {
+Buffer writeSvxml(const Scene& scene) {
+    const MaterialNames names(scene);
     svxml::XmlWriter writer;
     {
         const svxml::Element element(writer, "scene");
-        writer.attribute("version", svxml::kVersion);
+        writer.attribute("version", kSvxmlVersion);
         writer.attribute("name", scene.name);
         if (!scene.activeSetup.empty()) writer.attribute("active_setup", scene.activeSetup);
         for (const std::string& path : scene.searchPaths) {
@@ -21,27 +21,27 @@ std::string writeSvxml(const Scene& scene) {
             if (!import.prefix.empty()) writer.attribute("prefix", import.prefix);
         }
         for (const auto& node : scene.nodes) svxml::writeNode(writer, *node);
-        for (const auto& geometry : scene.geometries) svxml::writeGeometry(writer, *geometry, &scene);
-        for (const auto& instance : scene.instances) svxml::writeInstance(writer, *instance, &scene);
+        for (const auto& geometry : scene.geometries) svxml::writeGeometry(writer, *geometry, names);
+        for (const auto& instance : scene.instances) svxml::writeInstance(writer, *instance, names);
     }
     return std::move(writer).take();
 }
 
-std::string writeSvxml(const Node& node) {
+Buffer writeSvxml(const Node& node) {
     svxml::XmlWriter writer;
     svxml::writeNode(writer, node);
     return std::move(writer).take();
 }
 
-std::string writeSvxml(const Geometry& geometry) {
+Buffer writeSvxml(const Geometry& geometry) {
     svxml::XmlWriter writer;
-    svxml::writeGeometry(writer, geometry, nullptr);
+    svxml::writeGeometry(writer, geometry, MaterialNames());
     return std::move(writer).take();
 }
 
-std::string writeSvxml(const Instance& instance) {
+Buffer writeSvxml(const Instance& instance) {
     svxml::XmlWriter writer;
-    svxml::writeInstance(writer, instance, nullptr);
+    svxml::writeInstance(writer, instance, MaterialNames());
     return std::move(writer).take();
 }
 

@@ -2,14 +2,14 @@
 
 #include <stdexcept>
 
-#include "engine/node/svxml/limits.h"
+#include "engine/node/encoding/limits.h"
 
 namespace nemra::node::svxml {
 
 void XmlWriter::open(const char* name) {
-    if (open_.size() > kMaxDepth) throw std::length_error("nodes nest too deep to be written");
+    if (open_.size() > kMaxFileDepth) throw std::length_error("nodes nest too deep to be written");
     endTag();
-    if (!out_.empty()) newLine(open_.size());
+    if (!out_.size() == 0) newLine(open_.size());
     out_ += '<';
     out_ += name;
     open_.push_back(name);
@@ -87,7 +87,7 @@ void XmlWriter::escape(std::string_view text, bool inAttribute) {
 }
 
 void XmlWriter::checkSize() const {
-    if (out_.size() > kMaxBytes) throw std::length_error("the text would be larger than 2 GiB");
+    if (out_.size() > kMaxFileBytes) throw std::length_error("the text would be larger than 2 GiB");
 }
 
 }  // namespace nemra::node::svxml

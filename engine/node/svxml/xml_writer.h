@@ -1,10 +1,12 @@
-/// Indented XML, piece by piece into one string.
+/// Indented XML, piece by piece into one buffer.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "engine/common/buffer.h"
 #include "engine/node/svxml/numbers.h"
 
 namespace nemra::node::svxml {
@@ -29,19 +31,22 @@ public:
     void numbers(const Number* first, std::size_t count, std::size_t perLine) {
         endTag();
         inlineText_ = count <= perLine;
-        for (std::size_t i = 0; i < count; ++i) {
-            if (!inlineText_ && i % perLine == 0) {
-                newLine(open_.size());
-            } else if (i > 0) {
-                out_ += ' ';
+        for (std::size_t row = 0; row < count; row += perLine) {
+            const std::size_t end = std::min(row + perLine, count);
+            if (!inlineText_) newLine(open_.size());
+            char* const start = out_.room((end - row) * (kMaxDigits + 1));
+            char* at = start;
+            for (std::size_t i = row; i < end; ++i) {
+                if (i > row) *at++ = ' ';
+                at = std::to_chars(at, at + kMaxDigits, first[i]).ptr;
             }
-            appendNumber(out_, first[i]);
+            out_.grow(static_cast<std::size_t>(at - start));
+            checkSize();
         }
-        checkSize();
     }
     void close();
 
-    std::string take() && { return std::move(out_); }
+    Buffer take() && { return std::move(out_); }
     std::size_t depth() const noexcept { return open_.size(); }
 
 private:
@@ -50,7 +55,7 @@ private:
     void escape(std::string_view text, bool inAttribute);
     void checkSize() const;
 
-    std::string out_;
+    Buffer out_;
     std::vector<const char*> open_;
     bool inTag_ = false;       // "<name" is written, ">" isn't yet
     bool inlineText_ = false;  // the open element ends on the same line

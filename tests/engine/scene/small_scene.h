@@ -1,9 +1,18 @@
 /// A scene that has one of everything, small enough to be damaged at every byte.
 #pragma once
 
+#include <string>
 #include <string_view>
 
+#include "engine/node/svxml/svxml.h"
+
 namespace nemra::test {
+
+/// The svxml text of a scene or a part of one.
+template <class Object>
+std::string svxmlOf(const Object& object) {
+    return std::string(node::writeSvxml(object).text());
+}
 
 inline constexpr std::string_view kSmallScene = R"(<?xml version="1.0" encoding="UTF-8"?>
 <scene version="1" name="small &amp; whole" active_setup="main">

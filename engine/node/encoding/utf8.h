@@ -1,0 +1,13 @@
+/// Whether bytes are text that every encoding can carry.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace nemra::node {
+
+/// Place of the first byte that isn't part of UTF-8 (RFC 3629: nothing overlong, no surrogates) or is zero; the size if there is
+/// none.
+std::size_t firstNotText(std::string_view bytes) noexcept;
+
+}  // namespace nemra::node

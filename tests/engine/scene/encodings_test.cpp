@@ -1,0 +1,204 @@
+// Scenes in all four encodings: what comes back is equal, and what is damaged is refused with one message.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <random>
+
+#include "engine/node/encoding/encode.h"
+#include "engine/node/encoding/limits.h"
+#include "engine/node/read_scene.h"
+#include "tests/engine/scene/changed_node.h"
+#include "tests/engine/scene/messages.h"
+#include "tests/engine/scene/small_scene.h"
+
+namespace nemra::node {
+namespace {
+
+using test::kSmallScene;
+using test::Messages;
+using test::svxmlOf;
+
+constexpr Format kFormats[] = {Format::svxml, Format::svbin, Format::svxmlz, Format::svbinz};
+
+class Encodings : public testing::TestWithParam<Format> {
+protected:
+    static void SetUpTestSuite() { registerClasses(); }
+};
+
+std::string encoded(const Scene& scene, Format format) { return std::string(encode(scene, format).text()); }
+
+Scene smallScene() {
+    Scene scene;
+    EXPECT_TRUE(readScene(kSmallScene, "small scene", scene));
+    return scene;
+}
+
+/// A node of each class, changed, and geometries with materials of their own.
+Scene sceneOfEveryClass() {
+    Scene scene;
+    scene.name = "of every class";
+    for (const NodeClass* const nodeClass : allClasses())
+        scene.nodes.push_back(test::changedNode(*nodeClass, nodeClass->type, 1));
+    auto geometry = std::make_shared<Geometry>();
+    geometry->name = "square";
+    geometry->material = test::changedNode(*findClass("material", "generic"), "own", 2);
+    geometry->shape = Mesh{.vertices = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 1.0 / 3.0},
+                           .normals = {},
+                           .uvs = {0, 0, 1, 0, 1, 1, 0, 0.1F},
+                           .triangles = {0, 1, 2, 0, 2, 3},
+                           .triangleNormals = {}};
+    auto empty = std::make_shared<Geometry>();
+    empty->shape = Mesh{};
+    auto instance = std::make_shared<Instance>();
+    instance->geometryName = "square";
+    instance->material = geometry->material;
+    instance->layers = {{"a/b", "c\\"}, {}};
+    scene.geometries = {geometry, empty};
+    scene.instances = {instance, std::make_shared<Instance>()};
+    return scene;
+}
+
+/// Reads over a scene with a mark. True if it was read and can be written; else checks that there is one error and that the mark
+/// still stands.
+bool readOrExplain(std::string_view bytes) {
+    Messages messages;
+    Scene scene;
+    scene.name = "mark";
+    scene.searchPaths = {"kept"};
+    const bool read = readScene(bytes, "test", scene);
+    EXPECT_EQ(messages.errors(), read ? 0 : 1) << messages.text();
+    if (!read) {
+        EXPECT_EQ(scene.name, "mark");
+        EXPECT_EQ(scene.searchPaths.size(), 1U);
+        return false;
+    }
+    Scene again;
+    EXPECT_TRUE(readScene(encoded(scene, Format::svbin), "again", again)) << messages.text();
+    EXPECT_EQ(svxmlOf(again), svxmlOf(scene));
+    return true;
+}
+
+TEST_P(Encodings, GiveTheSceneBack) {
+    for (const Scene& scene : {smallScene(), sceneOfEveryClass(), Scene()}) {
+        const std::string bytes = encoded(scene, GetParam());
+        Messages messages;
+        Scene again;
+        ASSERT_TRUE(readScene(bytes, "test", again)) << messages.text();
+        EXPECT_EQ(messages.errors() + messages.warnings(), 0) << messages.text();
+        EXPECT_EQ(svxmlOf(again), svxmlOf(scene));
+        EXPECT_EQ(encoded(again, GetParam()), bytes);
+    }
+}
+
+TEST_P(Encodings, CutAnywhere) {
+    const std::string whole = encoded(smallScene(), GetParam());
+    // A text may lack the line end behind its last element.
+    const std::size_t needed = GetParam() == Format::svxml ? whole.size() - 1 : whole.size();
+    for (std::size_t size = 0; size < whole.size(); ++size)
+        EXPECT_EQ(readOrExplain(std::string_view(whole).substr(0, size)), size >= needed) << "cut at " << size;
+    if (GetParam() != Format::svxml && GetParam() != Format::svbin) {
+        EXPECT_FALSE(readOrExplain(whole + whole)) << "two members";
+        EXPECT_FALSE(readOrExplain(whole + '\0'));
+        EXPECT_FALSE(readOrExplain(gzip(whole).text())) << "gzip inside gzip";
+    }
+}
+
+TEST_P(Encodings, Damaged) {
+    const std::string whole = encoded(smallScene(), GetParam());
+    std::mt19937 random(20240611);
+    const auto position = [&] { return random() % whole.size(); };
+    for (int i = 0; i < 3000; ++i) {
+        std::string bytes = whole;
+        switch (i % 4) {
+            case 0:  // single bits
+                for (unsigned k = 0; k < 1 + random() % 4; ++k) bytes[position()] ^= static_cast<char>(1U << random() % 8);
+                break;
+            case 1:  // a byte
+                bytes[position()] = static_cast<char>(random());
+                break;
+            case 2: {  // a word with an awkward number
+                constexpr std::uint32_t kAwkward[] = {0, 1, 0x7f, 0x7fffffff, 0x80000000, 0xffffffff, 0xfffffffc, 4};
+                const std::size_t at = position() / 4 * 4;
+                const std::uint32_t word = kAwkward[random() % std::size(kAwkward)];
+                for (std::size_t k = 0; k < 4 && at + k < bytes.size(); ++k) bytes[at + k] = static_cast<char>(word >> (8 * k));
+                break;
+            }
+            default: {  // a piece moved elsewhere
+                const std::size_t from = position(), to = position();
+                const std::size_t size = std::min({std::size_t{1 + random() % 64}, whole.size() - from, whole.size() - to});
+                bytes.replace(to, size, whole, from, size);
+            }
+        }
+        readOrExplain(bytes);
+        if (HasFailure()) FAIL() << "damage number " << i;
+    }
+}
+
+std::string nameOf(const testing::TestParamInfo<Format>& info) {
+    constexpr const char* kNames[] = {"svxml", "svbin", "svxmlz", "svbinz"};
+    return kNames[static_cast<int>(info.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Encodings, testing::ValuesIn(kFormats), nameOf);
+
+class Gzip : public testing::Test {
+protected:
+    static void SetUpTestSuite() { registerClasses(); }
+};
+
+std::string gunzipFault(std::string_view bytes) {
+    Buffer out;
+    std::string why;
+    EXPECT_FALSE(gunzip(bytes, out, why));
+    EXPECT_EQ(out.size(), 0U);
+    return why;
+}
+
+TEST_F(Gzip, BombsAreRefusedAtOnce) {
+    const std::string head = "<scene version=\"1\">";
+    const std::string bomb(gzip(head + std::string(70 << 20, ' ') + "</scene>").text());
+    ASSERT_LT(bomb.size(), 100000U);
+    std::string lying = bomb;  // says that it is small
+    for (std::size_t i = 0; i < 4; ++i) lying[lying.size() - 4 + i] = static_cast<char>(i == 1);
+    std::string boasting = bomb;  // says 4 GiB - 1
+    for (std::size_t i = 0; i < 4; ++i) boasting[boasting.size() - 4 + i] = '\xff';
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_NE(gunzipFault(bomb).find("times its size"), std::string::npos) << gunzipFault(bomb);
+    EXPECT_NE(gunzipFault(lying).find("inflates to more"), std::string::npos) << gunzipFault(lying);
+    EXPECT_NE(gunzipFault(boasting).find("more than 1 GiB"), std::string::npos) << gunzipFault(boasting);
+    for (const std::string& bytes : {bomb, lying, boasting}) EXPECT_FALSE(readOrExplain(bytes));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST_F(Gzip, TakesWhatCompressesWell) {
+    const std::string blanks(8 << 20, ' ');
+    Messages messages;
+    Scene scene;
+    EXPECT_TRUE(readScene(gzip("<scene name=\"s\">" + blanks + "</scene>").bytes(), "test", scene)) << messages.text();
+    EXPECT_EQ(scene.name, "s");
+}
+
+// Arrays lie where a reader can use them as they are.
+TEST(Svbin, ArraysAreAligned) {
+    Geometry geometry{.name = "odd", .materialName = "names", .material = nullptr, .shape = Mesh{}};
+    Mesh& mesh = std::get<Mesh>(geometry.shape);
+    mesh.vertices = {0.125, 0.25, 0.375, 0.5, 0.625, 0.75, 0.875, 1.125, 1.25};
+    mesh.normals = {3.5F, 3.5F, 3.5F, 3.5F, 3.5F, 3.5F, 3.5F, 3.5F, 3.5F};
+    mesh.triangles = {2, 1, 0};
+    const Buffer bytes = writeSvbin(geometry);
+    const auto find = [&](const auto& numbers) {
+        return bytes.text().find({reinterpret_cast<const char*>(numbers.data()), numbers.size() * sizeof numbers[0]});
+    };
+    for (const std::size_t at : {find(mesh.vertices), find(mesh.normals), find(mesh.triangles)}) {
+        ASSERT_NE(at, std::string_view::npos);
+        EXPECT_EQ(at % 16, 0U);
+    }
+}
+
+TEST_F(Gzip, TooMuchIsNotWritten) {
+    EXPECT_THROW(gzip({static_cast<const char*>(nullptr), kMaxInflatedBytes + 1}), std::length_error);
+}
+
+}  // namespace
+}  // namespace nemra::node
