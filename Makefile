@@ -3,6 +3,7 @@
 #   make cornellbox   build, then render the Cornell box to cornellbox.png
 #   make test         build, then run all tests; PRESET=asan or PRESET=tsan runs them under sanitizers
 #   make bench        build, then the quick benchmarks
+#   make docs         build, then write the reference of the node classes again (docs/reference)
 #   make lint         format, spelling and static checks of what changed
 #   make clean        remove the build
 PRESET ?= release
@@ -15,7 +16,7 @@ else
 BUILD := build/$(PRESET)
 endif
 
-.PHONY: all setup build cornellbox test bench lint clean
+.PHONY: all setup build cornellbox test bench docs lint clean
 
 all: build
 
@@ -40,6 +41,9 @@ bench: override BUILD := build
 bench: build
 	@cmake --build $(BUILD) --parallel $(JOBS) --target benchmarks
 	@PYTHONPATH=$(PYTHONPATH_RELEASE) benchmarks/run
+
+docs: build
+	@$(BUILD)/tools/node_reference docs/reference
 
 lint: setup
 	@tools/lint

@@ -11,6 +11,8 @@
 
 namespace nemra::core {
 
+class Libraries;
+
 /// How sensor values become the light quantities of a result.
 struct QuantityFactors {
     double sensorIrradiance = 0.0;  ///< multiplies scene radiance on axis: pi / (4 N^2); 0 if the instrument has none
@@ -51,8 +53,10 @@ public:
 };
 
 /// Translates a scene. `setupName` chooses among its setups: "" takes the active one, else the only one.
+/// Named nodes that the scene doesn't have come from `libraries`, which may be null and isn't kept.
 /// On failure one error message with the node concerned, and null. Messages go to nemra::log.
-std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName);
+std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName,
+                                                  Libraries* libraries = nullptr);
 
 /// Bytes that one buffer of an image may take at most; larger resolutions are refused before anything is allocated.
 inline constexpr std::uint64_t kMaxBufferBytes = std::uint64_t{1} << 31;

@@ -25,6 +25,9 @@ def build_parser() -> argparse.ArgumentParser:
     render.add_argument("--setup", metavar="NAME", help="setup to render, when the scene has several")
     render.add_argument("-q", "--quiet", action="store_true", help="no progress, only warnings and errors")
 
+    library = commands.add_parser("library", help="list what the shipped libraries hold")
+    library.add_argument("words", metavar="WORD", nargs="*", help="only entries with all of these words")
+
     commands.add_parser("version", help="print the version")
     commands.add_parser("examples", help="list the example scenes and their files")
     return parser
@@ -85,7 +88,18 @@ def main(arguments: list[str] | None = None) -> int:
         for name, file in examples.items():
             print(f"{name}  {file}")
         return 0
+    if options.command == "library":
+        return list_library(options.words)
     return render(options)
+
+
+def list_library(words: list[str]) -> int:
+    from . import library  # the only command that reads them
+
+    found = library.search(" ".join(words))
+    for entry in found:
+        print(f"{entry.name}  {entry.family}  {entry.summary}")
+    return 0 if found else EXIT_FAILED
 
 
 if __name__ == "__main__":

@@ -8,7 +8,7 @@
 namespace nemra::core {
 
 ClassTable<MakeBsdf>& bsdfClasses() {
-    static ClassTable<MakeBsdf> table;
+    static ClassTable<MakeBsdf> table("bsdf");
     return table;
 }
 
@@ -16,7 +16,7 @@ BsdfModel makeBsdf(const NodePointer& node, Translation& translation, SpectralTa
     const NodePointer resolved = translation.resolve(node);
     if (!resolved) return {};
     if (const MakeBsdf make = bsdfClasses().find(resolved->type())) return make(*resolved, translation, tables);
-    translation.warn(*resolved, "surfaces of this class aren't simulated yet; a diffuse reflector of 0.5 takes its place");
+    translation.warnUnlit(*resolved, "surfaces of this class aren't simulated yet; a diffuse reflector of 0.5 takes its place");
     return {SurfaceKind::lambertian, tables.add(constantCurve(0.5)), nullptr, false};
 }
 

@@ -3,7 +3,7 @@
 namespace nemra::core {
 
 ClassTable<MakeEmitter>& emitterClasses() {
-    static ClassTable<MakeEmitter> table;
+    static ClassTable<MakeEmitter> table("emitter");
     return table;
 }
 
@@ -11,7 +11,7 @@ EmitterModel makeEmitter(const NodePointer& node, Translation& translation) {
     const NodePointer resolved = translation.resolve(node);
     if (!resolved) return {};
     if (const MakeEmitter make = emitterClasses().find(resolved->type())) return make(*resolved, translation);
-    translation.warn(*resolved, "emitters of this class aren't simulated yet; it stays dark");
+    translation.warnUnlit(*resolved, "emitters of this class aren't simulated yet; it stays dark");
     return {};
 }
 

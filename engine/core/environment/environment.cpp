@@ -3,7 +3,7 @@
 namespace nemra::core {
 
 ClassTable<MakeEnvironment>& environmentClasses() {
-    static ClassTable<MakeEnvironment> table;
+    static ClassTable<MakeEnvironment> table("environment");
     return table;
 }
 
@@ -11,7 +11,7 @@ EnvironmentModel makeEnvironment(const NodePointer& node, Translation& translati
     const NodePointer resolved = translation.resolve(node);
     if (!resolved) return {};
     if (const MakeEnvironment make = environmentClasses().find(resolved->type())) return make(*resolved, translation, tables);
-    translation.warn(*resolved, "environments of this class aren't simulated yet; it is dark");
+    translation.warnUnlit(*resolved, "environments of this class aren't simulated yet; it is dark");
     return {};
 }
 

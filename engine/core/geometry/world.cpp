@@ -153,8 +153,8 @@ NodePointer WorldBuilder::materialNode(const node::Instance& instance, const nod
         if (name.empty()) return nullptr;
         NodePointer found = translation_.find("material", name);
         if (!found)
-            translation_.warn(label,
-                              "the scene has no material named \"" + name + "\"; a diffuse reflector of 0.5 takes its place");
+            translation_.warn(label, "names the material \"" + name + "\", but " + translation_.missing("material", name) +
+                                         "; a diffuse reflector of 0.5 takes its place");
         return found;
     };
     const bool own = instance.material || !instance.materialName.empty();

@@ -5,7 +5,7 @@
 namespace nemra::core {
 
 ClassTable<MakeCamera>& instrumentClasses() {
-    static ClassTable<MakeCamera> table;
+    static ClassTable<MakeCamera> table("instrument");
     return table;
 }
 

@@ -4,14 +4,24 @@ namespace nemra::core {
 
 namespace {
 
-void restrictBy(LayerFlags& flags, const node::Node& layer) {
-    if (layer.type() != "generic") return;
+void restrictByGeneric(LayerFlags& flags, const node::Node& layer) {
     flags.enabled = flags.enabled && layer.boolean("enabled");
     flags.visible = flags.visible && layer.boolean("visible");
     flags.light = flags.light && layer.boolean("light");
 }
 
+const bool kKnown = layerClasses().add("generic", restrictByGeneric);
+
+void restrictBy(LayerFlags& flags, const node::Node& layer) {
+    if (const RestrictByLayer restrictFlags = layerClasses().find(layer.type())) restrictFlags(flags, layer);
+}
+
 }  // namespace
+
+ClassTable<RestrictByLayer>& layerClasses() {
+    static ClassTable<RestrictByLayer> table("layer");
+    return table;
+}
 
 LayerTree::LayerTree(NodePointer root, Translation& translation)
     : root_(translation.resolve(std::move(root))), translation_(translation) {}

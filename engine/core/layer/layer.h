@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/core/translate/class_table.h"
 #include "engine/core/translate/translation.h"
 
 namespace nemra::core {
@@ -13,6 +14,10 @@ struct LayerFlags {
     bool visible = true;  ///< to the camera directly
     bool light = true;    ///< its emitters shine
 };
+
+/// What a layer of a class takes away from what is filed under it.
+using RestrictByLayer = void (*)(LayerFlags& flags, const node::Node& layer);
+ClassTable<RestrictByLayer>& layerClasses();
 
 class LayerTree {
 public:

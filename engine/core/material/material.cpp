@@ -3,14 +3,19 @@
 namespace nemra::core {
 
 ClassTable<MakeMaterial>& materialClasses() {
-    static ClassTable<MakeMaterial> table;
+    static ClassTable<MakeMaterial> table("material");
     return table;
 }
 
 MaterialModel makeMaterial(const NodePointer& node, Translation& translation, SpectralTables& tables) {
     if (const NodePointer resolved = node ? translation.resolve(node) : nullptr) {
-        if (const MakeMaterial make = materialClasses().find(resolved->type())) return make(*resolved, translation, tables);
-        translation.warn(*resolved, "materials of this class aren't simulated yet; a diffuse reflector of 0.5 takes its place");
+        if (const MakeMaterial make = materialClasses().find(resolved->type())) {
+            MaterialModel model = make(*resolved, translation, tables);
+            translation.reportUnlit(resolved);
+            return model;
+        }
+        translation.warnUnlit(*resolved,
+                              "materials of this class aren't simulated yet; a diffuse reflector of 0.5 takes its place");
     }
     MaterialModel neutral;
     neutral.bsdf.kind = SurfaceKind::lambertian;

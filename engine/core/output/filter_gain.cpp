@@ -11,6 +11,9 @@ void scale(XyzImage& image, double gain) {
     for (float& value : image.values) value = static_cast<float>(value * gain);
 }
 
+const bool kGainKnown = filterClasses().add("gain", filterGain);
+const bool kAutoGainKnown = filterClasses().add("averageautogain", filterAverageAutoGain);
+
 }  // namespace
 
 void filterGain(const node::Node& node, Picture& picture) { scale(picture.image, node.real("gain")); }

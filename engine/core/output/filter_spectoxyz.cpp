@@ -12,6 +12,8 @@ namespace {
 constexpr double kLuminousEfficacy = 683.0;  // lm/W at 540 THz, SI brochure, 9th ed. (2019)
 constexpr double kNanometre = 1.0e-9;
 
+const bool kKnown = filterClasses().add("spectoxyz", filterSpecToXyz);
+
 /// Index of the channel of that name, or -1.
 int channelNamed(const Film& film, std::string_view name) {
     const auto found = std::find_if(film.channels.begin(), film.channels.end(), [&](const Channel& c) { return c.name == name; });

@@ -1,18 +1,18 @@
 #include "engine/core/output/picture.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "engine/common/log.h"
 #include "engine/core/output/filters.h"
+#include "engine/core/output/write_result.h"
 
 namespace nemra::core {
 
 namespace {
 
 void runFilter(const node::Node& filter, Picture& picture) {
-    if (const Filter run = findFilter(filter.type())) {
+    if (const Filter run = filterClasses().find(filter.type())) {
         run(filter, picture);
     } else {
         log::warning(filter.label(), "this filter isn't available yet and is left out");
@@ -26,15 +26,9 @@ void runDefault(std::string_view type, Picture& picture) {
 
 }  // namespace
 
-Filter findFilter(std::string_view type) {
-    struct Entry {
-        std::string_view type;
-        Filter filter;
-    };
-    static constexpr std::array<Entry, 3> kFilters{
-        {{"spectoxyz", filterSpecToXyz}, {"gain", filterGain}, {"averageautogain", filterAverageAutoGain}}};
-    const auto found = std::find_if(kFilters.begin(), kFilters.end(), [&](const Entry& entry) { return entry.type == type; });
-    return found == kFilters.end() ? nullptr : found->filter;
+ClassTable<Filter>& filterClasses() {
+    static ClassTable<Filter> table("filter");
+    return table;
 }
 
 std::string colorSpaceOf(const node::Node* output) {
@@ -46,6 +40,9 @@ DisplayImage makeDisplayImage(const Raw& raw, bool fast) {
     const auto film = raw.film();
     const auto view = raw.view();
     const auto output = raw.output();
+    if (output && !outputClasses().find(output->type())) {
+        log::warning(output->label(), "outputs of this class aren't written yet; an rgbimage takes its place");
+    }
     Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast};
     const auto filters = output ? output->list() : std::vector<std::shared_ptr<const node::Node>>{};
     if (filters.empty()) runDefault("averageautogain", picture);

@@ -7,6 +7,7 @@
 
 #include "engine/core/output/color_space.h"
 #include "engine/core/result/raw.h"
+#include "engine/core/translate/class_table.h"
 #include "engine/node/node.h"
 
 namespace nemra::core {
@@ -27,9 +28,9 @@ struct Picture {
     bool fast;  ///< draft: a filter may trade quality for time
 };
 
-/// A class of the family "filter"; found by type, null for one that isn't known.
+/// What a class of the family "filter" does.
 using Filter = void (*)(const node::Node& node, Picture& picture);
-Filter findFilter(std::string_view type);
+ClassTable<Filter>& filterClasses();
 
 /// The sensor's channels as tristimulus values by the observer of that option name ("cie1931_2deg", "cie1964_10deg"). What a
 /// ciexyz sensor measured goes through as it is; band values are weighed by the observer's mean over each band and 683 lm/W;
@@ -46,7 +47,7 @@ struct DisplayImage {
 };
 
 /// Runs the output's filters (spectoxyz and averageautogain if it lists none) and encodes the result in its colour space.
-/// Filters that aren't known are left out with a warning.
+/// Filters that aren't known are left out with a warning; an output that isn't counts as an rgbimage, with a warning.
 DisplayImage makeDisplayImage(const Raw& raw, bool fast);
 
 /// Name of the output's colour space, "srgb" where the node has none.

@@ -14,6 +14,7 @@ namespace nemra::core {
 namespace {
 
 constexpr std::array<const char*, 2> kPictureFormats{"png", "exr"};
+const bool kPictureKnown = outputClasses().add("rgbimage", [] { return std::span<const char* const>(kPictureFormats); });
 constexpr std::array<std::string_view, 7> kLaterFormats{"jpg", "jpeg", "hdr", "csv", "txt", "html", "svraw"};
 
 std::string lower(std::string_view text) {
@@ -49,10 +50,15 @@ bool write(const Raw& raw, const std::string& path, std::string_view format) {
 
 }  // namespace
 
+ClassTable<OutputFormats>& outputClasses() {
+    static ClassTable<OutputFormats> table("output");
+    return table;
+}
+
 std::span<const char* const> outputFormats(const Raw& raw) {
     const auto output = raw.output();
-    if (!output || output->type() != "rgbimage") return {};
-    return kPictureFormats;
+    const OutputFormats formats = output ? outputClasses().find(output->type()) : nullptr;
+    return formats ? formats() : std::span<const char* const>();
 }
 
 std::optional<std::vector<char>> encodeResult(const Raw& raw, std::string_view wanted, const std::string& source) {

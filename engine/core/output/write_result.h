@@ -8,8 +8,13 @@
 #include <vector>
 
 #include "engine/core/result/raw.h"
+#include "engine/core/translate/class_table.h"
 
 namespace nemra::core {
+
+/// The formats in which a class of the family "output" can be written, the default one first.
+using OutputFormats = std::span<const char* const> (*)();
+ClassTable<OutputFormats>& outputClasses();
 
 /// Formats that an output can be written in, the default one first.
 std::span<const char* const> outputFormats(const Raw& raw);

@@ -9,6 +9,7 @@
 #include "engine/common/log.h"
 #include "engine/core/environment/environment.h"
 #include "engine/core/kernel/workspace.h"
+#include "engine/core/output/resolve_links.h"
 
 namespace nemra::core {
 
@@ -39,7 +40,7 @@ constexpr int kRefinement = 8;
 }  // namespace
 
 Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const PrepareOptions& options) {
-    Translation translation(scene);
+    Translation translation(scene, options.libraries);
     setup_ = chooseSetup(setupName, translation);
     camera_ = makeCamera(*setup_.instrument, translation);
     sensor_ = makeSensor(setup_.instrument->child("sensor"), translation);
@@ -50,6 +51,8 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
         sensor_.cellsPerBox *= kRefinement;
         environment = translateSurfaces(translation);
     }
+    translation.reportUnlit(setup_.node);
+    setup_.instrument = withoutLinks(setup_.instrument, translation);
     lights_ = makeLightList(world_, *tables_);
     traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     if (lights_.lights.empty() && environment < 0)
@@ -253,9 +256,9 @@ PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t firs
     return counts;
 }
 
-std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName) {
+std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName, Libraries* libraries) {
     try {
-        return std::make_shared<const Prepared>(scene, setupName, PrepareOptions{});
+        return std::make_shared<const Prepared>(scene, setupName, PrepareOptions{.libraries = libraries});
     } catch (const SceneFault& fault) {
         log::error(fault.source(), fault.what());
     } catch (const std::bad_alloc&) {

@@ -16,7 +16,8 @@ namespace nemra::core {
 /// Choices that a test or a benchmark makes; a render takes the defaults.
 struct PrepareOptions {
     std::size_t flatLimit = kFlatLimit;
-    RenderBatch kernel = nullptr;  ///< null: the best that runs here
+    RenderBatch kernel = nullptr;    ///< null: the best that runs here
+    Libraries* libraries = nullptr;  ///< where names are looked up that the scene doesn't have; null: nowhere
 };
 
 class Prepared final : public PreparedScene {

@@ -8,7 +8,7 @@
 namespace nemra::core {
 
 ClassTable<MakeSensor>& sensorClasses() {
-    static ClassTable<MakeSensor> table;
+    static ClassTable<MakeSensor> table("sensor");
     return table;
 }
 
@@ -21,7 +21,7 @@ Sensor makeSensor(const NodePointer& node, Translation& translation) {
     const NodePointer resolved = translation.resolve(node);
     if (!resolved) return colorimetricSensor(Observer::cie1931);
     if (const MakeSensor make = sensorClasses().find(resolved->type())) return make(*resolved, translation);
-    translation.warn(*resolved, "sensors of this class aren't simulated yet; a ciexyz sensor takes its place");
+    translation.warnUnlit(*resolved, "sensors of this class aren't simulated yet; a ciexyz sensor takes its place");
     return colorimetricSensor(Observer::cie1931);
 }
 

@@ -3,7 +3,7 @@
 namespace nemra::core {
 
 ClassTable<MakeSetup>& setupClasses() {
-    static ClassTable<MakeSetup> table;
+    static ClassTable<MakeSetup> table("setup");
     return table;
 }
 
@@ -13,7 +13,7 @@ SetupModel chooseSetup(const std::string& name, Translation& translation) {
     const std::string& wanted = name.empty() ? scene.activeSetup : name;
     NodePointer chosen;
     if (!wanted.empty()) {
-        chosen = translation.find("setup", wanted);
+        chosen = scene.findNode("setup", wanted);  // a library doesn't decide what is rendered
         if (!chosen) throw SceneFault(where, "has no setup named \"" + wanted + "\"");
     } else {
         int count = 0;

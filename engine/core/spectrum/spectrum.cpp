@@ -59,7 +59,7 @@ double integrate(const SpectralCurve& curve, const SpectralCurve& weight, double
 }
 
 ClassTable<MakeSpectrum>& spectrumClasses() {
-    static ClassTable<MakeSpectrum> table;
+    static ClassTable<MakeSpectrum> table("spectrum");
     return table;
 }
 
@@ -67,7 +67,7 @@ SpectralCurve makeSpectrum(const NodePointer& node, Translation& translation) {
     const NodePointer resolved = translation.resolve(node);
     if (!resolved) return constantCurve(0.0);
     if (const MakeSpectrum make = spectrumClasses().find(resolved->type())) return make(*resolved, translation);
-    translation.warn(*resolved, "spectra of this class aren't simulated yet; it counts as zero");
+    translation.warnUnlit(*resolved, "spectra of this class aren't simulated yet; it counts as zero");
     return constantCurve(0.0);
 }
 

@@ -1,4 +1,5 @@
-/// What every maker of a light part needs while a scene is translated: following links, and telling the user what is wrong.
+/// What every maker of a light part needs while a scene is translated: finding named nodes, following links, and telling the user
+/// what is wrong.
 #pragma once
 
 #include <memory>
@@ -8,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "engine/core/library/libraries.h"
 #include "engine/node/scene.h"
 
 namespace nemra::core {
@@ -30,23 +32,36 @@ using NodePointer = std::shared_ptr<const node::Node>;
 /// One translation of one scene. Used by one thread.
 class Translation {
 public:
-    explicit Translation(const node::Scene& scene) : scene_(scene) {}
+    /// `libraries` may be null: then names are those of the scene alone. What is given must outlive the translation.
+    explicit Translation(const node::Scene& scene, Libraries* libraries = nullptr) : scene_(scene), libraries_(libraries) {}
 
     const node::Scene& scene() const noexcept { return scene_; }
 
     /// Follows `linked` nodes to the node that they stand for. Null, after one warning, if a link leads nowhere or in a circle.
     NodePointer resolve(NodePointer node);
 
-    /// A node of the scene itself; null if there is none of that family and name.
-    NodePointer find(std::string_view family, std::string_view name) const;
+    /// The node of that family and name: the scene's, else that of the first library that has one; null if there is none. A node
+    /// that asks for another of its own name gives itself as `asking`, and isn't taken for it.
+    NodePointer find(std::string_view family, std::string_view name, const node::Node* asking = nullptr) const;
+    /// What to tell of a name that find() didn't find: that there is no such node, and which names come near.
+    std::string missing(std::string_view family, std::string_view name) const;
 
     /// A warning about a node, given once however often the node is met.
     void warn(const node::Node& node, std::string_view text);
     void warn(std::string_view source, std::string_view text);
 
+    /// Such a warning for a node whose class has no light part; `text` says what takes its place.
+    void warnUnlit(const node::Node& node, std::string_view text);
+    /// Follows the tree below a node that was translated and warns of what no translation met: nodes that somebody has put there
+    /// and whose class has no light part. One warning each; none for those that warnUnlit told of, nor for what lies below them.
+    void reportUnlit(const NodePointer& root);
+
 private:
     const node::Scene& scene_;
+    Libraries* const libraries_;
     std::set<std::pair<std::string, std::string>> said_;
+    std::set<const node::Node*> unlit_;    ///< told of by warnUnlit
+    std::set<const node::Node*> visited_;  ///< by reportUnlit
 };
 
 }  // namespace nemra::core

@@ -95,9 +95,10 @@ TEST(Callbacks, AfterReleaseNoneStartsAndReleaseDoesNotWait) {
         std::atomic<int> late{0};
         std::atomic<int> inside{0};
     };
+    // The hosts outlive the test, as the memory of a host that is being destroyed does for a callback under way.
+    static std::deque<Host> hosts;
     for (int repeat = 0; repeat < 30; ++repeat) {
-        // The host object outlives the test, as the memory of a host that is being destroyed does for a callback under way.
-        auto* const host = new Host;
+        Host* const host = &hosts.emplace_back();
         nemra_renderer_t* handle = nemraRendererCreate();
         auto renderer = nemra::find<core::Renderer>(handle);
         renderer->addLocalNode();

@@ -71,6 +71,23 @@ std::vector<float> exrPlane(Imf::InputFile& file, const std::string& channel) {
     return plane;
 }
 
+// A class that nothing is known of is named once for each picture, which is made all the same.
+TEST_F(Output, UnknownOutputsAndFiltersAreNamedOnce) {
+    const node::NodeClass outputClass{.family = "output", .type = "unheard_of", .summary = "Made up", .listClass = "filter"};
+    const node::NodeClass filterClass{.family = "filter", .type = "unheard_of", .summary = "Made up"};
+    const auto output = std::make_shared<node::Node>(outputClass, "o");
+    std::string why;
+    ASSERT_TRUE(output->setChild(std::make_shared<node::Node>(filterClass, "f"), why)) << why;
+    FakeScene scene;
+    const auto raw = rawOf(scene, 1);
+    raw->setOutput(output);
+    EXPECT_TRUE(core::outputFormats(*raw).empty());
+    EXPECT_TRUE(core::writeAuto(*raw, path("a.png")));
+    ASSERT_EQ(messages_.size(), 2U);
+    EXPECT_TRUE(messages_[0].starts_with("output/unheard_of o: ")) << messages_[0];
+    EXPECT_TRUE(messages_[1].starts_with("filter/unheard_of f: ")) << messages_[1];
+}
+
 TEST_F(Output, PngHoldsTheDisplayedPictureTheRightWayUp) {
     FakeScene scene;
     auto raw = rawOf(scene, 8);

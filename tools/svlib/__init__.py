@@ -1,0 +1,1 @@
+"""What goes into the package's libraries, by topic; written by tools/make_svlib.py."""
