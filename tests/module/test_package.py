@@ -137,7 +137,7 @@ print(status, time.monotonic() - began)
         result = run("-c", self.SCRIPT.format(pause=0.02, ending=ending), "sleeping")
         assert result.returncode == 0, result.stderr
         status, seconds = result.stdout.split()
-        assert status == "0" and float(seconds) < 1.0 * SLOW
+        assert status == "0" and float(seconds) < 1.9 * SLOW  # a child that waits takes two seconds
 
 
 class TestCommandLine:

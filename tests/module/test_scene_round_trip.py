@@ -1,11 +1,12 @@
 """A scene that a script builds, with the engine that ships: what goes in comes out, also after it was written and read."""
 
 import io
+import threading
 
 import numpy
 import pytest
 
-from sarvo import nemra
+from sarvo import examples, nemra
 
 geometries = nemra.nodes.geometries
 Scene = nemra.nodes.Scene
@@ -106,18 +107,37 @@ def test_single_pieces_are_written_as_bytes(scene, tmp_path):
         assert path.read_bytes()[4:8] == b"SVB1"
 
 
+def picture_of(start, *arguments):
+    """One sample of each pixel of a scene that a method of a renderer starts."""
+    pictures, finished = [], threading.Event()
+
+    def finish(raw):
+        pictures.append(raw.pixels())
+        finished.set()
+
+    made = nemra.Renderer()
+    made.setHaltCondition(time=0, spp=1, action=nemra.Renderer.halt_cond.stops)
+    made.addLocalNode()
+    made.onFinish(finish)
+    assert getattr(made, start)(*arguments)
+    assert finished.wait(60)
+    return pictures[0]
+
+
 def test_a_render_starts_from_each_encoding_and_gives_the_same_bits(tmp_path):
     box = Scene("box")
     assert box.read(examples["cornellbox"])
-    box.findNodes("setup")[0].getChild("instrument").setResolution([16, 16])
+    camera = box.findNodes("setup")[0].getChild("instrument")
+    assert camera.setWidth(16) and camera.setHeight(16)
     pictures = []
-    for form in Scene.Format.__members__.values():
+    for name, form in Scene.Format.__members__.items():
         stream = io.StringIO() if form == Scene.SVXML else io.BytesIO()
         box.write(stream, form)
         written = stream.getvalue()
-        pictures.append(picture_of(lambda made: made.startData(written if isinstance(written, bytes) else written.encode())))
-        path = tmp_path / form.name
-        path.write_bytes(written if isinstance(written, bytes) else written.encode())
-        pictures.append(picture_of(lambda made: made.start(str(path))))
+        data = written if isinstance(written, bytes) else written.encode()
+        path = tmp_path / name
+        path.write_bytes(data)
+        pictures.append(picture_of("startData", data, len(data)))
+        pictures.append(picture_of("start", str(path)))
     for picture in pictures[1:]:
         assert (picture == pictures[0]).all()
