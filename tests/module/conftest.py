@@ -35,7 +35,8 @@ def run_python():
     def run(script, real_engine=False, cwd=None, **more):
         env = environment(**more) if real_engine else probe_environment(**more)
         env["PYTHONPATH"] += os.pathsep + str(pathlib.Path(__file__).parent)
-        return subprocess.run([sys.executable, "-c", script], env=env, cwd=cwd, capture_output=True, text=True, timeout=60)
+        limit = 480 if "NEMRA_SANITIZED" in os.environ else 60
+        return subprocess.run([sys.executable, "-c", script], env=env, cwd=cwd, capture_output=True, text=True, timeout=limit)
 
     return run
 

@@ -47,11 +47,13 @@ for python_class in dict.fromkeys(classes(nemra, {nemra})):
                if (not name.startswith("__") or name in ("__init__", "__repr__")) and name not in SKIPPED
                and type(value).__name__ == "instancemethod"]
     made = instances(python_class)
-    for name, method in methods:
-        if python_class.__module__.count(".") > 2 and name not in vars(python_class):
+    generated = python_class.__module__.count(".") > 2
+    for number, (name, method) in enumerate(methods):
+        if generated and name not in vars(python_class):
             continue  # what a node class inherits is tried on Node
         attempt(method)
-        for argument in ARGUMENTS:
+        # Generated methods come in a few kinds, thousands of them: each gets its share of the arguments in turn.
+        for argument in ARGUMENTS[number % 4::4] if generated else ARGUMENTS:
             if name == "__init__":
                 # As the class is called. By hand on an object of another class, the binding library ends the process.
                 attempt(python_class, argument)
@@ -61,7 +63,7 @@ for python_class in dict.fromkeys(classes(nemra, {nemra})):
             attempt(method, argument)
             for instance in made:
                 attempt(method, instance, argument)
-                if python_class.__module__.count(".") <= 2:  # generated methods take one argument
+                if not generated:  # generated methods take one argument
                     attempt(method, instance, argument, argument)
 for name in ("version", "init", "getWorkDir", "onMessage", "listOpenCLDevices"):
     for argument in ARGUMENTS:
