@@ -137,8 +137,39 @@ bool acceptColor(const ParameterSpec& spec, const Value& value, std::string& why
 /// A cell is kept in the kind in which it came, so that a caller reads the element type back that was written.
 bool acceptCell(const ParameterSpec& column, const Value& cell, std::string& why) {
     if (cell.isEmpty()) return true;
+    if (column.type == NEMRA_PARAMETER_REAL) {  // most cells: without a copy
+        const auto number = toNumber(cell);
+        if (number && *number >= column.minimum && *number <= column.maximum && std::isfinite(*number)) return true;
+    }
     Value tried = cell;
     return acceptValue(column, tried, why);
+}
+
+bool acceptColumn(const ParameterSpec& column, const Table::Column& source, std::size_t rows, std::string& why) {
+    if (source.cells.size() != rows) {
+        why = "column '" + column.name + "' has " + std::to_string(source.cells.size()) + " rows, the table " +
+              std::to_string(rows);
+        return false;
+    }
+    for (std::size_t row = 0; row < rows; ++row) {
+        std::string reason;
+        if (!acceptCell(column, source.cells[row], reason)) {
+            why = "column '" + column.name + "', row " + std::to_string(row) + ": " + reason;
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The same columns in the order of the description; one that isn't given is empty.
+std::shared_ptr<const Table> inOrderOf(const ParameterSpec& spec, const Table& given) {
+    auto table = std::make_shared<Table>();
+    table->rows = given.rows;
+    for (const ParameterSpec& column : spec.columns) {
+        const Table::Column* const source = given.find(column.name);
+        table->columns.push_back({column.name, source ? source->cells : std::vector<Value>(given.rows)});
+    }
+    return table;
 }
 
 bool acceptTable(const ParameterSpec& spec, Value& value, std::string& why) {
@@ -152,28 +183,9 @@ bool acceptTable(const ParameterSpec& spec, Value& value, std::string& why) {
         why = std::to_string(given.rows) + " rows are more than the " + std::to_string(kMaximumRows) + " that a table may have";
         return false;
     }
-    auto table = std::make_shared<Table>();
-    table->rows = given.rows;
     for (const ParameterSpec& column : spec.columns) {
         const Table::Column* const source = given.find(column.name);
-        Table::Column& target = table->columns.emplace_back(Table::Column{column.name, {}});
-        if (!source) {
-            target.cells.resize(given.rows);
-            continue;
-        }
-        if (source->cells.size() != given.rows) {
-            why = "column '" + column.name + "' has " + std::to_string(source->cells.size()) + " rows, the table " +
-                  std::to_string(given.rows);
-            return false;
-        }
-        for (std::size_t row = 0; row < given.rows; ++row) {
-            std::string reason;
-            if (!acceptCell(column, source->cells[row], reason)) {
-                why = "column '" + column.name + "', row " + std::to_string(row) + ": " + reason;
-                return false;
-            }
-        }
-        target.cells = source->cells;
+        if (source && !acceptColumn(column, *source, given.rows, why)) return false;
     }
     for (std::size_t i = 0; i < given.columns.size(); ++i) {
         const std::string& name = given.columns[i].name;
@@ -184,7 +196,10 @@ bool acceptTable(const ParameterSpec& spec, Value& value, std::string& why) {
             return false;
         }
     }
-    value.data = std::shared_ptr<const Table>(std::move(table));
+    const bool isAsDescribed =
+        std::equal(given.columns.begin(), given.columns.end(), spec.columns.begin(), spec.columns.end(),
+                   [](const auto& column, const auto& described) { return column.name == described.name; });
+    if (!isAsDescribed) value.data = inOrderOf(spec, given);
     return true;
 }
 

@@ -76,8 +76,9 @@ bool nemraTableValue_set(nemra_table* table, std::uint32_t column, std::uint32_t
         }
         // The neighbour decides the kind of the column; a caller fills a column from its first row on.
         const std::size_t neighbour = row > 0 ? row - 1 : std::size_t{row} + 1;
-        const bool fits =
-            neighbour >= cells.size() || cells[neighbour].isEmpty() || typeOf(cells[neighbour]) == typeOf(taken->value);
+        const bool fits = neighbour >= cells.size() || cells[neighbour].isEmpty() ||
+                          cells[neighbour].data.index() == taken->value.data.index() ||
+                          typeOf(cells[neighbour]) == typeOf(taken->value);
         if (fits) cells[row] = std::move(taken->value);
         return fits;
     });
