@@ -8,16 +8,26 @@
 #include <variant>
 #include <vector>
 
+#include "engine/node/mesh_frame.h"
 #include "engine/node/node.h"
 
 namespace nemra::node {
 
+/// A file of meshes that a mesh stands for.
+struct MeshFile {
+    std::string path;  ///< "" for a mesh with arrays of its own
+    std::string part;  ///< the one part of the file that is meant; "" for all of them together
+    MeshFrame frame;
+};
+
+/// Either its arrays, or the name of a file and no arrays.
 struct Mesh {
     std::vector<double> vertices;                ///< 3 N: x y z
     std::vector<float> normals;                  ///< 3 N, or empty: flat triangles
     std::vector<float> uvs;                      ///< 2 N, or empty
     std::vector<std::int32_t> triangles;         ///< 3 M vertex indices
     mutable std::vector<float> triangleNormals;  ///< 3 M, made when first asked for
+    MeshFile file;
 };
 
 struct Sphere {

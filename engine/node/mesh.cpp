@@ -42,6 +42,8 @@ std::string findBadIndex(const Mesh& mesh) {
 
 std::string whyRefused(const Mesh& mesh) {
     const auto count = [](const char* what, std::size_t is) { return std::to_string(is) + " numbers for the " + what; };
+    if (!mesh.file.path.empty() && !(mesh.vertices.empty() && mesh.normals.empty() && mesh.uvs.empty() && mesh.triangles.empty()))
+        return "it names a file and has arrays of its own";
     if (mesh.vertices.size() % 3 != 0) return count("vertices", mesh.vertices.size()) + ", not a multiple of 3";
     if (mesh.triangles.size() % 3 != 0) return count("triangles", mesh.triangles.size()) + ", not a multiple of 3";
     const std::size_t vertices = mesh.vertices.size() / 3;

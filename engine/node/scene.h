@@ -11,9 +11,12 @@
 
 namespace nemra::node {
 
+/// Another scene or a file of meshes, whose contents count as if they stood in the scene.
 struct Import {
     std::string path;
-    std::string prefix;
+    std::string prefix;     ///< put before the names of what comes in
+    MeshFrame frame;        ///< of a file of meshes
+    bool instances = true;  ///< whether the instances come along, or the nodes and geometries alone
 };
 
 /// A geometry is rendered where instances place it, once for each; a geometry that no instance names isn't rendered.

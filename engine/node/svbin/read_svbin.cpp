@@ -20,12 +20,26 @@ std::shared_ptr<Node> readOwn(FileView& file, const fb::Node* material) {
     return material == nullptr ? nullptr : readNode(file, *material, "material");
 }
 
+MeshFrame readFrame(FileView& file, const fb::MeshFrame* stored) {
+    MeshFrame frame;
+    if (stored == nullptr) return frame;
+    for (const std::string& why : {setUnit(frame, file.text(stored->unit())), setUp(frame, file.text(stored->up()))})
+        if (!why.empty()) throw Fault{file.offsetOf(stored), why};
+    return frame;
+}
+
 Mesh readMesh(FileView& file, const fb::Mesh& mesh) {
-    return {.vertices = file.copy(mesh.vertices()),
-            .normals = file.copy(mesh.normals()),
-            .uvs = file.copy(mesh.uvs()),
-            .triangles = file.copy(mesh.triangles()),
-            .triangleNormals = {}};
+    Mesh read;
+    read.vertices = file.copy(mesh.vertices());
+    read.normals = file.copy(mesh.normals());
+    read.uvs = file.copy(mesh.uvs());
+    read.triangles = file.copy(mesh.triangles());
+    read.file.path = file.copy(mesh.file());
+    if (!read.file.path.empty()) {
+        read.file.part = file.copy(mesh.part());
+        read.file.frame = readFrame(file, mesh.frame());
+    }
+    return read;
 }
 
 }  // namespace
@@ -72,7 +86,10 @@ Scene readScene(FileView& file, const fb::Scene& scene) {
     read.activeSetup = file.copy(scene.active_setup());
     forEach(scene.search_paths(), [&](const flatbuffers::String* path) { read.searchPaths.push_back(file.copy(path)); });
     forEach(scene.imports(), [&](const fb::Import* import) {
-        read.imports.push_back({file.copy(import->path()), file.copy(import->prefix())});
+        read.imports.push_back({.path = file.copy(import->path()),
+                                .prefix = file.copy(import->prefix()),
+                                .frame = readFrame(file, import->frame()),
+                                .instances = import->instances()});
     });
     forEach(scene.nodes(), [&](const fb::Node* part) {
         auto node = readNode(file, *part, {});

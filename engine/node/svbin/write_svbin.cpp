@@ -26,12 +26,22 @@ Offset<fb::Node> writeOwn(FileBuilder& file, const Node* material) {
     return material == nullptr ? Offset<fb::Node>() : writeNode(file, *material, {});
 }
 
+Offset<fb::MeshFrame> writeFrame(FileBuilder& file, const MeshFrame& frame) {
+    if (frame.unit == LengthUnit::unset && frame.up == UpAxis::unset) return {};
+    const Text unit = file.textOrNone(nameOf(frame.unit));
+    const Text up = file.textOrNone(nameOf(frame.up));
+    return fb::CreateMeshFrame(file.tables(), unit, up);
+}
+
 Offset<void> writeShape(FileBuilder& file, const Mesh& mesh) {
     const auto vertices = file.numbers(mesh.vertices);
     const auto normals = file.numbers(mesh.normals);
     const auto uvs = file.numbers(mesh.uvs);
     const auto triangles = file.numbers(mesh.triangles);
-    return fb::CreateMesh(file.tables(), vertices, normals, uvs, triangles).Union();
+    const Text path = file.textOrNone(mesh.file.path);
+    const Text part = file.textOrNone(mesh.file.part);
+    const auto frame = writeFrame(file, mesh.file.frame);
+    return fb::CreateMesh(file.tables(), vertices, normals, uvs, triangles, path, part, frame).Union();
 }
 
 Offset<void> writeShape(FileBuilder& file, const Sphere& sphere) {
@@ -51,7 +61,8 @@ Offset<fb::Scene> writeScene(FileBuilder& file, const Scene& scene) {
     for (const Import& import : scene.imports) {
         const Text path = file.text(import.path);
         const Text prefix = file.textOrNone(import.prefix);
-        imports.push_back(fb::CreateImport(file.tables(), path, prefix));
+        const auto frame = writeFrame(file, import.frame);
+        imports.push_back(fb::CreateImport(file.tables(), path, prefix, frame, import.instances));
     }
     for (const auto& node : scene.nodes) nodes.push_back(writeNode(file, *node, node->family()));
     for (const auto& geometry : scene.geometries) geometries.push_back(writeGeometry(file, *geometry, names));

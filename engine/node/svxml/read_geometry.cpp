@@ -89,7 +89,31 @@ void readTransform(Source& source, pugi::xml_node element, Instance& instance) {
         source.fail(element, "instance of '" + instance.geometryName + "': " + why);
 }
 
+void readMesh(Source& source, pugi::xml_node element, Geometry& geometry, Mesh& mesh) {
+    mesh.file.path = element.attribute("file").value();
+    if (mesh.file.path.empty()) {
+        source.checkAttributes(element, {"name", "material", "file"});
+    } else {
+        source.checkAttributes(element, {"name", "material", "file", "part", "unit", "up"});
+        mesh.file.part = element.attribute("part").value();
+        mesh.file.frame = readFrame(source, element);
+    }
+    readMeshArrays(source, element, geometry, mesh);
+}
+
 }  // namespace
+
+MeshFrame readFrame(Source& source, pugi::xml_node element) {
+    MeshFrame frame;
+    for (const char* const name : {"unit", "up"}) {
+        const pugi::xml_attribute attribute = element.attribute(name);
+        if (!attribute) continue;
+        const std::string why =
+            name == std::string_view("unit") ? setUnit(frame, attribute.value()) : setUp(frame, attribute.value());
+        if (!why.empty()) throw Fault{source.offsetOf(attribute), why};
+    }
+    return frame;
+}
 
 bool isGeometryElement(std::string_view name) { return name == "mesh" || name == "sphere" || name == "cone"; }
 
@@ -99,8 +123,7 @@ std::shared_ptr<Geometry> readGeometry(Source& source, pugi::xml_node element) {
     geometry->name = source.required(element, "name");
     geometry->materialName = element.attribute("material").value();
     if (kind == "mesh") {
-        source.checkAttributes(element, {"name", "material"});
-        readMeshArrays(source, element, *geometry, std::get<Mesh>(geometry->shape));
+        readMesh(source, element, *geometry, std::get<Mesh>(geometry->shape));
     } else if (kind == "sphere") {
         source.checkAttributes(element, {"name", "material", "radius", "reverse"});
         Sphere& sphere = geometry->shape.emplace<Sphere>();

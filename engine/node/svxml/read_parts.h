@@ -18,6 +18,8 @@ bool isGeometryElement(std::string_view name);
 std::shared_ptr<Geometry> readGeometry(Source& source, pugi::xml_node element);
 /// <instance>
 std::shared_ptr<Instance> readInstance(Source& source, pugi::xml_node element);
+/// The attributes `unit` and `up` of an element that names a file of meshes.
+MeshFrame readFrame(Source& source, pugi::xml_node element);
 /// <scene>
 Scene readScene(Source& source, pugi::xml_node element);
 

@@ -47,8 +47,11 @@ Scene readScene(Source& source, pugi::xml_node element) {
             source.checkAttributes(part, {"path"});
             scene.searchPaths.emplace_back(source.required(part, "path"));
         } else if (name == "import") {
-            source.checkAttributes(part, {"path", "prefix"});
-            scene.imports.push_back({std::string(source.required(part, "path")), part.attribute("prefix").value()});
+            source.checkAttributes(part, {"path", "prefix", "unit", "up", "instances"});
+            scene.imports.push_back({.path = std::string(source.required(part, "path")),
+                                     .prefix = part.attribute("prefix").value(),
+                                     .frame = readFrame(source, part),
+                                     .instances = source.flag(part, "instances", true)});
         } else {
             source.warnUnknown(part);
         }

@@ -22,6 +22,13 @@ void writeArrays(XmlWriter& writer, const Mesh& mesh) {
     writeArray(writer, "triangles", mesh.triangles, 3);
 }
 
+void writeFile(XmlWriter& writer, const MeshFile& file) {
+    if (file.path.empty()) return;
+    writer.attribute("file", file.path);
+    if (!file.part.empty()) writer.attribute("part", file.part);
+    writeFrame(writer, file.frame);
+}
+
 void writeScalars(XmlWriter& writer, const Sphere& sphere) {
     writer.attribute("radius", sphere.radius);
     if (sphere.reverse) writer.attribute("reverse", "true");
@@ -46,14 +53,21 @@ std::string joinLayerPath(const std::vector<std::string>& names) {
 
 }  // namespace
 
+void writeFrame(XmlWriter& writer, const MeshFrame& frame) {
+    if (frame.unit != LengthUnit::unset) writer.attribute("unit", nameOf(frame.unit));
+    if (frame.up != UpAxis::unset) writer.attribute("up", nameOf(frame.up));
+}
+
 void writeGeometry(XmlWriter& writer, const Geometry& geometry, const MaterialNames& names) {
     const Element element(writer, typeName(geometry));
     writer.attribute("name", geometry.name);
     writeMaterialName(writer, names.nameOf(geometry.material, geometry.materialName));
+    const auto* const mesh = std::get_if<Mesh>(&geometry.shape);
+    if (mesh != nullptr) writeFile(writer, mesh->file);
     if (const auto* sphere = std::get_if<Sphere>(&geometry.shape)) writeScalars(writer, *sphere);
     if (const auto* cone = std::get_if<Cone>(&geometry.shape)) writeScalars(writer, *cone);
     if (const Node* const own = names.ownOf(geometry.material)) writeNodeOfFamily(writer, "material", *own);
-    if (const auto* mesh = std::get_if<Mesh>(&geometry.shape)) writeArrays(writer, *mesh);
+    if (mesh != nullptr) writeArrays(writer, *mesh);
 }
 
 void writeInstance(XmlWriter& writer, const Instance& instance, const MaterialNames& names) {

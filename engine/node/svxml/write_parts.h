@@ -11,6 +11,8 @@ void writeNode(XmlWriter& writer, const Node& node);
 /// <element type="..." name="...">, the family being told by the place.
 void writeNodeOfFamily(XmlWriter& writer, const char* element, const Node& node);
 
+/// The attributes `unit` and `up`, where they are set.
+void writeFrame(XmlWriter& writer, const MeshFrame& frame);
 void writeGeometry(XmlWriter& writer, const Geometry& geometry, const MaterialNames& names);
 void writeInstance(XmlWriter& writer, const Instance& instance, const MaterialNames& names);
 

@@ -19,6 +19,8 @@ Buffer writeSvxml(const Scene& scene) {
             const svxml::Element importElement(writer, "import");
             writer.attribute("path", import.path);
             if (!import.prefix.empty()) writer.attribute("prefix", import.prefix);
+            svxml::writeFrame(writer, import.frame);
+            if (!import.instances) writer.attribute("instances", "false");
         }
         for (const auto& node : scene.nodes) svxml::writeNode(writer, *node);
         for (const auto& geometry : scene.geometries) svxml::writeGeometry(writer, *geometry, names);

@@ -47,7 +47,8 @@ Scene sceneOfEveryClass() {
                            .normals = {},
                            .uvs = {0, 0, 1, 0, 1, 1, 0, 0.1F},
                            .triangles = {0, 1, 2, 0, 2, 3},
-                           .triangleNormals = {}};
+                           .triangleNormals = {},
+                           .file = {}};
     auto empty = std::make_shared<Geometry>();
     empty->shape = Mesh{};
     auto instance = std::make_shared<Instance>();
