@@ -21,4 +21,7 @@ NEMRA_API bool readScene(std::span<const char> bytes, std::string_view origin, S
 /// The same from a file; a relative path counts from workdir(). A missing or unreadable file gives one error message and false.
 NEMRA_API bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown = Unknown::refuse);
 
+/// Whether the bytes begin as one of the encodings does, gzipped or not.
+NEMRA_API bool looksLikeScene(std::span<const char> bytes);
+
 }  // namespace nemra::node
