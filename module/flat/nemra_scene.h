@@ -94,7 +94,25 @@ NEMRA_API nemra_geom_t* nemraScene_addGeom(nemra_scene_t* scene, nemra_geom_t** 
  * The result is the number of the scene's copy, good for nemraScene_remove; 0 on failure. */
 NEMRA_API uint64_t nemraScene_addInstance(nemra_scene_t* scene, nemra_instance_t** instance, const char*** layerNames,
                                           bool keepOriginal);
-/* path: file to import; load: true reads it now, false keeps a tag; flags: 0; prefix: put before the names of what comes in. */
+/* Flags of an import, added up: at most one unit and one axis, both for files of meshes only. 0: what the format says, else
+ * metres and +Y. */
+enum {
+    NEMRA_IMPORT_MM = 1,
+    NEMRA_IMPORT_CM = 2,
+    NEMRA_IMPORT_DM = 3,
+    NEMRA_IMPORT_M = 4,
+    NEMRA_IMPORT_KM = 5,
+    NEMRA_IMPORT_IN = 6,
+    NEMRA_IMPORT_FT = 7,
+    NEMRA_IMPORT_UNIT_MASK = 15,
+    NEMRA_IMPORT_UP_Y = 16,
+    NEMRA_IMPORT_UP_Z = 32,
+    NEMRA_IMPORT_UP_MASK = 48,
+    NEMRA_IMPORT_NO_INSTANCES = 64 /* geometries and nodes alone */
+};
+/* path: a scene or a file of meshes (PLY, OBJ, glTF), relative to the working folder or one of the scene's search paths.
+ * load: true reads it now, false keeps a tag, which is read when the scene is rendered; prefix: put before the names of what
+ * comes in. False, and nothing changes, for flags that there aren't and for a file that can't be read now. */
 NEMRA_API bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int32_t flags, const char* prefix);
 
 NEMRA_API bool nemraScene_removeNode(nemra_scene_t* scene, nemra_onode_t* node);

@@ -3,8 +3,10 @@
 
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
+#include "engine/node/api/import_flags.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
+#include "engine/node/import/load_imports.h"
 #include "engine/node/read_scene.h"
 #include "module/flat/nemra_scene.h"
 
@@ -60,16 +62,25 @@ bool nemraScene_setActiveSetupName(nemra_scene_t* scene, const char* name) {
     });
 }
 
-bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int32_t, const char* prefix) {
+bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int32_t flags, const char* prefix) {
     return guarded<bool>(__func__, false, [&] {
         const auto found = find<SceneObject>(scene);
-        if (!found || viewOf(path).empty()) return false;
-        if (load) {
-            log::warning("nemraScene_addImport", "loading an import at once is not available yet");
+        if (!found) return false;
+        const auto refuse = [&](const std::string& why) {
+            log::error("nemraScene_addImport", why);
             return false;
+        };
+        if (viewOf(path).empty()) return refuse("no file is named");
+        Import import;
+        import.path = viewOf(path);
+        import.prefix = viewOf(prefix);
+        if (!applyImportFlags(import, flags)) return refuse("there are no flags " + std::to_string(flags));
+        if (!load) {
+            found->scene.imports.push_back(std::move(import));
+            return true;
         }
-        found->scene.imports.push_back({std::string(viewOf(path)), std::string(viewOf(prefix))});
-        return true;
+        Scene loaded;
+        return loadImport(import, found->scene, Unknown::skip, loaded) && found->join(loaded, import.path);
     });
 }
 

@@ -1,5 +1,7 @@
 #include "engine/node/api/scene_objects.h"
 
+#include "engine/node/import/load_imports.h"
+
 namespace nemra::node {
 
 namespace {
@@ -40,6 +42,15 @@ void SceneObject::replace(Scene read) {
     scene = std::move(read);
     geometryHandles.assign(scene.geometries.size(), nullptr);
     instanceHandles.assign(scene.instances.size(), nullptr);
+}
+
+bool SceneObject::join(Scene& loaded, const std::string& path) {
+    geometryHandles.reserve(scene.geometries.size() + loaded.geometries.size());
+    instanceHandles.reserve(scene.instances.size() + loaded.instances.size());
+    if (!joinScenes(scene, loaded, path)) return false;
+    geometryHandles.resize(scene.geometries.size());
+    instanceHandles.resize(scene.instances.size());
+    return true;
 }
 
 }  // namespace nemra::node

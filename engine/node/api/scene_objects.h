@@ -33,6 +33,8 @@ struct SceneObject {
     /// The scene becomes `read`; handles of what was in it go stale. Handles of the new contents are made when they are asked
     /// for.
     void replace(Scene read);
+    /// Takes what an import brings in behind the contents; false after one error message if names stand against it.
+    bool join(Scene& loaded, const std::string& path);
 };
 
 /// True if nothing but its handle and the caller's own pointer keeps the object.
