@@ -9,7 +9,6 @@ import sys
 from . import SVLIB_PATH, examples, nemra
 from ._render import EXIT_FAILED, RenderJob
 
-
 PICTURES = ("png", "exr")
 
 
