@@ -137,8 +137,7 @@ uint64_t nemraScene_addInstance(nemra_scene_t* scene, nemra_instance_t** instanc
         if (!object) return 0;
         const auto taken = takeForScene<Instance>(instance, keepOriginal);
         if (!taken) return 0;
-        // Without paths a copy of an instance of another scene stays in the layers that it was in.
-        if (auto layers = layersOf(layerNames); !layers.empty()) taken->layers = std::move(layers);
+        taken->layers = layersOf(layerNames);  // not those that a copy of a scene's instance brings along
         nemra_instance_t* const handle = publish<nemra_instance_t>(taken);
         object->scene.instances.push_back(taken);
         object->instanceHandles.push_back(handle);

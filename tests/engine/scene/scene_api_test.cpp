@@ -254,6 +254,15 @@ TEST_F(SceneApi, InstancesShareMaterialsAndKeepLayers) {
     EXPECT_NE(text.find("<material type=\"generic\" name=\"white\"/>"), std::string::npos)
         << "a material outside the scene goes along";
 
+    // Without paths an instance goes in without layers, wherever it was before.
+    std::uint32_t n = 0;
+    nemra_instance_t* filed = nemraInstance_copy(nemraScene_getInstances(scene_, &n)[0]);
+    nemra_scene_t* other = nemraScene_create("other");
+    const char** nowhere[] = {nullptr};
+    EXPECT_NE(nemraScene_addInstance(other, &filed, nowhere, false), 0U);
+    EXPECT_EQ(taken(nemraScene_writeToChar(other, 0, nullptr)).find("<layer"), std::string::npos);
+    nemraScene_release(&other);
+
     nemraInstance_setMaterial(instance, &material, true, false);
     EXPECT_EQ(material, nullptr);
     EXPECT_STREQ(nemraNode_name(nemraInstance_material(instance)), "white");
