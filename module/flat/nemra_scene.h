@@ -51,7 +51,7 @@ NEMRA_API void nemraGeometry_setMaterial(nemra_geom_t* geometry, nemra_onode_t* 
 NEMRA_API char* nemraGeometry_getMaterialName(nemra_geom_t* geometry);
 /* The associated node, the engine's, or null if there is none or only a name. */
 NEMRA_API nemra_onode_t* nemraGeometry_getMaterial(nemra_geom_t* geometry);
-/* format 0: svxml text, 1: svbin. Caller's text. */
+/* format 0: svxml text, 1: svbin. Caller's text, empty for a null or stale handle; null, with a message, for another format. */
 NEMRA_API char* nemraGeometry_serialize(nemra_geom_t* geometry, int32_t format, int32_t* size);
 NEMRA_API void nemraGeometry_release(nemra_geom_t** handle);
 
@@ -72,6 +72,7 @@ NEMRA_API nemra_onode_t* nemraInstance_material(nemra_instance_t* instance);
 /* Takes the address of the caller's handle. `fallback`: the material holds only where the geometry has none of its own.
  * keepOriginal false: the engine takes the node over and clears the field. */
 NEMRA_API void nemraInstance_setMaterial(nemra_instance_t* instance, nemra_onode_t** material, bool fallback, bool keepOriginal);
+/* As nemraGeometry_serialize. */
 NEMRA_API char* nemraInstance_serialize(nemra_instance_t* instance, int32_t format, int32_t* size);
 NEMRA_API void nemraInstance_release(nemra_instance_t** handle);
 

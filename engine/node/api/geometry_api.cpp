@@ -81,7 +81,7 @@ char* nemraGeometry_serialize(nemra_geom_t* geometry, int32_t format, int32_t* s
     if (size != nullptr) *size = 0;
     return guarded<char*>(__func__, nullptr, [&]() -> char* {
         const auto found = find<Geometry>(geometry);
-        return found ? serialize("nemraGeometry_serialize", *found, format, size) : nullptr;
+        return found ? serialize("nemraGeometry_serialize", *found, format, size) : callersText("");
     });
 }
 

@@ -82,7 +82,7 @@ char* nemraInstance_serialize(nemra_instance_t* instance, int32_t format, int32_
     if (size != nullptr) *size = 0;
     return guarded<char*>(__func__, nullptr, [&]() -> char* {
         const auto found = find<Instance>(instance);
-        return found ? serialize("nemraInstance_serialize", *found, format, size) : nullptr;
+        return found ? serialize("nemraInstance_serialize", *found, format, size) : callersText("");
     });
 }
 
