@@ -4,6 +4,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "engine/core/geometry/mesh.h"
 #include "engine/node/geometry.h"
@@ -22,6 +23,7 @@ struct GeometryEntry {
     Vec3 lower{}, upper{};                ///< in its own space
     std::size_t uses = 0;
     SharedMesh* shared = nullptr;
+    bool saidFlattened = false;
 };
 
 /// An instance that takes part.
@@ -76,6 +78,7 @@ private:
     void collect();
     void findMiddle(const Vec3& viewpoint);
     std::uint32_t addSurface(const Placed& placed, double area);
+    PlacedMesh place(GeometryEntry& entry, const Affine& placing);
     void addMesh(const Placed& placed);
     void addShared(const Placed& placed);
     void addCurved(const Placed& placed);
@@ -240,8 +243,18 @@ std::uint32_t WorldBuilder::addSurface(const Placed& placed, double area) {
     return static_cast<std::uint32_t>(world_.surfaces.size() - 1);
 }
 
+PlacedMesh WorldBuilder::place(GeometryEntry& entry, const Affine& placing) {
+    PlacedMesh mesh = placeMesh(std::get<node::Mesh>(entry.geometry->shape), entry.triangles, placing);
+    if (mesh.flattened > 0 && !std::exchange(entry.saidFlattened, true)) {
+        translation_.warn("geometry \"" + entry.geometry->name + "\"",
+                          "where an instance places it, " + std::to_string(mesh.flattened) + " of its " +
+                              std::to_string(entry.triangles.size() / 3) + " triangles have no area; they are left out there");
+    }
+    return mesh;
+}
+
 void WorldBuilder::addMesh(const Placed& placed) {
-    PlacedMesh mesh = placeMesh(std::get<node::Mesh>(placed.entry->geometry->shape), placed.entry->triangles, placed.toWorld);
+    PlacedMesh mesh = place(*placed.entry, placed.toWorld);
     const std::uint32_t surface = addSurface(placed, mesh.area);
     const auto firstNormals = static_cast<std::int32_t>(world_.normals.size());
     for (TriangleRecord& triangle : mesh.triangles) {
@@ -256,7 +269,7 @@ void WorldBuilder::addShared(const Placed& placed) {
     GeometryEntry& entry = *placed.entry;
     if (!entry.shared) {
         auto shared = std::make_unique<SharedMesh>();
-        PlacedMesh mesh = placeMesh(std::get<node::Mesh>(entry.geometry->shape), entry.triangles, Affine{});
+        PlacedMesh mesh = place(entry, Affine{});
         shared->triangles = std::move(mesh.triangles);
         shared->normals = std::move(mesh.normals);
         entry.shared = shared.get();

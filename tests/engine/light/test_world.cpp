@@ -164,10 +164,34 @@ TEST(Meshes, BadTrianglesAreCountedAndLeftOut) {
     EXPECT_NEAR(seen(made), 1.0, 1.0e-4);
     EXPECT_TRUE(messages.mention("3 triangles name vertices"));
     EXPECT_TRUE(messages.mention("2 triangles have vertices"));
+    EXPECT_TRUE(messages.mention("2 triangles have no area"));  // a corner twice, and three corners in a line
     SceneMaker empty;
     empty.add(node::Mesh{}, glow(1));
     EXPECT_EQ(seen(empty), 0.0);
     EXPECT_TRUE(messages.mention("no triangle"));
+
+    messages.all.clear();
+    node::Mesh flat = polygon(kSquare);
+    flat.triangles = {0, 0, 1, 2, 2, 2};
+    SceneMaker lost;
+    for (int i = 0; i < 3; ++i) {
+        auto again = std::make_shared<node::Instance>(lost.add(flat, glow(1)));
+        lost.scene.instances.push_back(again);
+    }
+    EXPECT_EQ(seen(lost), 0.0);
+    std::size_t said = 0;
+    for (const std::string& message : messages.all) said += message.starts_with("geometry \"g0\"");
+    EXPECT_EQ(said, 2U) << "once that they have no area, once that none is left, not for each instance";
+    EXPECT_TRUE(messages.mention("geometry \"g0\": 2 triangles have no area"));
+
+    // Sound by itself, but an instance squeezes one of its triangles until rounding is all that is left.
+    messages.all.clear();
+    node::Mesh upright = polygon({{0, 0, 0}, {1e-8, 0, 1}, {-1e-8, 0, 1}});
+    append(upright, polygon({{0, 0, 0}, {1, 0, 0}, {0, 0, 1}}));
+    SceneMaker squeezed;
+    squeezed.add(upright, glow(1)).transform = {1e-5, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    seen(squeezed);
+    EXPECT_TRUE(messages.mention("1 of its 2 triangles have no area; they are left out there"));
 }
 
 TEST(Materials, InstanceWinsUnlessItIsAFallback) {
