@@ -1,6 +1,7 @@
 #include "engine/core/geometry/world.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 #include <map>
 #include <optional>
@@ -36,6 +37,12 @@ struct Placed {
     RayKinds kinds;
 };
 
+/// Six digits, whatever the process's locale.
+std::string shortText(double x) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, x, std::chars_format::general, 6).ptr};
+}
+
 std::optional<Affine> readTransform(const node::Instance& instance, const std::string& label, Translation& translation) {
     const auto& m = instance.transform;
     Affine a;
@@ -55,9 +62,14 @@ std::optional<Affine> readTransform(const node::Instance& instance, const std::s
     double columns = 1.0;
     for (int c = 0; c < 3; ++c) columns *= length({a.linear[0][c], a.linear[1][c], a.linear[2][c]});
     const double determinant = std::abs(a.determinant());
-    if (!(determinant > 1.0e-12 * columns) || !(determinant > 1.0e-45)) {
-        translation.warn(label, "its transform is singular: it flattens space (determinant " + std::to_string(determinant) +
+    if (!(determinant > 1.0e-12 * columns)) {
+        translation.warn(label, "its transform is singular: it flattens space (determinant " + shortText(determinant) +
                                     "); it is left out");
+        return std::nullopt;
+    }
+    if (!(determinant > 1.0e-45)) {
+        translation.warn(label, "its transform makes things too small (determinant " + shortText(determinant) +
+                                    ", at least 1e-45 is needed); it is left out");
         return std::nullopt;
     }
     return a;

@@ -140,6 +140,8 @@ TEST(Instances, WhatCannotBePlacedIsNamedAndLeftOut) {
                                                                                   0,       0, extreme, 0, 0, 0,       0, 1};
         Messages messages;
         EXPECT_TRUE(std::isfinite(seen(made)));
+        EXPECT_EQ(messages.mention("makes things too small (determinant 1e-60"), extreme < 1.0);
+        EXPECT_FALSE(messages.mention("singular"));
     }
     SceneMaker missing;
     missing.add(polygon(kSquare), nullptr).materialName = "nowhere";
