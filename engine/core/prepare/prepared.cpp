@@ -57,6 +57,7 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     if (lights_.lights.empty() && environment < 0)
         translation.warn(*setup_.node, "nothing shines in this scene; the result is black");
+    translation.finish();
 
     kernel_.spectra = tables_->data();
     kernel_.cells = sensor_.grid.cells;

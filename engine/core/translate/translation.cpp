@@ -1,5 +1,6 @@
 #include "engine/core/translate/translation.h"
 
+#include <functional>
 #include <vector>
 
 #include "engine/common/log.h"
@@ -52,7 +53,14 @@ std::string Translation::missing(std::string_view family, std::string_view name)
 void Translation::warn(const node::Node& node, std::string_view text) { warn(node.label(), text); }
 
 void Translation::warn(std::string_view source, std::string_view text) {
-    if (said_.emplace(source, text).second) log::warning(source, text);
+    const std::size_t whole = std::hash<std::string_view>{}(source) * 31 + std::hash<std::string_view>{}(text);
+    if (said_.insert(whole).second && said_.size() <= kMaxWarnings) log::warning(source, text);
+}
+
+void Translation::finish() {
+    if (said_.size() <= kMaxWarnings) return;
+    log::warning("scene \"" + scene_.name + "\"",
+                 std::to_string(said_.size() - kMaxWarnings) + " further warnings left out");
 }
 
 void Translation::warnUnlit(const node::Node& node, std::string_view text) {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "engine/core/library/libraries.h"
@@ -26,6 +27,8 @@ private:
 
 /// A chain of links longer than this is taken for a cycle.
 inline constexpr int kMaxLinks = 64;
+/// Warnings of one translation; the rest is counted.
+inline constexpr std::size_t kMaxWarnings = 100;
 
 using NodePointer = std::shared_ptr<const node::Node>;
 
@@ -56,10 +59,13 @@ public:
     /// and whose class has no light part. One warning each; none for those that warnUnlit told of, nor for what lies below them.
     void reportUnlit(const NodePointer& root);
 
+    /// Says how many warnings were left out.
+    void finish();
+
 private:
     const node::Scene& scene_;
     Libraries* const libraries_;
-    std::set<std::pair<std::string, std::string>> said_;
+    std::unordered_set<std::size_t> said_;  ///< hashes: there may be a warning for each of a million instances
     std::set<const node::Node*> unlit_;    ///< told of by warnUnlit
     std::set<const node::Node*> visited_;  ///< by reportUnlit
 };

@@ -154,6 +154,20 @@ TEST(Instances, WhatCannotBePlacedIsNamedAndLeftOut) {
     EXPECT_TRUE(messages.mention("gone"));
 }
 
+/// A typing error in a loop must not bury the user, nor what else is wrong with the scene be without a trace.
+TEST(Instances, WarningsEndAndAreCounted) {
+    SceneMaker made;
+    made.add(polygon(kSquare), glow(3));
+    for (int i = 0; i < 40000; ++i) {
+        made.scene.instances.push_back(std::make_shared<node::Instance>());
+        made.scene.instances.back()->geometryName = "gone";
+    }
+    Messages messages;
+    EXPECT_NEAR(seen(made), 3.0, 1.0e-4);
+    EXPECT_EQ(messages.all.size(), core::kMaxWarnings + 1);
+    EXPECT_TRUE(messages.mention("39900 further warnings left out"));
+}
+
 TEST(Meshes, BadTrianglesAreCountedAndLeftOut) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     node::Mesh mesh = polygon(kSquare);
