@@ -5,6 +5,8 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "engine/core/geometry/mesh.h"
@@ -78,7 +80,11 @@ std::optional<Affine> readTransform(const node::Instance& instance, const std::s
 class WorldBuilder {
 public:
     WorldBuilder(const LayerTree& layers, Translation& translation, SpectralTables& tables)
-        : layers_(layers), translation_(translation), tables_(tables) {}
+        : layers_(layers), translation_(translation), tables_(tables) {
+        for (const auto& geometry : translation.scene().geometries) {
+            if (geometry) named_.try_emplace(geometry->name, geometry.get());  // the first of a name counts
+        }
+    }
 
     World build(const Vec3& viewpoint);
 
@@ -99,7 +105,8 @@ private:
     Translation& translation_;
     SpectralTables& tables_;
     World world_;
-    std::map<std::string, GeometryEntry> geometries_;
+    std::unordered_map<std::string_view, const node::Geometry*> named_;
+    std::unordered_map<const node::Geometry*, GeometryEntry> geometries_;  ///< those that instances name
     std::map<const node::Node*, std::unique_ptr<MaterialModel>> materials_;
     std::map<const MaterialModel*, const Bsdf*> bsdfs_;
     std::vector<Placed> placed_;
@@ -143,12 +150,11 @@ GeometryEntry WorldBuilder::readGeometry(const node::Geometry& geometry) {
 }
 
 GeometryEntry* WorldBuilder::findGeometry(const std::string& name) {
-    const auto known = geometries_.find(name);
+    const auto named = named_.find(name);
+    if (named == named_.end()) return nullptr;
+    const auto known = geometries_.find(named->second);
     if (known != geometries_.end()) return &known->second;
-    for (const auto& geometry : translation_.scene().geometries) {
-        if (geometry && geometry->name == name) return &geometries_.emplace(name, readGeometry(*geometry)).first->second;
-    }
-    return nullptr;
+    return &geometries_.emplace(named->second, readGeometry(*named->second)).first->second;
 }
 
 MaterialModel* WorldBuilder::material(const NodePointer& node) {

@@ -9,6 +9,24 @@
 
 namespace nemra::core {
 
+namespace {
+
+constexpr std::size_t kMostNearNames = 8;  ///< missing names for which names near them are looked for
+
+}  // namespace
+
+Translation::Translation(const node::Scene& scene, Libraries* libraries) : scene_(scene), libraries_(libraries) {
+    for (const auto& node : scene_.nodes) {
+        if (!node) continue;
+        auto& [first, second] = named_[{node->family(), node->name()}];
+        if (!first) {
+            first = node;
+        } else if (!second) {
+            second = node;
+        }
+    }
+}
+
 NodePointer Translation::resolve(NodePointer node) {
     const NodePointer start = node;
     for (int step = 0; node && node->type() == "linked"; ++step) {
@@ -28,26 +46,35 @@ NodePointer Translation::resolve(NodePointer node) {
 }
 
 NodePointer Translation::find(std::string_view family, std::string_view name, const node::Node* asking) const {
-    for (const auto& node : scene_.nodes) {
-        if (node && node.get() != asking && node->family() == family && node->name() == name) return node;
+    if (const auto found = named_.find({family, name}); found != named_.end()) {
+        const auto& [first, second] = found->second;
+        if (first.get() != asking) return first;
+        if (second) return second;
     }
     return libraries_ ? libraries_->find(family, name, asking) : nullptr;
 }
 
-std::string Translation::missing(std::string_view family, std::string_view name) const {
+std::string Translation::missing(std::string_view family, std::string_view name) {
+    const char* const nowhere =
+        libraries_ ? "neither in the scene nor in a library is there a node of family " : "the scene has no node of family ";
+    const std::pair<std::string, std::string> missed(family, name);
+    auto near = near_.find(missed);
+    if (near == near_.end() && near_.size() < kMostNearNames) near = near_.emplace(missed, namesNear(family, name)).first;
+    return nowhere + missed.first + " and that name" + (near == near_.end() ? "" : near->second);
+}
+
+std::string Translation::namesNear(std::string_view family, std::string_view name) const {
     std::vector<std::string> names = libraries_ ? libraries_->names(family) : std::vector<std::string>();
     for (const auto& node : scene_.nodes) {
         if (node && node->family() == family) names.push_back(node->name());
     }
-    std::string text =
-        libraries_ ? "neither in the scene nor in a library is there a node of family " : "the scene has no node of family ";
-    text += std::string(family) + " and that name";
+    std::string text;
     std::string_view before = " (names near it: \"";
     for (const std::string& near : nearestNames(name, std::move(names))) {
         text.append(before).append(near);
         before = "\", \"";
     }
-    return before.front() == '"' ? text + "\")" : text;
+    return text.empty() ? text : text + "\")";
 }
 
 void Translation::warn(const node::Node& node, std::string_view text) { warn(node.label(), text); }
