@@ -77,6 +77,10 @@ std::optional<Affine> readTransform(const node::Instance& instance, const std::s
     return a;
 }
 
+double placedArea(const TriangleRecord& t, const Affine& toWorld) {
+    return 0.5 * length(cross(toWorld.vector({t.e1[0], t.e1[1], t.e1[2]}), toWorld.vector({t.e2[0], t.e2[1], t.e2[2]})));
+}
+
 class WorldBuilder {
 public:
     WorldBuilder(const LayerTree& layers, Translation& translation, SpectralTables& tables)
@@ -283,6 +287,14 @@ void WorldBuilder::addMesh(const Placed& placed) {
     world_.normals.insert(world_.normals.end(), mesh.normals.begin(), mesh.normals.end());
 }
 
+/// Area of a mesh under a map. Takes time in proportion to the mesh where the map stretches.
+double placedArea(const SharedMesh& mesh, const Affine& toWorld) {
+    if (const double scale = toWorld.evenScale(); scale > 0.0) return mesh.area * scale * scale;
+    double area = 0.0;
+    for (const TriangleRecord& t : mesh.triangles) area += placedArea(t, toWorld);
+    return area;
+}
+
 void WorldBuilder::addShared(const Placed& placed) {
     GeometryEntry& entry = *placed.entry;
     if (!entry.shared) {
@@ -290,6 +302,7 @@ void WorldBuilder::addShared(const Placed& placed) {
         PlacedMesh mesh = place(entry, Affine{});
         shared->triangles = std::move(mesh.triangles);
         shared->normals = std::move(mesh.normals);
+        shared->area = mesh.area;
         entry.shared = shared.get();
         world_.meshes.push_back(std::move(shared));
     }
@@ -298,7 +311,11 @@ void WorldBuilder::addShared(const Placed& placed) {
     record.toWorld = placed.toWorld;
     record.toObject = placed.toWorld.inverse();
     record.mirrored = placed.toWorld.determinant() < 0.0;
-    record.surface = addSurface(placed, 0.0);
+    if (placed.emits) {
+        if (entry.shared->shares.empty()) entry.shared->shares = AreaShares(entry.shared->triangles);
+        record.area = placedArea(*entry.shared, placed.toWorld);
+    }
+    record.surface = addSurface(placed, record.area);
     // Positions are rounded in the mesh's own space as well as in the world.
     double magnitude = 0.0;
     for (int corner = 0; corner < 8; ++corner) {
@@ -320,11 +337,7 @@ void WorldBuilder::addCurved(const Placed& placed) {
     if (const auto* sphere = std::get_if<node::Sphere>(&placed.entry->geometry->shape)) {
         record.reverse = sphere->reverse;
         record.toWorld = placed.toWorld.scaled(sphere->radius);
-        const auto& m = record.toWorld.linear;
-        const double r = length(m[0]);
-        const bool even = std::abs(length(m[1]) - r) < 1.0e-9 * r && std::abs(length(m[2]) - r) < 1.0e-9 * r &&
-                          std::abs(dot(m[0], m[1])) + std::abs(dot(m[1], m[2])) + std::abs(dot(m[2], m[0])) < 1.0e-9 * r * r;
-        record.scale = even ? r : 0.0;
+        record.scale = record.toWorld.evenScale();
     } else {
         const auto& cone = std::get<node::Cone>(placed.entry->geometry->shape);
         record.kind = CurvedKind::cone;
@@ -355,9 +368,9 @@ World WorldBuilder::build(const Vec3& viewpoint) {
             if (placed.kinds.index() != kind) continue;
             if (!std::holds_alternative<node::Mesh>(placed.entry->geometry->shape)) {
                 addCurved(placed);
-            } else if (placed.emits || placed.entry->uses == 1 ||
+            } else if (placed.entry->uses == 1 ||
                        placed.entry->uses * (placed.entry->triangles.size() / 3) <= kCopyLimit) {
-                addMesh(placed);  // lights too: light sampling looks at placed triangles
+                addMesh(placed);
             } else {
                 addShared(placed);
             }
@@ -370,6 +383,10 @@ World WorldBuilder::build(const Vec3& viewpoint) {
 
 }  // namespace
 
+double InstanceRecord::lightPdf(std::uint32_t triangle) const {
+    return pick * mesh->shares.chance(triangle) / placedArea(mesh->triangles[triangle], toWorld);
+}
+
 World buildWorld(const LayerTree& layers, const Vec3& viewpoint, Translation& translation, SpectralTables& tables) {
     return WorldBuilder(layers, translation, tables).build(viewpoint);
 }
@@ -379,7 +396,8 @@ std::size_t World::memory() const noexcept {
                         curved.size() * sizeof(CurvedRecord) + instances.size() * sizeof(InstanceRecord) +
                         surfaces.size() * sizeof(SurfaceRecord);
     for (const auto& mesh : meshes) {
-        bytes += mesh->triangles.size() * sizeof(TriangleRecord) + mesh->normals.size() * sizeof(NormalsRecord);
+        bytes += mesh->triangles.size() * sizeof(TriangleRecord) + mesh->normals.size() * sizeof(NormalsRecord) +
+                 mesh->shares.size() * sizeof(std::uint32_t);
     }
     return bytes;
 }

@@ -74,7 +74,7 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     kernel_.lightBelow = lights_.below.data();
     kernel_.lightAlias = lights_.alias.empty() ? nullptr : lights_.alias.data();
     kernel_.lightCount = static_cast<std::int32_t>(lights_.lights.size());
-    kernel_.curvedLights = lights_.curved;
+    kernel_.rareLights = lights_.rare;
     kernel_.environment = environment < 0 ? -1 : environment * sensor_.grid.cells;
     kernel_.seed = setup_.seed;
     kernel_.maxDepth = setup_.maxDepth;

@@ -11,7 +11,7 @@ namespace nemra::core {
 
 namespace {
 
-constexpr std::size_t kMostNearNames = 8;  ///< missing names for which names near them are looked for
+constexpr std::size_t kMostNearNames = 3;  ///< missing names for which names near them are looked for
 
 }  // namespace
 
