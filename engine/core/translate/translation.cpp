@@ -77,7 +77,10 @@ std::string Translation::namesNear(std::string_view family, std::string_view nam
     return text.empty() ? text : text + "\")";
 }
 
-void Translation::warn(const node::Node& node, std::string_view text) { warn(node.label(), text); }
+void Translation::warn(const node::Node& node, std::string_view text) {
+    if (!paths_) paths_.emplace(scene_);  // most scenes give no cause
+    warn(paths_->of(node), text);
+}
 
 void Translation::warn(std::string_view source, std::string_view text) {
     const std::size_t whole = std::hash<std::string_view>{}(source) * 31 + std::hash<std::string_view>{}(text);

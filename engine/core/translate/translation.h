@@ -5,6 +5,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -13,6 +14,7 @@
 #include <utility>
 
 #include "engine/core/library/libraries.h"
+#include "engine/core/translate/node_paths.h"
 #include "engine/node/scene.h"
 
 namespace nemra::core {
@@ -52,7 +54,7 @@ public:
     /// names get the latter, since each is compared with all that there are.
     std::string missing(std::string_view family, std::string_view name);
 
-    /// A warning about a node, given once however often the node is met.
+    /// A warning about a node, given once however often the node is met. Its source is the node's path in the scene.
     void warn(const node::Node& node, std::string_view text);
     void warn(std::string_view source, std::string_view text);
 
@@ -74,6 +76,7 @@ private:
     std::map<Name, std::array<NodePointer, 2>> named_;  ///< first and second of each name; a node may ask for another of its own
     std::map<std::pair<std::string, std::string>, std::string> near_;  ///< of the first missing names
     std::unordered_set<std::size_t> said_;  ///< hashes: there may be a warning for each of a million instances
+    std::optional<NodePaths> paths_;
     std::set<const node::Node*> unlit_;    ///< told of by warnUnlit
     std::set<const node::Node*> visited_;  ///< by reportUnlit
 };
