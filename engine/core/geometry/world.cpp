@@ -65,8 +65,8 @@ std::optional<Affine> readTransform(const node::Instance& instance, const std::s
     for (int c = 0; c < 3; ++c) columns *= length({a.linear[0][c], a.linear[1][c], a.linear[2][c]});
     const double determinant = std::abs(a.determinant());
     if (!(determinant > 1.0e-12 * columns)) {
-        translation.warn(label, "its transform is singular: it flattens space (determinant " + shortText(determinant) +
-                                    "); it is left out");
+        translation.warn(
+            label, "its transform is singular: it flattens space (determinant " + shortText(determinant) + "); it is left out");
         return std::nullopt;
     }
     if (!(determinant > 1.0e-45)) {
@@ -368,8 +368,7 @@ World WorldBuilder::build(const Vec3& viewpoint) {
             if (placed.kinds.index() != kind) continue;
             if (!std::holds_alternative<node::Mesh>(placed.entry->geometry->shape)) {
                 addCurved(placed);
-            } else if (placed.entry->uses == 1 ||
-                       placed.entry->uses * (placed.entry->triangles.size() / 3) <= kCopyLimit) {
+            } else if (placed.entry->uses == 1 || placed.entry->uses * (placed.entry->triangles.size() / 3) <= kCopyLimit) {
                 addMesh(placed);
             } else {
                 addShared(placed);

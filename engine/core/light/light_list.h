@@ -11,9 +11,9 @@ struct LightList {
     std::vector<LightRecord> lights;
     std::vector<float> below;       ///< cumulative chances, one more than lights
     std::vector<AliasEntry> alias;  ///< for many lights (Walker 1977, Vose 1991)
-    bool rare = false;          ///< some are curved shapes or instances
-    double power = 0.0;         ///< of all lights, W
-    double peakRadiance = 0.0;  ///< largest mean spectral radiance of a light, W/(m2 sr nm)
+    bool rare = false;              ///< some are curved shapes or instances
+    double power = 0.0;             ///< of all lights, W
+    double peakRadiance = 0.0;      ///< largest mean spectral radiance of a light, W/(m2 sr nm)
 };
 
 /// Up to this many lights the cumulative chances are searched, and what is left of the random number is used again.

@@ -83,14 +83,13 @@ void Translation::warn(const node::Node& node, std::string_view text) {
 }
 
 void Translation::warn(std::string_view source, std::string_view text) {
-    const std::size_t whole = std::hash<std::string_view>{}(source) * 31 + std::hash<std::string_view>{}(text);
-    if (said_.insert(whole).second && said_.size() <= kMaxWarnings) log::warning(source, text);
+    const std::string whole = std::string(source).append("\n").append(text);
+    if (said_.insert(std::hash<std::string>{}(whole)).second && said_.size() <= kMaxWarnings) log::warning(source, text);
 }
 
 void Translation::finish() {
     if (said_.size() <= kMaxWarnings) return;
-    log::warning("scene \"" + scene_.name + "\"",
-                 std::to_string(said_.size() - kMaxWarnings) + " further warnings left out");
+    log::warning("scene \"" + scene_.name + "\"", std::to_string(said_.size() - kMaxWarnings) + " further warnings left out");
 }
 
 void Translation::warnUnlit(const node::Node& node, std::string_view text) {
