@@ -10,6 +10,7 @@
 
 #include "engine/node/mesh_frame.h"
 #include "engine/node/node.h"
+#include "engine/node/scene_place.h"
 
 namespace nemra::node {
 
@@ -46,6 +47,7 @@ struct Geometry {
     std::string materialName;        ///< "" for none
     std::shared_ptr<Node> material;  ///< wins over the name
     std::variant<Mesh, Sphere, Cone> shape;
+    ScenePlace place = {};
 };
 
 struct Instance {
@@ -55,6 +57,7 @@ struct Instance {
     std::shared_ptr<Node> material;                                                    ///< wins over the name
     bool materialIsFallback = false;               ///< holds only where the geometry has no material of its own
     std::vector<std::vector<std::string>> layers;  ///< paths of layer names, below the root of the layer tree
+    ScenePlace place = {};
 };
 
 }  // namespace nemra::node

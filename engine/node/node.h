@@ -111,6 +111,9 @@ public:
     /// A deep copy. What is shared inside the original is shared inside the copy. Throws std::length_error if the nodes are
     /// nested deeper than kMaximumDepth.
     std::shared_ptr<Node> copy() const;
+    /// Whether the other is as a copy of this one: class, name, settings and all that lies below. May miss that two settings come
+    /// to the same.
+    bool sameAs(const Node& other) const;
 
     /// The node's id in the slot table of nodes; 0 if it has none. See node_handle.h.
     std::uint64_t handleId() const noexcept { return handleId_.load(std::memory_order_acquire); }

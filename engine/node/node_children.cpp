@@ -209,4 +209,37 @@ struct Node::Copier {
 
 std::shared_ptr<Node> Node::copy() const { return Copier{}.copy(*this, 0); }
 
+bool Node::sameAs(const Node& other) const {
+    std::unordered_map<const Node*, const Node*> compared;  // what is shared is compared once
+    std::vector<std::pair<const Node*, const Node*>> open{{this, &other}};
+    while (!open.empty()) {
+        const auto [a, b] = open.back();
+        open.pop_back();
+        if (a == b || (compared.contains(a) && compared[a] == b)) continue;
+        compared[a] = b;
+        if (a->class_ != b->class_ || a->name_ != b->name_ || a->comments() != b->comments()) return false;
+        const auto isSame = [](const Override& x, const Override& y) { return x.spec == y.spec && x.value == y.value; };
+        if (!std::equal(a->overrides_.begin(), a->overrides_.end(), b->overrides_.begin(), b->overrides_.end(), isSame))
+            return false;
+        for (const RawSlotSpec& slot : a->class_->rawSlots) {
+            const Value* const x = a->rawSlot(slot.name);
+            const Value* const y = b->rawSlot(slot.name);
+            if ((x == nullptr) != (y == nullptr) || (x && !(*x == *y))) return false;
+        }
+        const auto& left = a->mutableList();
+        const auto& right = b->mutableList();
+        if (left.size() != right.size()) return false;
+        for (std::size_t i = 0; i < left.size(); ++i) open.emplace_back(left[i].get(), right[i].get());
+        if (!a->children_ && !b->children_) continue;
+        for (std::size_t i = 0; i < a->class_->children.size(); ++i) {
+            const auto at = [&](const Node& node) {
+                const bool isMade = node.children_ && node.children_->slots[i].node;
+                return isMade ? node.children_->slots[i].node.get() : node.class_->defaultChildren[i].get();
+            };
+            open.emplace_back(at(*a), at(*b));
+        }
+    }
+    return true;
+}
+
 }  // namespace nemra::node

@@ -45,13 +45,13 @@ NEMRA_API char* nemraGeometry_getType(nemra_geom_t* geometry);
 NEMRA_API int32_t nemraGeometry_numPrimitives(nemra_geom_t* geometry);
 NEMRA_API void nemraGeometry_setName(nemra_geom_t* geometry, const char* name);
 NEMRA_API void nemraGeometry_setMaterialName(nemra_geom_t* geometry, const char* name);
-/* The geometry and the material share the node. */
+/* A free-standing geometry shares the node, a scene's has the scene's own: the node itself if it is in the scene, else a copy. */
 NEMRA_API void nemraGeometry_setMaterial(nemra_geom_t* geometry, nemra_onode_t* material);
 /* Caller's text, never null. */
 NEMRA_API char* nemraGeometry_getMaterialName(nemra_geom_t* geometry);
-/* The associated node, the engine's, or null if there is none or only a name. */
+/* The associated node, the engine's; of a scene's geometry also the one that is only named. Null if there is none. */
 NEMRA_API nemra_onode_t* nemraGeometry_getMaterial(nemra_geom_t* geometry);
-/* format 0: svxml text, 1: svbin. Caller's text. */
+/* format 0: svxml text, 1: svbin. Caller's text, empty for a null or stale handle; null, with a message, for another format. */
 NEMRA_API char* nemraGeometry_serialize(nemra_geom_t* geometry, int32_t format, int32_t* size);
 NEMRA_API void nemraGeometry_release(nemra_geom_t** handle);
 
@@ -67,11 +67,12 @@ NEMRA_API void nemraInstance_setGeometryName(nemra_instance_t* instance, const c
 /* Sixteen doubles, row-major, acting on column vectors (translation in the last column); engine's. Null for a null handle. */
 NEMRA_API const double* nemraInstance_getTransform(nemra_instance_t* instance);
 NEMRA_API void nemraInstance_setTransform(nemra_instance_t* instance, const double* matrix);
-/* The instance's material, the engine's, or null. */
+/* As nemraGeometry_getMaterial. */
 NEMRA_API nemra_onode_t* nemraInstance_material(nemra_instance_t* instance);
 /* Takes the address of the caller's handle. `fallback`: the material holds only where the geometry has none of its own.
  * keepOriginal false: the engine takes the node over and clears the field. */
 NEMRA_API void nemraInstance_setMaterial(nemra_instance_t* instance, nemra_onode_t** material, bool fallback, bool keepOriginal);
+/* As nemraGeometry_serialize. */
 NEMRA_API char* nemraInstance_serialize(nemra_instance_t* instance, int32_t format, int32_t* size);
 NEMRA_API void nemraInstance_release(nemra_instance_t** handle);
 
@@ -84,6 +85,7 @@ NEMRA_API const char* nemraScene_name(nemra_scene_t* scene);
 NEMRA_API const char* nemraScene_getActiveSetupName(nemra_scene_t* scene);
 NEMRA_API void nemraScene_setName(nemra_scene_t* scene, const char* name);
 NEMRA_API void nemraScene_addSearchPath(nemra_scene_t* scene, const char* path);
+/* The name is kept in any case. False, with a warning, if the scene has no such setup yet. An empty name takes the only one. */
 NEMRA_API bool nemraScene_setActiveSetupName(nemra_scene_t* scene, const char* name);
 
 /* These copy the object into the scene and return the scene's copy, which stays the scene's. keepOriginal false takes the
@@ -115,6 +117,7 @@ enum {
  * comes in. False, and nothing changes, for flags that there aren't and for a file that can't be read now. */
 NEMRA_API bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int32_t flags, const char* prefix);
 
+/* Where a material leaves, what refers to it keeps its name. */
 NEMRA_API bool nemraScene_removeNode(nemra_scene_t* scene, nemra_onode_t* node);
 NEMRA_API bool nemraScene_removeGeom(nemra_scene_t* scene, nemra_geom_t* geometry);
 NEMRA_API bool nemraScene_removeInstance(nemra_scene_t* scene, nemra_instance_t* instance);

@@ -36,8 +36,12 @@ def test_renderer_example_writes_its_picture(tmp_path):
     assert (tmp_path / "cornellbox.png").read_bytes().startswith(b"\x89PNG")
 
 
-@pytest.mark.parametrize("script", re.findall(r"```python\n(.*?)```", (SOURCE / "README.md").read_text(), re.S))
-def test_readme_script(script, tmp_path):
+def scripts_of(page: str) -> list[str]:
+    return re.findall(r"```python\n(.*?)```", (SOURCE / page).read_text(), re.S)
+
+
+@pytest.mark.parametrize("script", scripts_of("README.md") + scripts_of("docs/scene.md"))
+def test_script_of_a_page(script, tmp_path):
     result = subprocess.run([sys.executable, "-c", script], env=ENVIRONMENT, cwd=tmp_path, capture_output=True, text=True, timeout=300)
     assert (result.returncode, result.stderr) == (0, "")
 

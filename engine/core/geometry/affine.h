@@ -45,6 +45,16 @@ struct Affine {
         return r;
     }
 
+    /// The factor by which all lengths grow; 0 if it differs between directions.
+    double evenScale() const {
+        const double s = length(linear[0]);
+        const bool even =
+            std::abs(length(linear[1]) - s) < 1.0e-9 * s && std::abs(length(linear[2]) - s) < 1.0e-9 * s &&
+            std::abs(dot(linear[0], linear[1])) + std::abs(dot(linear[1], linear[2])) + std::abs(dot(linear[2], linear[0])) <
+                1.0e-9 * s * s;
+        return even ? s : 0.0;
+    }
+
     Affine scaled(double s) const {  // first scale by s, then this
         Affine r = *this;
         for (Vec3& row : r.linear) row = row * s;

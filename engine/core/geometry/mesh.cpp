@@ -4,6 +4,21 @@
 
 namespace nemra::core {
 
+namespace {
+
+/// Whether the sides of a triangle span an area that is more than their rounding. `normal`: their cross product.
+bool hasArea(const Vec3& e1, const Vec3& e2, const Vec3& normal) {
+    const double longest = std::max({length(e1), length(e2), length(e2 - e1)});
+    return length(normal) > 1.0e-12 * longest * longest;
+}
+
+Vec3 vertexOf(const node::Mesh& mesh, std::int32_t index) {
+    const double* const v = mesh.vertices.data() + 3 * static_cast<std::size_t>(index);
+    return {v[0], v[1], v[2]};
+}
+
+}  // namespace
+
 std::vector<std::int32_t> usableTriangles(const node::Mesh& mesh, const std::string& label, Translation& translation) {
     const auto vertexCount = static_cast<std::int64_t>(mesh.vertices.size() / 3);
     std::vector<char> finite(vertexCount);
@@ -16,6 +31,7 @@ std::vector<std::int32_t> usableTriangles(const node::Mesh& mesh, const std::str
     kept.reserve(mesh.triangles.size());
     std::size_t outOfRange = 0;
     std::size_t notFinite = 0;
+    std::size_t flat = 0;
     for (std::size_t i = 0; i + 2 < mesh.triangles.size(); i += 3) {
         const std::int32_t* t = mesh.triangles.data() + i;
         if (!std::all_of(t, t + 3, [&](std::int32_t v) { return v >= 0 && v < vertexCount; })) {
@@ -23,7 +39,14 @@ std::vector<std::int32_t> usableTriangles(const node::Mesh& mesh, const std::str
         } else if (!std::all_of(t, t + 3, [&](std::int32_t v) { return finite[v] != 0; })) {
             ++notFinite;
         } else {
-            kept.insert(kept.end(), t, t + 3);
+            const Vec3 corner = vertexOf(mesh, t[0]);
+            const Vec3 e1 = vertexOf(mesh, t[1]) - corner;
+            const Vec3 e2 = vertexOf(mesh, t[2]) - corner;
+            if (hasArea(e1, e2, cross(e1, e2))) {
+                kept.insert(kept.end(), t, t + 3);
+            } else {
+                ++flat;
+            }
         }
     }
     if (outOfRange) {
@@ -35,6 +58,7 @@ std::vector<std::int32_t> usableTriangles(const node::Mesh& mesh, const std::str
                                     " triangles have vertices that aren't finite or lie beyond 1e12 m; "
                                     "they are left out");
     }
+    if (flat) translation.warn(label, std::to_string(flat) + " triangles have no area; they are left out");
     return kept;
 }
 
@@ -48,16 +72,15 @@ PlacedMesh placeMesh(const node::Mesh& mesh, const std::vector<std::int32_t>& tr
     const bool smooth = mesh.normals.size() >= mesh.vertices.size() && !mesh.normals.empty();
     for (std::size_t i = 0; i < triangles.size(); i += 3) {
         Vec3 p[3];
-        for (int k = 0; k < 3; ++k) {
-            const double* v = mesh.vertices.data() + 3 * static_cast<std::size_t>(triangles[i + k]);
-            p[k] = placing.point({v[0], v[1], v[2]});
-        }
+        for (int k = 0; k < 3; ++k) p[k] = placing.point(vertexOf(mesh, triangles[i + k]));
         const Vec3 e1 = p[1] - p[0];
         const Vec3 e2 = p[2] - p[0];
         const Vec3 n = cross(e1, e2) * side;
         const double twice = length(n);
-        const double longest = std::max({length(e1), length(e2), length(e2 - e1)});
-        if (!(twice > 1.0e-12 * longest * longest) || !(twice > 1.0e-36)) continue;
+        if (!hasArea(e1, e2, n) || !(twice > 1.0e-36)) {
+            ++placed.flattened;
+            continue;
+        }
         TriangleRecord record{};
         double magnitude = 0.0;
         for (int k = 0; k < 3; ++k) {

@@ -10,13 +10,15 @@
 
 namespace nemra::core {
 
-/// The triangles that can be rendered: indices in range, vertices finite. What is left out is counted in one warning.
+/// The triangles that can be rendered: indices in range, vertices finite, some area. What is left out is counted, in one warning
+/// for each reason.
 std::vector<std::int32_t> usableTriangles(const node::Mesh& mesh, const std::string& label, Translation& translation);
 
 struct PlacedMesh {
     std::vector<TriangleRecord> triangles;
     std::vector<NormalsRecord> normals;  ///< TriangleRecord::normals counts from 0 here
     double area = 0.0;                   ///< m2, after placing
+    std::size_t flattened = 0;           ///< triangles left out
 };
 
 /// Triangles mapped by `placing` in double precision and rounded once; those that end up without area are left out.

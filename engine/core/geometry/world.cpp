@@ -1,9 +1,13 @@
 #include "engine/core/geometry/world.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 #include <map>
 #include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include "engine/core/geometry/mesh.h"
 #include "engine/node/geometry.h"
@@ -22,6 +26,7 @@ struct GeometryEntry {
     Vec3 lower{}, upper{};                ///< in its own space
     std::size_t uses = 0;
     SharedMesh* shared = nullptr;
+    bool saidFlattened = false;
 };
 
 /// An instance that takes part.
@@ -33,6 +38,12 @@ struct Placed {
     bool emits = false;
     RayKinds kinds;
 };
+
+/// Six digits, whatever the process's locale.
+std::string shortText(double x) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, x, std::chars_format::general, 6).ptr};
+}
 
 std::optional<Affine> readTransform(const node::Instance& instance, const std::string& label, Translation& translation) {
     const auto& m = instance.transform;
@@ -53,18 +64,31 @@ std::optional<Affine> readTransform(const node::Instance& instance, const std::s
     double columns = 1.0;
     for (int c = 0; c < 3; ++c) columns *= length({a.linear[0][c], a.linear[1][c], a.linear[2][c]});
     const double determinant = std::abs(a.determinant());
-    if (!(determinant > 1.0e-12 * columns) || !(determinant > 1.0e-45)) {
-        translation.warn(label, "its transform is singular: it flattens space (determinant " + std::to_string(determinant) +
-                                    "); it is left out");
+    if (!(determinant > 1.0e-12 * columns)) {
+        translation.warn(
+            label, "its transform is singular: it flattens space (determinant " + shortText(determinant) + "); it is left out");
+        return std::nullopt;
+    }
+    if (!(determinant > 1.0e-45)) {
+        translation.warn(label, "its transform makes things too small (determinant " + shortText(determinant) +
+                                    ", at least 1e-45 is needed); it is left out");
         return std::nullopt;
     }
     return a;
 }
 
+double placedArea(const TriangleRecord& t, const Affine& toWorld) {
+    return 0.5 * length(cross(toWorld.vector({t.e1[0], t.e1[1], t.e1[2]}), toWorld.vector({t.e2[0], t.e2[1], t.e2[2]})));
+}
+
 class WorldBuilder {
 public:
     WorldBuilder(const LayerTree& layers, Translation& translation, SpectralTables& tables)
-        : layers_(layers), translation_(translation), tables_(tables) {}
+        : layers_(layers), translation_(translation), tables_(tables) {
+        for (const auto& geometry : translation.scene().geometries) {
+            if (geometry) named_.try_emplace(geometry->name, geometry.get());  // the first of a name counts
+        }
+    }
 
     World build(const Vec3& viewpoint);
 
@@ -76,6 +100,7 @@ private:
     void collect();
     void findMiddle(const Vec3& viewpoint);
     std::uint32_t addSurface(const Placed& placed, double area);
+    PlacedMesh place(GeometryEntry& entry, const Affine& placing);
     void addMesh(const Placed& placed);
     void addShared(const Placed& placed);
     void addCurved(const Placed& placed);
@@ -84,7 +109,8 @@ private:
     Translation& translation_;
     SpectralTables& tables_;
     World world_;
-    std::map<std::string, GeometryEntry> geometries_;
+    std::unordered_map<std::string_view, const node::Geometry*> named_;
+    std::unordered_map<const node::Geometry*, GeometryEntry> geometries_;  ///< those that instances name
     std::map<const node::Node*, std::unique_ptr<MaterialModel>> materials_;
     std::map<const MaterialModel*, const Bsdf*> bsdfs_;
     std::vector<Placed> placed_;
@@ -128,12 +154,11 @@ GeometryEntry WorldBuilder::readGeometry(const node::Geometry& geometry) {
 }
 
 GeometryEntry* WorldBuilder::findGeometry(const std::string& name) {
-    const auto known = geometries_.find(name);
+    const auto named = named_.find(name);
+    if (named == named_.end()) return nullptr;
+    const auto known = geometries_.find(named->second);
     if (known != geometries_.end()) return &known->second;
-    for (const auto& geometry : translation_.scene().geometries) {
-        if (geometry && geometry->name == name) return &geometries_.emplace(name, readGeometry(*geometry)).first->second;
-    }
-    return nullptr;
+    return &geometries_.emplace(named->second, readGeometry(*named->second)).first->second;
 }
 
 MaterialModel* WorldBuilder::material(const NodePointer& node) {
@@ -240,8 +265,18 @@ std::uint32_t WorldBuilder::addSurface(const Placed& placed, double area) {
     return static_cast<std::uint32_t>(world_.surfaces.size() - 1);
 }
 
+PlacedMesh WorldBuilder::place(GeometryEntry& entry, const Affine& placing) {
+    PlacedMesh mesh = placeMesh(std::get<node::Mesh>(entry.geometry->shape), entry.triangles, placing);
+    if (mesh.flattened > 0 && !std::exchange(entry.saidFlattened, true)) {
+        translation_.warn("geometry \"" + entry.geometry->name + "\"",
+                          "where an instance places it, " + std::to_string(mesh.flattened) + " of its " +
+                              std::to_string(entry.triangles.size() / 3) + " triangles have no area; they are left out there");
+    }
+    return mesh;
+}
+
 void WorldBuilder::addMesh(const Placed& placed) {
-    PlacedMesh mesh = placeMesh(std::get<node::Mesh>(placed.entry->geometry->shape), placed.entry->triangles, placed.toWorld);
+    PlacedMesh mesh = place(*placed.entry, placed.toWorld);
     const std::uint32_t surface = addSurface(placed, mesh.area);
     const auto firstNormals = static_cast<std::int32_t>(world_.normals.size());
     for (TriangleRecord& triangle : mesh.triangles) {
@@ -252,13 +287,22 @@ void WorldBuilder::addMesh(const Placed& placed) {
     world_.normals.insert(world_.normals.end(), mesh.normals.begin(), mesh.normals.end());
 }
 
+/// Area of a mesh under a map. Takes time in proportion to the mesh where the map stretches.
+double placedArea(const SharedMesh& mesh, const Affine& toWorld) {
+    if (const double scale = toWorld.evenScale(); scale > 0.0) return mesh.area * scale * scale;
+    double area = 0.0;
+    for (const TriangleRecord& t : mesh.triangles) area += placedArea(t, toWorld);
+    return area;
+}
+
 void WorldBuilder::addShared(const Placed& placed) {
     GeometryEntry& entry = *placed.entry;
     if (!entry.shared) {
         auto shared = std::make_unique<SharedMesh>();
-        PlacedMesh mesh = placeMesh(std::get<node::Mesh>(entry.geometry->shape), entry.triangles, Affine{});
+        PlacedMesh mesh = place(entry, Affine{});
         shared->triangles = std::move(mesh.triangles);
         shared->normals = std::move(mesh.normals);
+        shared->area = mesh.area;
         entry.shared = shared.get();
         world_.meshes.push_back(std::move(shared));
     }
@@ -267,7 +311,11 @@ void WorldBuilder::addShared(const Placed& placed) {
     record.toWorld = placed.toWorld;
     record.toObject = placed.toWorld.inverse();
     record.mirrored = placed.toWorld.determinant() < 0.0;
-    record.surface = addSurface(placed, 0.0);
+    if (placed.emits) {
+        if (entry.shared->shares.empty()) entry.shared->shares = AreaShares(entry.shared->triangles);
+        record.area = placedArea(*entry.shared, placed.toWorld);
+    }
+    record.surface = addSurface(placed, record.area);
     // Positions are rounded in the mesh's own space as well as in the world.
     double magnitude = 0.0;
     for (int corner = 0; corner < 8; ++corner) {
@@ -289,11 +337,7 @@ void WorldBuilder::addCurved(const Placed& placed) {
     if (const auto* sphere = std::get_if<node::Sphere>(&placed.entry->geometry->shape)) {
         record.reverse = sphere->reverse;
         record.toWorld = placed.toWorld.scaled(sphere->radius);
-        const auto& m = record.toWorld.linear;
-        const double r = length(m[0]);
-        const bool even = std::abs(length(m[1]) - r) < 1.0e-9 * r && std::abs(length(m[2]) - r) < 1.0e-9 * r &&
-                          std::abs(dot(m[0], m[1])) + std::abs(dot(m[1], m[2])) + std::abs(dot(m[2], m[0])) < 1.0e-9 * r * r;
-        record.scale = even ? r : 0.0;
+        record.scale = record.toWorld.evenScale();
     } else {
         const auto& cone = std::get<node::Cone>(placed.entry->geometry->shape);
         record.kind = CurvedKind::cone;
@@ -324,9 +368,8 @@ World WorldBuilder::build(const Vec3& viewpoint) {
             if (placed.kinds.index() != kind) continue;
             if (!std::holds_alternative<node::Mesh>(placed.entry->geometry->shape)) {
                 addCurved(placed);
-            } else if (placed.emits || placed.entry->uses == 1 ||
-                       placed.entry->uses * (placed.entry->triangles.size() / 3) <= kCopyLimit) {
-                addMesh(placed);  // lights too: light sampling looks at placed triangles
+            } else if (placed.entry->uses == 1 || placed.entry->uses * (placed.entry->triangles.size() / 3) <= kCopyLimit) {
+                addMesh(placed);
             } else {
                 addShared(placed);
             }
@@ -339,6 +382,10 @@ World WorldBuilder::build(const Vec3& viewpoint) {
 
 }  // namespace
 
+double InstanceRecord::lightPdf(std::uint32_t triangle) const {
+    return pick * mesh->shares.chance(triangle) / placedArea(mesh->triangles[triangle], toWorld);
+}
+
 World buildWorld(const LayerTree& layers, const Vec3& viewpoint, Translation& translation, SpectralTables& tables) {
     return WorldBuilder(layers, translation, tables).build(viewpoint);
 }
@@ -348,7 +395,8 @@ std::size_t World::memory() const noexcept {
                         curved.size() * sizeof(CurvedRecord) + instances.size() * sizeof(InstanceRecord) +
                         surfaces.size() * sizeof(SurfaceRecord);
     for (const auto& mesh : meshes) {
-        bytes += mesh->triangles.size() * sizeof(TriangleRecord) + mesh->normals.size() * sizeof(NormalsRecord);
+        bytes += mesh->triangles.size() * sizeof(TriangleRecord) + mesh->normals.size() * sizeof(NormalsRecord) +
+                 mesh->shares.size() * sizeof(std::uint32_t);
     }
     return bytes;
 }

@@ -8,6 +8,7 @@
 
 #include "engine/core/embree/handles.h"
 #include "engine/core/geometry/affine.h"
+#include "engine/core/geometry/area_shares.h"
 #include "engine/core/geometry/curved.h"
 #include "engine/core/kernel/kernel_scene.h"
 #include "engine/core/layer/layer.h"
@@ -19,6 +20,8 @@ namespace nemra::core {
 struct SharedMesh {
     std::vector<TriangleRecord> triangles;  ///< `surface` isn't used, `normals` counts from the mesh's own first
     std::vector<NormalsRecord> normals;
+    AreaShares shares;  ///< for light sampling; empty if no instance shines
+    double area = 0.0;  ///< m2, in its own space
     embree::Scene scene;
 };
 
@@ -29,6 +32,12 @@ struct InstanceRecord {
     bool mirrored = false;
     std::uint32_t surface = 0;
     float offset = 0.0F;
+    double area = 0.0;  ///< m2, where it stands; 0 if it doesn't shine
+    double pick = 0.0;  ///< chance that light sampling picks it
+
+    /// Density per area with which light sampling finds a point of that triangle, 1/m2. The triangle is chosen by its area in the
+    /// mesh's own space, so this differs between triangles under a map that stretches.
+    double lightPdf(std::uint32_t triangle) const;
 };
 
 /// Which rays meet a thing. Things of one kind stand together.

@@ -48,7 +48,8 @@ struct NormalsRecord {
     float n[3][3];
 };
 
-/// An emissive triangle, or a curved shape, as light sampling sees it.
+/// An emissive triangle, a curved shape or an instance of a mesh, as light sampling sees it. Corners, normal
+/// and density are those of a triangle.
 struct alignas(64) LightRecord {
     float v0[3];
     float pdf;  ///< per area, 1/m2, with the chance of picking this light
@@ -58,8 +59,9 @@ struct alignas(64) LightRecord {
     std::int32_t emission;
     float n[3];
     float scale;
-    std::int32_t curved;  ///< index of the curved shape; -1: a triangle
-    float pick;           ///< chance of picking this light
+    std::int32_t curved = -1;    ///< index of the curved shape, if it is one
+    std::int32_t instance = -1;  ///< index of the instance, if it is one
+    float pick;                  ///< chance of picking this light
     std::uint8_t emits;
 };
 
@@ -143,7 +145,7 @@ struct KernelScene {
     const float* lightBelow = nullptr;  ///< cumulative chances, lightCount + 1
     const AliasEntry* lightAlias = nullptr;
     std::int32_t lightCount = 0;
-    bool curvedLights = false;
+    bool rareLights = false;  ///< some are curved shapes or instances
 
     std::int32_t environment = -1;  ///< first cell of the table of an even environment; -1: dark
 

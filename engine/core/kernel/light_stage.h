@@ -68,16 +68,23 @@ static void lightStage(const KernelScene& scene, Workspace& w, int count) {
         const FloatN root = squareRoot(u);
         VecN q = v0 + e1 * (1.0F - root) + e2 * (v * root);
         FloatN solid = splat(-1.0F);  // density per solid angle where it is known directly
-        if (scene.curvedLights) {
+        if (scene.rareLights) {
             for (int lane = 0; lane < kLanes; ++lane) {
                 const LightRecord& light = scene.lights[chosen[lane]];
-                if (light.curved < 0) continue;
+                if (light.curved < 0 && light.instance < 0) continue;
                 const float reference[3] = {p.x[lane], p.y[lane], p.z[lane]};
                 float position[3] = {}, normal[3] = {}, pdf = 0.0F;
-                sampleCurvedLight(scene, light, reference, u[lane], v[lane], position, normal, pdf);
+                if (light.curved >= 0) {
+                    sampleCurvedLight(scene, light, reference, u[lane], v[lane], position, normal, pdf);
+                    solid[lane] = pdf;
+                } else {
+                    const std::uint32_t set = kSetFirstBounce + kSetsPerBounce * w.vertexBounce[i + lane] + kSetPartOfLight;
+                    const std::uint32_t part = samplePair(w.vertexReversed[i + lane], w.vertexPixel[i + lane], set).first;
+                    sampleInstancedLight(scene, light, part, u[lane], v[lane], position, normal, pdf);
+                    pdfArea[lane] = pdf;
+                }
                 q.x[lane] = position[0], q.y[lane] = position[1], q.z[lane] = position[2];
                 nl.x[lane] = normal[0], nl.y[lane] = normal[1], nl.z[lane] = normal[2];
-                solid[lane] = pdf;
             }
         }
         // End the shadow ray off the light, on the vertex's side.
@@ -91,7 +98,7 @@ static void lightStage(const KernelScene& scene, Workspace& w, int count) {
         const FloatN sideways = dot(g, wi);
         const IntN shines = select(cosLight > 0.0F, emits & kEmitsFront, emits & kEmitsBack) != 0;
         FloatN pdfLight = pdfArea * distance2 / magnitude(cosLight);
-        if (scene.curvedLights) pdfLight = select(solid >= 0.0F, solid, pdfLight);
+        if (scene.rareLights) pdfLight = select(solid >= 0.0F, solid, pdfLight);
         const FloatN pdfScatter = cosine * kInversePi;
         const FloatN ratio = pdfScatter / pdfLight;
         const FloatN weight = pdfScatter * scale / (pdfLight + pdfScatter * ratio);

@@ -1,5 +1,6 @@
 #include "engine/core/kernel/rare.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/core/bsdf/bsdf.h"
@@ -30,7 +31,8 @@ void resolveCurved(const KernelScene& scene, const CurvedRecord& shape, const fl
                          : 0.0F;
 }
 
-void resolveInstance(const InstanceRecord& instance, std::uint32_t inner, float u, float v, SurfacePoint& point) {
+void resolveInstance(const InstanceRecord& instance, std::uint32_t inner, const float direction[3], float distance, float u,
+                     float v, SurfacePoint& point) {
     const TriangleRecord& t = instance.mesh->triangles[inner];
     const Vec3 own = widen(t.v0) + widen(t.e1) * u + widen(t.e2) * v;
     narrow(instance.toWorld.point(own), point.position);
@@ -44,6 +46,11 @@ void resolveInstance(const InstanceRecord& instance, std::uint32_t inner, float 
     point.offset = instance.offset;
     point.surface = instance.surface;
     point.lightPdf = 0.0F;
+    if (instance.pick > 0.0) {  // density per area to density per solid angle
+        const double cosine = std::abs(dot(widen(point.geometric), widen(direction)));
+        const double away = distance;
+        point.lightPdf = static_cast<float>(instance.lightPdf(inner) * away * away / std::max(cosine, 1.0e-12));
+    }
 }
 
 }  // namespace
@@ -51,7 +58,7 @@ void resolveInstance(const InstanceRecord& instance, std::uint32_t inner, float 
 void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t inner, const float origin[3],
                     const float direction[3], float t, float u, float v, SurfacePoint& point) {
     if ((hit & kInstanceHit) == kInstanceHit) {
-        resolveInstance(scene.instances[hit & ~kInstanceHit], inner, u, v, point);
+        resolveInstance(scene.instances[hit & ~kInstanceHit], inner, direction, t, u, v, point);
     } else {
         resolveCurved(scene, scene.curved[hit & ~kCurvedHit], origin, direction, t, point);
     }
@@ -66,6 +73,17 @@ bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const
     narrow(sample.normal, normal);
     pdf = static_cast<float>(sample.pdf * shape.pick);
     return true;
+}
+
+void sampleInstancedLight(const KernelScene& scene, const LightRecord& light, std::uint32_t part, float u, float v,
+                          float position[3], float normal[3], float& pdf) {
+    const InstanceRecord& instance = scene.instances[light.instance];
+    const std::uint32_t chosen = instance.mesh->shares.pick(part);
+    const TriangleRecord& t = instance.mesh->triangles[chosen];
+    const double root = std::sqrt(static_cast<double>(u));
+    narrow(instance.toWorld.point(widen(t.v0) + widen(t.e1) * (1.0 - root) + widen(t.e2) * (v * root)), position);
+    narrow(normalized(instance.toObject.transposed(widen(t.ng))), normal);
+    pdf = static_cast<float>(instance.lightPdf(chosen));
 }
 
 void scatterRare(const KernelScene& scene, const SurfaceRecord& surface, const float direction[3], const float shading[3],

@@ -24,6 +24,11 @@ void resolveRareHit(const KernelScene& scene, std::uint32_t hit, std::uint32_t i
 bool sampleCurvedLight(const KernelScene& scene, const LightRecord& light, const float reference[3], float u, float v,
                        float position[3], float normal[3], float& pdf);
 
+/// A point on an instanced light, on the triangle that `part` takes (uniform over 32 bits). `pdf` per area, 1/m2, with the chance
+/// of the light.
+void sampleInstancedLight(const KernelScene& scene, const LightRecord& light, std::uint32_t part, float u, float v,
+                          float position[3], float normal[3], float& pdf);
+
 /// What becomes of a path at a surface of the generic kind.
 struct RareScatter {
     bool goesOn;

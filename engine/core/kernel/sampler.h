@@ -80,6 +80,7 @@ constexpr std::uint32_t kSetFirstBounce = 3;
 constexpr std::uint32_t kSetsPerBounce = 3;
 constexpr std::uint32_t kSetLight = 0;
 constexpr std::uint32_t kSetScatter = 1;
-constexpr std::uint32_t kSetChoices = 2;  ///< which light, Russian roulette
+constexpr std::uint32_t kSetChoices = 2;                ///< which light, Russian roulette
+constexpr std::uint32_t kSetPartOfLight = 0x80000000U;  ///< added to a bounce's first: which triangle of an instanced light
 
 }  // namespace nemra::core::NEMRA_KERNEL

@@ -47,7 +47,7 @@ std::vector<AliasEntry> makeAlias(const std::vector<double>& chances) {
 LightList makeLightList(World& world, const SpectralTables& tables) {
     LightList list;
     std::vector<double> weight;
-    std::vector<std::uint32_t> source;  // triangle, or curved shape
+    std::vector<std::uint32_t> triangleOf;  // none for the rare ones
     std::vector<double> areas;
     std::vector<double> meanOf(world.surfaces.size(), 0.0);
     for (std::size_t i = 0; i < world.surfaces.size(); ++i) {
@@ -55,30 +55,56 @@ LightList makeLightList(World& world, const SpectralTables& tables) {
         if (s.emits) meanOf[i] = tableMean(tables, s.emission) * s.emissionScale;
         list.peakRadiance = std::max(list.peakRadiance, meanOf[i]);
     }
-    const auto add = [&](std::uint32_t surface, std::int32_t curved, std::uint32_t from, double area) {
+    const auto add = [&](std::uint32_t surface, double area, const LightRecord& shape, std::uint32_t triangle) {
         const SurfaceRecord& s = world.surfaces[surface];
         if (!s.emits || !(meanOf[surface] > 0.0) || !(area > 0.0)) return;
-        LightRecord light{};
+        LightRecord light = shape;
         light.emission = s.emission;
         light.scale = s.emissionScale;
         light.emits = s.emits;
-        light.curved = curved;
         list.lights.push_back(light);
-        source.push_back(from);
+        list.rare = list.rare || light.curved >= 0 || light.instance >= 0;
+        triangleOf.push_back(triangle);
         areas.push_back(area);
         weight.push_back(meanOf[surface] * area * std::popcount(s.emits));
     };
     for (std::size_t i = 0; i < world.triangles.size(); ++i) {
         const TriangleRecord& t = world.triangles[i];
         if (!world.surfaces[t.surface].emits) continue;
-        const Vec3 e1{t.e1[0], t.e1[1], t.e1[2]};
-        const Vec3 e2{t.e2[0], t.e2[1], t.e2[2]};
-        add(t.surface, -1, static_cast<std::uint32_t>(i), 0.5 * length(cross(e1, e2)));
+        LightRecord light{};
+        light.offset = t.offset;
+        std::copy(t.v0, t.v0 + 3, light.v0);
+        std::copy(t.e1, t.e1 + 3, light.e1);
+        std::copy(t.e2, t.e2 + 3, light.e2);
+        std::copy(t.ng, t.ng + 3, light.n);
+        add(t.surface, areaOf(t), light, static_cast<std::uint32_t>(i));
     }
     for (std::size_t i = 0; i < world.curved.size(); ++i) {
         const CurvedRecord& c = world.curved[i];
-        add(c.surface, static_cast<std::int32_t>(i), static_cast<std::uint32_t>(i), c.area);
+        LightRecord light{};
+        light.offset = c.offset;
+        light.curved = static_cast<std::int32_t>(i);
+        add(c.surface, c.area, light, 0);
     }
+    for (std::size_t i = 0; i < world.instances.size(); ++i) {
+        const InstanceRecord& instance = world.instances[i];
+        LightRecord light{};
+        light.offset = instance.offset;
+        light.instance = static_cast<std::int32_t>(i);
+        add(instance.surface, instance.area, light, 0);
+    }
+    const auto setChance = [&](std::size_t i, double chance) {
+        LightRecord& light = list.lights[i];
+        light.pick = static_cast<float>(chance);
+        if (light.curved >= 0) {
+            world.curved[light.curved].light = static_cast<std::int32_t>(i);
+            world.curved[light.curved].pick = chance;
+        } else if (light.instance >= 0) {
+            world.instances[light.instance].pick = chance;
+        } else {
+            light.pdf = world.triangles[triangleOf[i]].lightPdf = static_cast<float>(chance / areas[i]);
+        }
+    };
     const double total = std::accumulate(weight.begin(), weight.end(), 0.0);
     list.power = total * std::numbers::pi * tables.grid().step * tables.grid().cells;
     std::vector<double> chances(weight.size());
@@ -88,34 +114,13 @@ LightList makeLightList(World& world, const SpectralTables& tables) {
         chances[i] = weight[i] / total;
         sum += chances[i];
         list.below.push_back(static_cast<float>(sum));
-        LightRecord& light = list.lights[i];
-        if (light.curved >= 0) {
-            list.curved = true;
-            CurvedRecord& shape = world.curved[source[i]];
-            shape.light = static_cast<std::int32_t>(i);
-            shape.pick = chances[i];
-            light.pick = static_cast<float>(chances[i]);
-            light.offset = static_cast<float>(shape.offset);
-            continue;
-        }
-        TriangleRecord& t = world.triangles[source[i]];
-        light.pick = static_cast<float>(chances[i]);
-        light.pdf = t.lightPdf = static_cast<float>(chances[i] / areas[i]);
-        light.offset = t.offset;
-        std::copy(t.v0, t.v0 + 3, light.v0);
-        std::copy(t.e1, t.e1 + 3, light.e1);
-        std::copy(t.e2, t.e2 + 3, light.e2);
-        std::copy(t.ng, t.ng + 3, light.n);
+        setChance(i, chances[i]);
     }
     list.below.back() = 1.0F;
     // With a short list the part of a light in [0, 1) must be what the kernel cuts out, to the last bit.
     if (list.lights.size() <= kSearchedLights) {
         for (std::size_t i = 0; i < list.lights.size(); ++i) {
-            const double exact = static_cast<double>(list.below[i + 1]) - list.below[i];
-            LightRecord& light = list.lights[i];
-            if (light.curved >= 0) world.curved[source[i]].pick = exact;
-            light.pick = static_cast<float>(exact);
-            if (light.curved < 0) light.pdf = world.triangles[source[i]].lightPdf = static_cast<float>(exact / areas[i]);
+            setChance(i, static_cast<double>(list.below[i + 1]) - list.below[i]);
         }
     } else {
         list.alias = makeAlias(chances);

@@ -11,15 +11,15 @@ struct LightList {
     std::vector<LightRecord> lights;
     std::vector<float> below;       ///< cumulative chances, one more than lights
     std::vector<AliasEntry> alias;  ///< for many lights (Walker 1977, Vose 1991)
-    bool curved = false;
-    double power = 0.0;         ///< of all lights, W
-    double peakRadiance = 0.0;  ///< largest mean spectral radiance of a light, W/(m2 sr nm)
+    bool rare = false;              ///< some are curved shapes or instances
+    double power = 0.0;             ///< of all lights, W
+    double peakRadiance = 0.0;      ///< largest mean spectral radiance of a light, W/(m2 sr nm)
 };
 
 /// Up to this many lights the cumulative chances are searched, and what is left of the random number is used again.
 inline constexpr int kSearchedLights = 16;
 
-/// Collects the emissive triangles and shapes, and writes their chances back into the world's records.
+/// Collects the emissive triangles, shapes and instances, one entry each, and writes their chances back into the world's records.
 LightList makeLightList(World& world, const SpectralTables& tables);
 
 /// Spectral radiance of lights and environment together, by cell of the grid, as it weighs in the light of the scene.

@@ -57,6 +57,7 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     if (lights_.lights.empty() && environment < 0)
         translation.warn(*setup_.node, "nothing shines in this scene; the result is black");
+    translation.finish();
 
     kernel_.spectra = tables_->data();
     kernel_.cells = sensor_.grid.cells;
@@ -73,7 +74,7 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     kernel_.lightBelow = lights_.below.data();
     kernel_.lightAlias = lights_.alias.empty() ? nullptr : lights_.alias.data();
     kernel_.lightCount = static_cast<std::int32_t>(lights_.lights.size());
-    kernel_.curvedLights = lights_.curved;
+    kernel_.rareLights = lights_.rare;
     kernel_.environment = environment < 0 ? -1 : environment * sensor_.grid.cells;
     kernel_.seed = setup_.seed;
     kernel_.maxDepth = setup_.maxDepth;

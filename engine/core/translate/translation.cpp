@@ -1,5 +1,6 @@
 #include "engine/core/translate/translation.h"
 
+#include <functional>
 #include <vector>
 
 #include "engine/common/log.h"
@@ -7,6 +8,24 @@
 #include "engine/core/translate/class_table.h"
 
 namespace nemra::core {
+
+namespace {
+
+constexpr std::size_t kMostNearNames = 3;  ///< missing names for which names near them are looked for
+
+}  // namespace
+
+Translation::Translation(const node::Scene& scene, Libraries* libraries) : scene_(scene), libraries_(libraries) {
+    for (const auto& node : scene_.nodes) {
+        if (!node) continue;
+        auto& [first, second] = named_[{node->family(), node->name()}];
+        if (!first) {
+            first = node;
+        } else if (!second) {
+            second = node;
+        }
+    }
+}
 
 NodePointer Translation::resolve(NodePointer node) {
     const NodePointer start = node;
@@ -27,26 +46,35 @@ NodePointer Translation::resolve(NodePointer node) {
 }
 
 NodePointer Translation::find(std::string_view family, std::string_view name, const node::Node* asking) const {
-    for (const auto& node : scene_.nodes) {
-        if (node && node.get() != asking && node->family() == family && node->name() == name) return node;
+    if (const auto found = named_.find({family, name}); found != named_.end()) {
+        const auto& [first, second] = found->second;
+        if (first.get() != asking) return first;
+        if (second) return second;
     }
     return libraries_ ? libraries_->find(family, name, asking) : nullptr;
 }
 
-std::string Translation::missing(std::string_view family, std::string_view name) const {
+std::string Translation::missing(std::string_view family, std::string_view name) {
+    const char* const nowhere =
+        libraries_ ? "neither in the scene nor in a library is there a node of family " : "the scene has no node of family ";
+    const std::pair<std::string, std::string> missed(family, name);
+    auto near = near_.find(missed);
+    if (near == near_.end() && near_.size() < kMostNearNames) near = near_.emplace(missed, namesNear(family, name)).first;
+    return nowhere + missed.first + " and that name" + (near == near_.end() ? "" : near->second);
+}
+
+std::string Translation::namesNear(std::string_view family, std::string_view name) const {
     std::vector<std::string> names = libraries_ ? libraries_->names(family) : std::vector<std::string>();
     for (const auto& node : scene_.nodes) {
         if (node && node->family() == family) names.push_back(node->name());
     }
-    std::string text =
-        libraries_ ? "neither in the scene nor in a library is there a node of family " : "the scene has no node of family ";
-    text += std::string(family) + " and that name";
+    std::string text;
     std::string_view before = " (names near it: \"";
     for (const std::string& near : nearestNames(name, std::move(names))) {
         text.append(before).append(near);
         before = "\", \"";
     }
-    return before.front() == '"' ? text + "\")" : text;
+    return text.empty() ? text : text + "\")";
 }
 
 void Translation::warn(const node::Node& node, std::string_view text) {
@@ -55,7 +83,13 @@ void Translation::warn(const node::Node& node, std::string_view text) {
 }
 
 void Translation::warn(std::string_view source, std::string_view text) {
-    if (said_.emplace(source, text).second) log::warning(source, text);
+    const std::string whole = std::string(source).append("\n").append(text);
+    if (said_.insert(std::hash<std::string>{}(whole)).second && said_.size() <= kMaxWarnings) log::warning(source, text);
+}
+
+void Translation::finish() {
+    if (said_.size() <= kMaxWarnings) return;
+    log::warning("scene \"" + scene_.name + "\"", std::to_string(said_.size() - kMaxWarnings) + " further warnings left out");
 }
 
 void Translation::warnUnlit(const node::Node& node, std::string_view text) {

@@ -2,12 +2,15 @@
 /// what is wrong.
 #pragma once
 
+#include <array>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "engine/core/library/libraries.h"
@@ -28,6 +31,8 @@ private:
 
 /// A chain of links longer than this is taken for a cycle.
 inline constexpr int kMaxLinks = 64;
+/// Warnings of one translation; the rest is counted.
+inline constexpr std::size_t kMaxWarnings = 100;
 
 using NodePointer = std::shared_ptr<const node::Node>;
 
@@ -35,7 +40,7 @@ using NodePointer = std::shared_ptr<const node::Node>;
 class Translation {
 public:
     /// `libraries` may be null: then names are those of the scene alone. What is given must outlive the translation.
-    explicit Translation(const node::Scene& scene, Libraries* libraries = nullptr) : scene_(scene), libraries_(libraries) {}
+    explicit Translation(const node::Scene& scene, Libraries* libraries = nullptr);
 
     const node::Scene& scene() const noexcept { return scene_; }
 
@@ -45,8 +50,9 @@ public:
     /// The node of that family and name: the scene's, else that of the first library that has one; null if there is none. A node
     /// that asks for another of its own name gives itself as `asking`, and isn't taken for it.
     NodePointer find(std::string_view family, std::string_view name, const node::Node* asking = nullptr) const;
-    /// What to tell of a name that find() didn't find: that there is no such node, and which names come near.
-    std::string missing(std::string_view family, std::string_view name) const;
+    /// What to tell of a name that find() didn't find: that there is no such node, and which names come near. Only the first few
+    /// names get the latter, since each is compared with all that there are.
+    std::string missing(std::string_view family, std::string_view name);
 
     /// A warning about a node, given once however often the node is met. Its source is the node's path in the scene.
     void warn(const node::Node& node, std::string_view text);
@@ -58,11 +64,19 @@ public:
     /// and whose class has no light part. One warning each; none for those that warnUnlit told of, nor for what lies below them.
     void reportUnlit(const NodePointer& root);
 
+    /// Says how many warnings were left out.
+    void finish();
+
 private:
+    using Name = std::pair<std::string_view, std::string_view>;  ///< family, name
+    std::string namesNear(std::string_view family, std::string_view name) const;
+
     const node::Scene& scene_;
     Libraries* const libraries_;
+    std::map<Name, std::array<NodePointer, 2>> named_;  ///< first and second of each name; a node may ask for another of its own
+    std::map<std::pair<std::string, std::string>, std::string> near_;  ///< of the first missing names
+    std::unordered_set<std::size_t> said_;  ///< hashes: there may be a warning for each of a million instances
     std::optional<NodePaths> paths_;
-    std::set<std::pair<std::string, std::string>> said_;
     std::set<const node::Node*> unlit_;    ///< told of by warnUnlit
     std::set<const node::Node*> visited_;  ///< by reportUnlit
 };

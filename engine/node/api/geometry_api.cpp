@@ -38,7 +38,7 @@ int32_t nemraGeometry_numPrimitives(nemra_geom_t* geometry) {
 
 void nemraGeometry_setName(nemra_geom_t* geometry, const char* name) {
     guarded(__func__, [&] {
-        if (const auto found = find<Geometry>(geometry)) found->name = viewOf(name);
+        if (const auto found = find<Geometry>(geometry)) SceneObject::rename(*found, std::string(viewOf(name)));
     });
 }
 
@@ -57,8 +57,7 @@ void nemraGeometry_setMaterial(nemra_geom_t* geometry, nemra_onode_t* material) 
         const auto node = findNode(material);
         if (!found || !node) return;
         if (node->family() != "material") return log::warning(label(*found), node->label() + " isn't a material");
-        found->materialName.clear();
-        found->material = node;
+        giveMaterial(*found, node);
     });
 }
 
@@ -73,7 +72,7 @@ char* nemraGeometry_getMaterialName(nemra_geom_t* geometry) {
 nemra_onode_t* nemraGeometry_getMaterial(nemra_geom_t* geometry) {
     return guarded<nemra_onode_t*>(__func__, nullptr, [&]() -> nemra_onode_t* {
         const auto found = find<Geometry>(geometry);
-        return found && found->material ? handleOf(found->material) : nullptr;
+        return found ? handleOf(materialOf(*found)) : nullptr;
     });
 }
 
@@ -81,7 +80,7 @@ char* nemraGeometry_serialize(nemra_geom_t* geometry, int32_t format, int32_t* s
     if (size != nullptr) *size = 0;
     return guarded<char*>(__func__, nullptr, [&]() -> char* {
         const auto found = find<Geometry>(geometry);
-        return found ? serialize("nemraGeometry_serialize", *found, format, size) : nullptr;
+        return found ? serialize("nemraGeometry_serialize", *found, format, size) : callersText("");
     });
 }
 

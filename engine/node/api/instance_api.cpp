@@ -60,7 +60,7 @@ void nemraInstance_setTransform(nemra_instance_t* instance, const double* matrix
 nemra_onode_t* nemraInstance_material(nemra_instance_t* instance) {
     return guarded<nemra_onode_t*>(__func__, nullptr, [&]() -> nemra_onode_t* {
         const auto found = find<Instance>(instance);
-        return found && found->material ? handleOf(found->material) : nullptr;
+        return found ? handleOf(materialOf(*found)) : nullptr;
     });
 }
 
@@ -71,8 +71,7 @@ void nemraInstance_setMaterial(nemra_instance_t* instance, nemra_onode_t** mater
         if (!found || !node) return;
         if (node->family() != "material")
             return log::warning("instance of '" + found->geometryName + "'", node->label() + " isn't a material");
-        found->material = node;
-        found->materialName.clear();
+        giveMaterial(*found, node);
         found->materialIsFallback = fallback;
         if (!keepOriginal) nemraNode_release(material);
     });
@@ -82,7 +81,7 @@ char* nemraInstance_serialize(nemra_instance_t* instance, int32_t format, int32_
     if (size != nullptr) *size = 0;
     return guarded<char*>(__func__, nullptr, [&]() -> char* {
         const auto found = find<Instance>(instance);
-        return found ? serialize("nemraInstance_serialize", *found, format, size) : nullptr;
+        return found ? serialize("nemraInstance_serialize", *found, format, size) : callersText("");
     });
 }
 

@@ -15,6 +15,17 @@ std::vector<Number> copyOf(const Number* numbers, std::size_t count) {
     return numbers == nullptr ? std::vector<Number>{} : std::vector<Number>(numbers, numbers + count);
 }
 
+/// How many normals have no length. A caller with fewer normals than vertices fills up with zeros, so the last one tells.
+std::size_t missingNormals(const std::vector<float>& normals) {
+    const auto isMissing = [&](std::size_t at) {
+        return normals[at] == 0.0F && normals[at + 1] == 0.0F && normals[at + 2] == 0.0F;
+    };
+    if (normals.empty() || !isMissing(normals.size() - 3)) return 0;
+    std::size_t missing = 0;
+    for (std::size_t at = 0; at < normals.size(); at += 3) missing += isMissing(at);
+    return missing;
+}
+
 /// Null for anything but a live mesh.
 const Mesh* findMesh(nemra_geom_t* handle) {
     const auto geometry = find<Geometry>(handle);
@@ -67,6 +78,9 @@ nemra_geom_t* nemraMesh_create(const char* name, const double* vertices, const f
         mesh.uvs = copyOf(uvs, static_cast<std::size_t>(verticesCount) / 3 * 2);
         mesh.triangles = copyOf(triangles, static_cast<std::size_t>(trianglesCount));
         if (const std::string why = whyRefused(mesh); !why.empty()) return refuse(why);
+        if (const std::size_t missing = missingNormals(mesh.normals))
+            log::warning(label(*geometry), std::to_string(missing) + " of its " + std::to_string(mesh.normals.size() / 3) +
+                                               " normals have no length; triangles at those vertices are rendered flat");
         geometry->shape = std::move(mesh);
         return publish<nemra_geom_t>(geometry);
     });

@@ -1,6 +1,7 @@
 // Name, class and comments of a node.
 #include "engine/common/text.h"
 #include "engine/node/api/opaque.h"
+#include "engine/node/api/scene_objects.h"
 #include "module/flat/nemra_node.h"
 
 using namespace nemra;
@@ -33,7 +34,7 @@ bool nemraNode_isListType(nemra_onode_t* handle) {
 
 bool nemraNode_setName(nemra_onode_t* handle, const char* name) {
     return withNode("nemraNode_setName", handle, false, [&](Node& node) {
-        node.setName(std::string(viewOf(name)));
+        SceneObject::rename(node, std::string(viewOf(name)));
         return true;
     });
 }

@@ -9,6 +9,7 @@
 #include "engine/common/guarded.h"
 #include "engine/node/node.h"
 #include "engine/node/node_handle.h"
+#include "engine/node/scene_place.h"
 
 struct nemra_color {
     nemra::node::Color color;
@@ -47,13 +48,14 @@ struct nemra_parameter {
 
 namespace nemra::node {
 
-/// Arrays and values that were handed out for a node and stay the engine's.
+/// Arrays and values that were handed out for a node and stay the engine's; and its place, if it is a scene's.
 struct HandedOut final : NodeAttachment {
     std::vector<std::unique_ptr<nemra_parameter>> parameters;
     std::vector<nemra_parameter*> parameterArray;
     std::vector<nemra_onode_t*> children;
     std::vector<nemra_onode_t*> list;
     std::map<std::string, nemra_value, std::less<>> rawData;
+    ScenePlace place;
 
     static HandedOut& of(Node& node) {
         if (!node.attachment()) node.attach(std::make_unique<HandedOut>());

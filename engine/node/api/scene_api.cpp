@@ -18,7 +18,7 @@ extern "C" {
 nemra_scene_t* nemraScene_create(const char* name) {
     return guarded<nemra_scene_t*>(__func__, nullptr, [&] {
         const auto object = std::make_shared<SceneObject>();
-        object->scene.name = viewOf(name);
+        object->contents().name = viewOf(name);
         return publish<nemra_scene_t>(object);
     });
 }
@@ -30,35 +30,39 @@ void nemraScene_release(nemra_scene_t** handle) {
 const char* nemraScene_name(nemra_scene_t* scene) {
     return guarded<const char*>(__func__, "", [&] {
         const auto found = find<SceneObject>(scene);
-        return found ? found->scene.name.c_str() : "";
+        return found ? found->contents().name.c_str() : "";
     });
 }
 
 const char* nemraScene_getActiveSetupName(nemra_scene_t* scene) {
     return guarded<const char*>(__func__, "", [&] {
         const auto found = find<SceneObject>(scene);
-        return found ? found->scene.activeSetup.c_str() : "";
+        return found ? found->contents().activeSetup.c_str() : "";
     });
 }
 
 void nemraScene_setName(nemra_scene_t* scene, const char* name) {
     guarded(__func__, [&] {
-        if (const auto found = find<SceneObject>(scene)) found->scene.name = viewOf(name);
+        if (const auto found = find<SceneObject>(scene)) found->contents().name = viewOf(name);
     });
 }
 
 void nemraScene_addSearchPath(nemra_scene_t* scene, const char* path) {
     guarded(__func__, [&] {
-        if (const auto found = find<SceneObject>(scene)) found->scene.searchPaths.emplace_back(viewOf(path));
+        if (const auto found = find<SceneObject>(scene)) found->contents().searchPaths.emplace_back(viewOf(path));
     });
 }
 
-// The name is kept whether or not there is such a setup: a script may add it afterwards.
+// The name is kept in any case: a script may add its setup afterwards.
 bool nemraScene_setActiveSetupName(nemra_scene_t* scene, const char* name) {
     return guarded<bool>(__func__, false, [&] {
         const auto found = find<SceneObject>(scene);
-        if (found) found->scene.activeSetup = viewOf(name);
-        return found != nullptr;
+        if (!found) return false;
+        found->contents().activeSetup = viewOf(name);
+        if (viewOf(name).empty() || found->findNode("setup", viewOf(name))) return true;
+        log::info("scene '" + found->contents().name + "'",
+                  "has no setup named '" + std::string(viewOf(name)) + "' yet; a render needs it");
+        return true;
     });
 }
 
@@ -76,11 +80,11 @@ bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int
         import.prefix = viewOf(prefix);
         if (!applyImportFlags(import, flags)) return refuse("there are no flags " + std::to_string(flags));
         if (!load) {
-            found->scene.imports.push_back(std::move(import));
+            found->contents().imports.push_back(std::move(import));
             return true;
         }
         Scene loaded;
-        return loadImport(import, found->scene, Unknown::skip, loaded) && found->join(loaded, import.path);
+        return loadImport(import, found->contents(), Unknown::skip, loaded) && found->join(loaded, import.path);
     });
 }
 
@@ -113,7 +117,7 @@ char* nemraScene_writeToChar(nemra_scene_t* scene, int32_t format, int32_t* size
     if (size != nullptr) *size = 0;
     return guarded<char*>(__func__, nullptr, [&]() -> char* {
         const auto found = find<SceneObject>(scene);
-        return found ? serialize("nemraScene_writeToChar", found->scene, format, size) : nullptr;
+        return found ? serialize("nemraScene_writeToChar", found->contents(), format, size) : nullptr;
     });
 }
 

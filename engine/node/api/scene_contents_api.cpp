@@ -1,6 +1,4 @@
 // What scenes hold, through the flat interface: adding, removing, listing.
-#include <algorithm>
-
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
 #include "engine/node/api/scene_objects.h"
@@ -14,36 +12,6 @@ namespace {
 using namespace nemra;
 using namespace nemra::node;
 
-void warnOfSecond(const Scene& scene, const std::string& label) {
-    log::warning("scene '" + scene.name + "'", "a second " + label + "; references by name find the first");
-}
-
-/// Removes entry `at` of two lists that go together, and ends its handle.
-template <class Object, class Handle>
-void erase(std::vector<std::shared_ptr<Object>>& objects, std::vector<Handle*>& handles, std::size_t at) {
-    retire(&handles[at]);
-    handles.erase(handles.begin() + static_cast<std::ptrdiff_t>(at));
-    objects.erase(objects.begin() + static_cast<std::ptrdiff_t>(at));
-}
-
-/// False unless the handle is one of these.
-template <class Object, class Handle>
-bool removeHandle(std::vector<std::shared_ptr<Object>>& objects, std::vector<Handle*>& handles, Handle* handle) {
-    const auto found = handle == nullptr ? handles.end() : std::find(handles.begin(), handles.end(), handle);
-    if (found == handles.end()) return false;
-    erase(objects, handles, static_cast<std::size_t>(found - handles.begin()));
-    return true;
-}
-
-bool removeNode(SceneObject& object, nemra_onode_t* handle) {
-    auto& nodes = object.scene.nodes;
-    const auto node = findNode(handle);
-    const auto found = node ? std::find(nodes.begin(), nodes.end(), node) : nodes.end();
-    if (found == nodes.end()) return false;
-    nodes.erase(found);
-    return true;
-}
-
 std::vector<std::vector<std::string>> layersOf(const char*** paths) {
     std::vector<std::vector<std::string>> layers;
     for (; paths != nullptr && *paths != nullptr; ++paths) {
@@ -52,13 +20,6 @@ std::vector<std::vector<std::string>> layersOf(const char*** paths) {
             if (**name != '\0') path.emplace_back(*name);
     }
     return layers;
-}
-
-/// The handle of entry `at`, made when it is first asked for.
-template <class Object, class Handle>
-Handle* handleAt(const std::vector<std::shared_ptr<Object>>& objects, std::vector<Handle*>& handles, std::size_t at) {
-    if (handles[at] == nullptr) handles[at] = publish<Handle>(objects[at]);
-    return handles[at];
 }
 
 /// Points at the first of `list` and fills `count`.
@@ -75,7 +36,7 @@ nemra_onode_t** listNodes(const char* function, nemra_scene_t* scene, std::uint3
         const auto object = find<SceneObject>(scene);
         if (!object) return nullptr;
         object->nodeAnswer.clear();
-        for (const auto& node : object->scene.nodes)
+        for (const auto& node : object->contents().nodes)
             if (accept(*node)) object->nodeAnswer.push_back(handleOf(node));
         return answer(object->nodeAnswer, count);
     });
@@ -87,10 +48,9 @@ nemra_geom_t** listGeometries(const char* function, nemra_scene_t* scene, std::u
     return guarded<nemra_geom_t**>(function, nullptr, [&]() -> nemra_geom_t** {
         const auto object = find<SceneObject>(scene);
         if (!object) return nullptr;
-        const auto& geometries = object->scene.geometries;
         object->geometryAnswer.clear();
-        for (std::size_t i = 0; i < geometries.size(); ++i)
-            if (accept(*geometries[i])) object->geometryAnswer.push_back(handleAt(geometries, object->geometryHandles, i));
+        for (const auto& geometry : object->contents().geometries)
+            if (accept(*geometry)) object->geometryAnswer.push_back(sceneHandleOf<nemra_geom_t>(geometry));
         return answer(object->geometryAnswer, count);
     });
 }
@@ -110,8 +70,8 @@ nemra_onode_t* nemraScene_addNode(nemra_scene_t* scene, nemra_onode_t** node, bo
         const auto original = node == nullptr ? nullptr : findNode(*node);
         if (!object || !original) return nullptr;
         const auto copy = original->copy();
-        if (object->scene.findNode(copy->family(), copy->name())) warnOfSecond(object->scene, copy->label());
-        object->scene.nodes.push_back(copy);
+        object->add(copy);
+        object->remember(original, copy);
         if (!keepOriginal) nemraNode_release(node);
         return handleOf(copy);
     });
@@ -121,13 +81,10 @@ nemra_geom_t* nemraScene_addGeom(nemra_scene_t* scene, nemra_geom_t** geometry, 
     return guarded<nemra_geom_t*>(__func__, nullptr, [&]() -> nemra_geom_t* {
         const auto object = find<SceneObject>(scene);
         if (!object) return nullptr;
-        const auto taken = takeForScene<Geometry>(geometry, keepOriginal);
+        const auto taken = takeForScene<Geometry>(*object, geometry, keepOriginal);
         if (!taken) return nullptr;
-        if (object->scene.findGeometry(taken->name)) warnOfSecond(object->scene, "geometry '" + taken->name + "'");
-        nemra_geom_t* const handle = publish<nemra_geom_t>(taken);
-        object->scene.geometries.push_back(taken);
-        object->geometryHandles.push_back(handle);
-        return handle;
+        object->add(taken);
+        return sceneHandleOf<nemra_geom_t>(taken);
     });
 }
 
@@ -135,35 +92,32 @@ uint64_t nemraScene_addInstance(nemra_scene_t* scene, nemra_instance_t** instanc
     return guarded<uint64_t>(__func__, 0, [&]() -> uint64_t {
         const auto object = find<SceneObject>(scene);
         if (!object) return 0;
-        const auto taken = takeForScene<Instance>(instance, keepOriginal);
+        const auto taken = takeForScene<Instance>(*object, instance, keepOriginal);
         if (!taken) return 0;
-        // Without paths a copy of an instance of another scene stays in the layers that it was in.
-        if (auto layers = layersOf(layerNames); !layers.empty()) taken->layers = std::move(layers);
-        nemra_instance_t* const handle = publish<nemra_instance_t>(taken);
-        object->scene.instances.push_back(taken);
-        object->instanceHandles.push_back(handle);
-        return toId(handle);
+        taken->layers = layersOf(layerNames);  // not those that a copy of a scene's instance brings along
+        object->add(taken);
+        return toId(sceneHandleOf<nemra_instance_t>(taken));
     });
 }
 
 bool nemraScene_removeNode(nemra_scene_t* scene, nemra_onode_t* node) {
     return guarded<bool>(__func__, false, [&] {
         const auto object = find<SceneObject>(scene);
-        return object && removeNode(*object, node);
+        return object && object->remove(findNode(node));
     });
 }
 
 bool nemraScene_removeGeom(nemra_scene_t* scene, nemra_geom_t* geometry) {
     return guarded<bool>(__func__, false, [&] {
         const auto object = find<SceneObject>(scene);
-        return object && removeHandle(object->scene.geometries, object->geometryHandles, geometry);
+        return object && object->remove(find<Geometry>(geometry));
     });
 }
 
 bool nemraScene_removeInstance(nemra_scene_t* scene, nemra_instance_t* instance) {
     return guarded<bool>(__func__, false, [&] {
         const auto object = find<SceneObject>(scene);
-        return object && removeHandle(object->scene.instances, object->instanceHandles, instance);
+        return object && object->remove(find<Instance>(instance));
     });
 }
 
@@ -172,11 +126,11 @@ void nemraScene_remove(nemra_scene_t* scene, uint64_t number) {
     guarded(__func__, [&] {
         const auto object = find<SceneObject>(scene);
         if (!object) return;
-        const bool removed = removeHandle(object->scene.instances, object->instanceHandles, toHandle<nemra_instance_t>(number)) ||
-                             removeHandle(object->scene.geometries, object->geometryHandles, toHandle<nemra_geom_t>(number)) ||
-                             removeNode(*object, toHandle<nemra_onode_t>(number));
+        const bool removed = object->remove(find<Instance>(toHandle<nemra_instance_t>(number))) ||
+                             object->remove(find<Geometry>(toHandle<nemra_geom_t>(number))) ||
+                             object->remove(findNode(toHandle<nemra_onode_t>(number)));
         if (!removed)
-            log::warning("scene '" + object->scene.name + "'", "nothing to remove under number " + std::to_string(number));
+            log::warning("scene '" + object->contents().name + "'", "nothing to remove under number " + std::to_string(number));
     });
 }
 
@@ -218,10 +172,9 @@ nemra_instance_t** nemraScene_getInstances(nemra_scene_t* scene, uint32_t* count
     return guarded<nemra_instance_t**>(__func__, nullptr, [&]() -> nemra_instance_t** {
         const auto object = find<SceneObject>(scene);
         if (!object) return nullptr;
-        const auto& instances = object->scene.instances;
         object->instanceAnswer.clear();
-        for (std::size_t i = 0; i < instances.size(); ++i)
-            object->instanceAnswer.push_back(handleAt(instances, object->instanceHandles, i));
+        for (const auto& instance : object->contents().instances)
+            object->instanceAnswer.push_back(sceneHandleOf<nemra_instance_t>(instance));
         return answer(object->instanceAnswer, count);
     });
 }

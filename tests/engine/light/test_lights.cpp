@@ -133,6 +133,79 @@ TEST(AreaLights, TessellationScaleAndTracerDoNotMatter) {
     expectClose(illuminance(packets, 1 << 15, 1.0, embree), exact, "Embree");
 }
 
+/// A half-open tin of so many triangles, smooth like a lampshade, shining outwards: no two of its triangles face one way.
+node::Mesh shade(int around, int along) {
+    node::Mesh mesh;
+    for (int j = 0; j <= along; ++j) {
+        for (int i = 0; i < around; ++i) {
+            const double angle = 2 * kPi * i / around, height = 1.0 * j / along, radius = 0.5 + 0.3 * height * height;
+            mesh.vertices.insert(mesh.vertices.end(), {radius * std::cos(angle), radius * std::sin(angle), height});
+            if (j == along) continue;
+            const std::int32_t a = j * around + i, b = j * around + (i + 1) % around;
+            mesh.triangles.insert(mesh.triangles.end(), {a, b, b + around, a, b + around, a + around});
+        }
+    }
+    return mesh;
+}
+
+/// Lamps above the plate of illuminance(): one mesh in `count` places, turned, mirrored and stretched; or each its own mesh.
+SceneMaker lamps(const node::Mesh& mesh, int count, bool shared, const NodeHandle& light) {
+    SceneMaker made;
+    for (int i = 0; i < count; ++i) {
+        const double angle = 2.4 * i, side = i % 2 == 0 ? 1.0 : -1.0, wide = 0.05 + 0.02 * (i % 3), high = 0.2 / (1 + i % 4);
+        const double c = std::cos(angle), s = std::sin(angle), away = 0.1 + 0.02 * i;
+        node::Instance* instance = nullptr;
+        if (shared && i > 0) {
+            made.scene.instances.push_back(std::make_shared<node::Instance>(*made.scene.instances[0]));
+            instance = made.scene.instances.back().get();
+        } else {
+            instance = &made.add(mesh, light);
+        }
+        instance->transform = {wide * c,
+                               -0.5 * wide * s,
+                               0.0,
+                               away * s,
+                               side * wide * s,
+                               side * 0.5 * wide * c,
+                               0.3 * high,
+                               away * c,
+                               0.0,
+                               0.0,
+                               high,
+                               0.02,
+                               0.0,
+                               0.0,
+                               0.0,
+                               1.0};
+    }
+    return made;
+}
+
+/// Many lamps of one mesh take an entry each, not one for each triangle, and shine as if each were a mesh of its own: few of
+/// them and many, in luminance and in flux, which is shared out over the area as it stands after stretching.
+TEST(AreaLights, InstancedLampsShineLikeCopies) {
+    const NodeHandle flux = material(make("bsdf", "black"),
+                                     emitter(uniform(1.0), {{"quantity", text("luminous_flux")}, {"luminous_flux", number(10)}}));
+    const auto check = [](const node::Mesh& mesh, int count, const NodeHandle& light) {
+        SceneMaker together = lamps(mesh, count, true, light), apart = lamps(mesh, count, false, light);
+        const Estimate a = illuminance(together, 1 << 16), b = illuminance(apart, 1 << 16);
+        EXPECT_NEAR(a.mean, b.mean, 4.5 * std::hypot(a.error, b.error)) << count;
+        EXPECT_LT(std::hypot(a.error, b.error), 0.02 * b.mean) << count << ": too noisy to say anything";
+        EXPECT_LT(a.error, 2.0 * b.error) << count << ": the choice of triangles costs too much";
+        const auto prepared = prepare(together.finish());
+        EXPECT_EQ(prepared->lights().lights.size(), static_cast<std::size_t>(count));
+        EXPECT_EQ(prepared->world().triangles.size(), 2U) << "the plate's";
+        return prepared->memory();
+    };
+    check(shade(320, 100), 4, lamp(1000));
+    check(shade(320, 100), 4, flux);
+    const node::Mesh mesh = shade(100, 60);
+    const std::size_t some = check(mesh, 20, flux);
+    SceneMaker more = lamps(mesh, 120, true, flux);
+    illuminance(more, 1);
+    EXPECT_LT(prepare(more.finish())->memory(), some + 100 * 4096) << "memory goes with instances";
+}
+
 /// A cone's side has no closed form here, but mesh and cone must agree; so must its area, by the flux it shares out.
 TEST(AreaLights, ConeAgreesWithItsMesh) {
     node::Mesh mesh;

@@ -1,6 +1,7 @@
 // Instances, layers, links and whatever may be wrong with them.
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <limits>
 
 #include "tests/engine/light/render_scene.h"
@@ -140,6 +141,8 @@ TEST(Instances, WhatCannotBePlacedIsNamedAndLeftOut) {
                                                                                   0,       0, extreme, 0, 0, 0,       0, 1};
         Messages messages;
         EXPECT_TRUE(std::isfinite(seen(made)));
+        EXPECT_EQ(messages.mention("makes things too small (determinant 1e-60"), extreme < 1.0);
+        EXPECT_FALSE(messages.mention("singular"));
     }
     SceneMaker missing;
     missing.add(polygon(kSquare), nullptr).materialName = "nowhere";
@@ -150,6 +153,37 @@ TEST(Instances, WhatCannotBePlacedIsNamedAndLeftOut) {
     EXPECT_NEAR(seen(missing), 0.5 * 470.0, 1.0e-2);  // the neutral material
     EXPECT_TRUE(messages.mention("nowhere"));
     EXPECT_TRUE(messages.mention("gone"));
+}
+
+/// A typing error in a loop must not bury the user, nor what else is wrong with the scene be without a trace.
+TEST(Instances, WarningsEndAndAreCounted) {
+    SceneMaker made;
+    made.add(polygon(kSquare), glow(3));
+    for (int i = 0; i < 40000; ++i) {
+        made.scene.instances.push_back(std::make_shared<node::Instance>());
+        made.scene.instances.back()->geometryName = "gone";
+    }
+    Messages messages;
+    EXPECT_NEAR(seen(made), 3.0, 1.0e-4);
+    EXPECT_EQ(messages.all.size(), core::kMaxWarnings + 1);
+    EXPECT_TRUE(messages.mention("39900 further warnings left out"));
+}
+
+/// 100,000 geometries and as many nodes, each name looked for once: no look-up may go through all of them.
+TEST(Instances, ManyNamesAreFoundAtOnce) {
+    constexpr int kMany = 100000;
+    SceneMaker made;
+    for (int i = 0; i < kMany; ++i) {
+        made.add(polygon(kSquare), nullptr).materialName = "missing " + std::to_string(i);
+        made.scene.nodes.push_back(make("material", "generic", {}, ("there " + std::to_string(i)).c_str()));
+    }
+    made.scene.nodes.push_back(made.setup);
+    Messages messages;
+    const std::clock_t start = std::clock();
+    const auto prepared = prepare(made.finish());
+    EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC) << "it takes half a second; minutes where names are searched one by one";
+    EXPECT_EQ(prepared->world().surfaces.size(), std::size_t{kMany});
+    EXPECT_TRUE(messages.mention("names the material \"missing 0\", but the scene has no node of family material and that name"));
 }
 
 TEST(Meshes, BadTrianglesAreCountedAndLeftOut) {
@@ -164,10 +198,34 @@ TEST(Meshes, BadTrianglesAreCountedAndLeftOut) {
     EXPECT_NEAR(seen(made), 1.0, 1.0e-4);
     EXPECT_TRUE(messages.mention("3 triangles name vertices"));
     EXPECT_TRUE(messages.mention("2 triangles have vertices"));
+    EXPECT_TRUE(messages.mention("2 triangles have no area"));  // a corner twice, and three corners in a line
     SceneMaker empty;
     empty.add(node::Mesh{}, glow(1));
     EXPECT_EQ(seen(empty), 0.0);
     EXPECT_TRUE(messages.mention("no triangle"));
+
+    messages.all.clear();
+    node::Mesh flat = polygon(kSquare);
+    flat.triangles = {0, 0, 1, 2, 2, 2};
+    SceneMaker lost;
+    for (int i = 0; i < 3; ++i) {
+        auto again = std::make_shared<node::Instance>(lost.add(flat, glow(1)));
+        lost.scene.instances.push_back(again);
+    }
+    EXPECT_EQ(seen(lost), 0.0);
+    std::size_t said = 0;
+    for (const std::string& message : messages.all) said += message.starts_with("geometry \"g0\"");
+    EXPECT_EQ(said, 2U) << "once that they have no area, once that none is left, not for each instance";
+    EXPECT_TRUE(messages.mention("geometry \"g0\": 2 triangles have no area"));
+
+    // Sound by itself, but an instance squeezes one of its triangles until rounding is all that is left.
+    messages.all.clear();
+    node::Mesh upright = polygon({{0, 0, 0}, {1e-8, 0, 1}, {-1e-8, 0, 1}});
+    append(upright, polygon({{0, 0, 0}, {1, 0, 0}, {0, 0, 1}}));
+    SceneMaker squeezed;
+    squeezed.add(upright, glow(1)).transform = {1e-5, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    seen(squeezed);
+    EXPECT_TRUE(messages.mention("1 of its 2 triangles have no area; they are left out there"));
 }
 
 TEST(Materials, InstanceWinsUnlessItIsAFallback) {

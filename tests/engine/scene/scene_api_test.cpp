@@ -3,8 +3,10 @@
 
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "module/flat/nemra_common.h"
 #include "module/flat/nemra_node.h"
@@ -78,6 +80,12 @@ TEST_F(SceneApi, UnsoundGeometryIsRefusedWithAMessage) {
     EXPECT_EQ(nemraCone_create("i", nan, false), nullptr);
     EXPECT_EQ(messages.errors(), 9) << messages.text();
     EXPECT_NE(messages.text().find("mesh 'b': not created: triangle 0 refers to vertex 3"), std::string::npos) << messages.text();
+
+    const float short_[] = {0, 0, 1, 0, 0, 0, 0, 0, 0};  // as the module hands on one normal for three vertices
+    nemra_geom_t* flat = nemraMesh_create("j", kVertices, short_, nullptr, 9, kTriangles, 3);
+    EXPECT_NE(flat, nullptr);
+    EXPECT_NE(messages.text().find("mesh 'j': 2 of its 3 normals have no length"), std::string::npos) << messages.text();
+    nemraGeometry_release(&flat);
 
     nemra_geom_t* sphere = nemraSphere_create("s", 2.0F, false);
     EXPECT_FALSE(nemraSphere_setRadius(sphere, -1.0F));
@@ -197,7 +205,8 @@ TEST_F(SceneApi, NullStaleAndForeignHandlesAreAnswered) {
         EXPECT_EQ(nemraGeometry_getMaterial(geometry), nullptr);
         EXPECT_EQ(nemraGeometry_numPrimitives(geometry), 0);
         std::int32_t size = 7;
-        EXPECT_EQ(nemraGeometry_serialize(geometry, 0, &size), nullptr);
+        EXPECT_EQ(taken(nemraGeometry_serialize(geometry, 0, &size)), "");  // a null text would be an exception in scripts
+        EXPECT_EQ(taken(nemraInstance_serialize(instance, 1, &size)), "");
         EXPECT_EQ(size, 0);
         EXPECT_EQ(nemraMesh_getTriangleNormals(geometry), nullptr);
         EXPECT_STREQ(nemraInstance_geometryName(instance), "");
@@ -254,6 +263,15 @@ TEST_F(SceneApi, InstancesShareMaterialsAndKeepLayers) {
     EXPECT_NE(text.find("<material type=\"generic\" name=\"white\"/>"), std::string::npos)
         << "a material outside the scene goes along";
 
+    // Without paths an instance goes in without layers, wherever it was before.
+    std::uint32_t n = 0;
+    nemra_instance_t* filed = nemraInstance_copy(nemraScene_getInstances(scene_, &n)[0]);
+    nemra_scene_t* other = nemraScene_create("other");
+    const char** nowhere[] = {nullptr};
+    EXPECT_NE(nemraScene_addInstance(other, &filed, nowhere, false), 0U);
+    EXPECT_EQ(taken(nemraScene_writeToChar(other, 0, nullptr)).find("<layer"), std::string::npos);
+    nemraScene_release(&other);
+
     nemraInstance_setMaterial(instance, &material, true, false);
     EXPECT_EQ(material, nullptr);
     EXPECT_STREQ(nemraNode_name(nemraInstance_material(instance)), "white");
@@ -280,6 +298,176 @@ TEST_F(SceneApi, GeometryMaterialByNodeAndByName) {
     nemraGeometry_release(&mesh);
     nemraNode_release(&material);
     nemraNode_release(&bsdf);
+}
+
+/// What a script does to a material of its own after adding must not reach into the scene.
+TEST_F(SceneApi, ASceneHasItsOwnMaterials) {
+    const auto text = [&] { return taken(nemraScene_writeToChar(scene_, 0, nullptr)); };
+    const auto count = [](const std::string& where, const std::string& what) {
+        std::size_t n = 0;
+        for (std::size_t at = where.find(what); at != std::string::npos; at = where.find(what, at + 1)) ++n;
+        return n;
+    };
+    nemra_onode_t* material = nemraNode_create("material", "generic", "white");
+    nemra_geom_t* sphere = nemraSphere_create("s", 1.0F, false);
+    nemra_instance_t* instance = nemraInstance_create();
+    nemraGeometry_setMaterial(sphere, material);
+    nemraInstance_setMaterial(instance, &material, false, true);
+    nemra_geom_t* const inScene = nemraScene_addGeom(scene_, &sphere, true);
+    nemraScene_addInstance(scene_, &instance, nullptr, true);
+    std::uint32_t n = 0;
+    nemra_instance_t* const placed = nemraScene_getInstances(scene_, &n)[0];
+    EXPECT_NE(nemraGeometry_getMaterial(inScene), material);
+    EXPECT_EQ(nemraGeometry_getMaterial(inScene), nemraInstance_material(placed)) << "one copy of one node";
+    EXPECT_EQ(nemraGeometry_getMaterial(sphere), material) << "the original is as it was";
+    const std::string before = text();
+    nemraNode_setName(material, "changed");
+    EXPECT_EQ(text(), before);
+
+    // A changed node is another material; a scene's own node is shared, also when it is given to what is in the scene already.
+    nemraScene_addInstance(scene_, &instance, nullptr, true);
+    EXPECT_EQ(count(text(), "name=\"white\""), 2U);
+    EXPECT_EQ(count(text(), "name=\"changed\""), 1U);
+    nemra_onode_t* own = nemraScene_addNode(scene_, &material, true);
+    nemraScene_addInstance(scene_, &instance, nullptr, true);
+    EXPECT_EQ(nemraInstance_material(nemraScene_getInstances(scene_, &n)[2]), own) << "the scene has a copy of this node";
+    nemraGeometry_setMaterial(inScene, own);
+    EXPECT_EQ(nemraGeometry_getMaterial(inScene), own);
+    nemra_onode_t* other = nemraNode_create("material", "generic", "other");
+    nemraGeometry_setMaterial(inScene, other);
+    nemraNode_setName(other, "renamed");
+    EXPECT_EQ(taken(nemraGeometry_getMaterialName(inScene)), "other");
+
+    // Given away with its material: what another scene gets is its own again.
+    nemra_scene_t* second = nemraScene_create("second");
+    nemra_geom_t* const there = nemraScene_addGeom(second, &sphere, false);
+    EXPECT_NE(nemraGeometry_getMaterial(there), material);
+    nemraNode_setName(material, "once more");
+    EXPECT_EQ(taken(nemraGeometry_getMaterialName(there)), "changed");
+    nemraScene_release(&second);
+    for (nemra_onode_t** node : {&material, &other}) nemraNode_release(node);
+    nemraInstance_release(&instance);
+}
+
+/// The link to a material is one of the scene: it outlives writing and reading, follows a new name, and becomes a name again when
+/// the material leaves.
+TEST_F(SceneApi, MaterialsAreLinkedByTheScene) {
+    nemra_onode_t* node = nemraNode_create("material", "generic", "white");
+    nemra_onode_t* const white = nemraScene_addNode(scene_, &node, true);
+    nemra_geom_t* sphere = nemraSphere_create("s", 1.0F, false);
+    nemraGeometry_setMaterialName(sphere, "white");
+    nemra_geom_t* const named = nemraScene_addGeom(scene_, &sphere, true);
+    EXPECT_EQ(nemraGeometry_getMaterial(sphere), nullptr) << "outside of a scene a name is a name";
+    EXPECT_EQ(nemraGeometry_getMaterial(named), white);
+
+    for (const int format : {0, 1, 2, 3}) {
+        std::int32_t size = 0;
+        char* const bytes = nemraScene_writeToChar(scene_, format, &size);
+        ASSERT_TRUE(nemraScene_readFromChar(scene_, bytes, size));
+        freeCharArray(bytes);
+        std::uint32_t n = 0;
+        nemra_geom_t* const again = nemraScene_getGeometries(scene_, &n)[0];
+        nemra_onode_t* const material = nemraGeometry_getMaterial(again);
+        ASSERT_EQ(material, nemraScene_getNodes(scene_, &n)[0]);
+        nemraNode_setName(material, "snow");
+        EXPECT_EQ(taken(nemraGeometry_getMaterialName(again)), "snow");
+        nemraNode_setName(material, "white");
+    }
+    std::uint32_t n = 0;
+    nemra_geom_t* const geometry = nemraScene_getGeometries(scene_, &n)[0];
+    nemra_onode_t* const old = nemraScene_getNodes(scene_, &n)[0];
+    nemraNode_setComments(old, "old");
+    EXPECT_TRUE(nemraScene_removeNode(scene_, old));
+    EXPECT_STREQ(nemraNode_name(old), "") << "nothing in the scene holds it";
+    EXPECT_EQ(taken(nemraGeometry_getMaterialName(geometry)), "white");
+    EXPECT_EQ(nemraGeometry_getMaterial(geometry), nullptr);
+    nemra_onode_t* const next = nemraScene_addNode(scene_, &node, true);
+    EXPECT_EQ(nemraGeometry_getMaterial(geometry), next) << "the next of that name takes its place";
+    nemraGeometry_setMaterial(geometry, next);
+    nemraScene_clearNodes(scene_);
+    EXPECT_STREQ(nemraNode_name(next), "");
+    EXPECT_EQ(taken(nemraScene_writeToChar(scene_, 0, nullptr)).find("<material"), std::string::npos);
+    EXPECT_EQ(taken(nemraGeometry_getMaterialName(geometry)), "white");
+    nemraGeometry_release(&sphere);
+    nemraNode_release(&node);
+}
+
+/// Names are found among those that there are now, whatever was renamed, removed or has the same name.
+TEST_F(SceneApi, NamesAreThoseOfNow) {
+    const auto addNode = [&](const char* name) {
+        nemra_onode_t* node = nemraNode_create("setup", "default", name);
+        return nemraScene_addNode(scene_, &node, false);
+    };
+    const auto warns = [](auto&& body) {
+        Messages messages;
+        body();
+        return messages.warnings();
+    };
+    nemra_onode_t* const a = addNode("a");
+    EXPECT_EQ(warns([&] { addNode("b"); }), 0);
+    EXPECT_EQ(warns([&] { addNode("a"); }), 1);
+    nemraNode_setName(a, "c");
+    EXPECT_EQ(warns([&] { EXPECT_TRUE(nemraScene_setActiveSetupName(scene_, "c")); }), 0);
+    EXPECT_TRUE(nemraScene_setActiveSetupName(scene_, "a")) << "the second is still there";
+    nemraScene_removeNode(scene_, a);
+    EXPECT_EQ(warns([&] { EXPECT_FALSE(nemraScene_setActiveSetupName(scene_, "c")); }), 1);
+    EXPECT_STREQ(nemraScene_getActiveSetupName(scene_), "c") << "it may come later";
+    EXPECT_EQ(warns([&] { addNode("c"); }), 0);
+    EXPECT_EQ(warns([&] { EXPECT_TRUE(nemraScene_setActiveSetupName(scene_, "")); }), 0);
+
+    const auto addSphere = [&](const char* name) {
+        nemra_geom_t* sphere = nemraSphere_create(name, 1.0F, false);
+        return nemraScene_addGeom(scene_, &sphere, false);
+    };
+    nemra_geom_t* const s = addSphere("s");
+    nemraGeometry_setName(s, "t");
+    EXPECT_EQ(warns([&] { addSphere("s"); }), 0);
+    EXPECT_EQ(warns([&] { addSphere("t"); }), 1);
+    nemraScene_removeGeom(scene_, s);
+    EXPECT_EQ(warns([&] { addSphere("u"); }), 0);
+    std::uint32_t n = 0;
+    nemra_geom_t** const left = nemraScene_getGeometries(scene_, &n);
+    ASSERT_EQ(n, 3U);
+    std::string order;
+    for (std::uint32_t i = 0; i < n; ++i) order += nemraGeometry_name(left[i]);
+    EXPECT_EQ(order, "stu");
+}
+
+/// 100,000 of each, added, renamed and removed one by one, from the front: no step may go through all the others.
+TEST_F(SceneApi, ManyObjectsComeAndGoAtOnce) {
+    constexpr int kMany = 100000;
+    std::vector<nemra_onode_t*> nodes;
+    std::vector<nemra_geom_t*> spheres;
+    std::vector<std::uint64_t> instances;
+    nemra_onode_t* material = nemraNode_create("material", "generic", "shared");
+    nemra_instance_t* instance = nemraInstance_create();
+    nemraInstance_setMaterial(instance, &material, false, true);
+    const std::clock_t start = std::clock();
+    for (int i = 0; i < kMany; ++i) {
+        const std::string name = "thing " + std::to_string(i);
+        nemra_onode_t* node = nemraNode_create("material", "generic", name.c_str());
+        nodes.push_back(nemraScene_addNode(scene_, &node, false));
+        nemra_geom_t* sphere = nemraSphere_create(name.c_str(), 1.0F, false);
+        nemraGeometry_setMaterialName(sphere, name.c_str());
+        spheres.push_back(nemraScene_addGeom(scene_, &sphere, false));
+        instances.push_back(nemraScene_addInstance(scene_, &instance, nullptr, true));
+    }
+    for (int i = 0; i < kMany; ++i) {
+        ASSERT_EQ(nemraGeometry_getMaterial(spheres[i]), nodes[i]);
+        const std::string name = "object " + std::to_string(kMany - i);
+        nemraNode_setName(nodes[i], name.c_str());
+        nemraGeometry_setName(spheres[i], name.c_str());
+    }
+    EXPECT_EQ(count(nemraScene_getInstances), static_cast<std::uint32_t>(kMany));
+    for (int i = 0; i < kMany; ++i) {
+        nemraScene_remove(scene_, instances[i]);
+        ASSERT_TRUE(nemraScene_removeGeom(scene_, spheres[i]));
+        ASSERT_TRUE(nemraScene_removeNode(scene_, nodes[i]));
+    }
+    EXPECT_LT(std::clock() - start, 10 * CLOCKS_PER_SEC) << "it takes a second; minutes where each step looks at all";
+    EXPECT_EQ(count(nemraScene_getGeometries) + count(nemraScene_getInstances) + count(nemraScene_getNodes), 0U);
+    nemraInstance_release(&instance);
+    nemraNode_release(&material);
 }
 
 TEST_F(SceneApi, ReadingReplacesAndWritingGivesItBack) {
