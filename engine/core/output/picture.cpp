@@ -36,7 +36,7 @@ std::string colorSpaceOf(const node::Node* output) {
     return output->choice("color_space");
 }
 
-DisplayImage makeDisplayImage(const Raw& raw, bool fast) {
+DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits) {
     const auto film = raw.film();
     const auto view = raw.view();
     const auto output = raw.output();
@@ -50,17 +50,23 @@ DisplayImage makeDisplayImage(const Raw& raw, bool fast) {
         if (filter) runFilter(*filter, picture);
     }
 
-    DisplayImage display{picture.image.width, picture.image.height, colorSpaceOf(output.get()), 0.0, {}};
+    DisplayImage display{picture.image.width, picture.image.height, colorSpaceOf(output.get()), 0.0, {}, bits};
     if (output && output->findParameter("gamma").spec) display.gamma = output->real("gamma");
     const ColorSpace& space = colorSpace(display.colorSpace);
-    display.bytes.resize(picture.image.values.size());
+    display.bytes.resize(picture.image.values.size() * static_cast<std::size_t>(bits / 8));
     for (std::size_t i = 0; i + 2 < picture.image.values.size(); i += 3) {
         const float* const xyz = picture.image.values.data() + i;
         const auto linear = space.linear(xyz[0], xyz[1], xyz[2]);
         for (std::size_t c = 0; c < 3; ++c) {
             const double code =
                 display.gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / display.gamma) : space.encode(linear[c]);
-            display.bytes[i + c] = static_cast<unsigned char>(std::lround(code * 255.0));
+            if (bits == 16) {
+                const long wide = std::lround(code * 65535.0);
+                display.bytes[2 * (i + c)] = static_cast<unsigned char>(wide >> 8);
+                display.bytes[2 * (i + c) + 1] = static_cast<unsigned char>(wide & 0xff);
+            } else {
+                display.bytes[i + c] = static_cast<unsigned char>(std::lround(code * 255.0));
+            }
         }
     }
     return display;

@@ -37,18 +37,19 @@ ClassTable<Filter>& filterClasses();
 /// energy alone makes a grey of the D65 chromaticity.
 XyzImage toXyz(const Film& film, const LightView& view, std::string_view observer);
 
-/// Code values of a display, rows from the top and without gaps, R, G, B per pixel, 8 bits each.
+/// Code values of a display, rows from the top and without gaps, R, G, B per pixel, 8 bits each or 16 with the high byte first.
 struct DisplayImage {
     int width = 0;
     int height = 0;
     std::string colorSpace;
     double gamma = 0.0;  ///< exponent of the display curve; 0: the colour space's own curve
     std::vector<unsigned char> bytes;
+    int bits = 8;
 };
 
 /// Runs the output's filters (spectoxyz and averageautogain if it lists none) and encodes the result in its colour space.
 /// Filters that aren't known are left out with a warning; an output that isn't counts as an rgbimage, with a warning.
-DisplayImage makeDisplayImage(const Raw& raw, bool fast);
+DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits = 8);
 
 /// Name of the output's colour space, "srgb" where the node has none.
 std::string colorSpaceOf(const node::Node* output);
