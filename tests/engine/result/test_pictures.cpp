@@ -56,7 +56,9 @@ TEST_F(Pictures, OurOwnExrComesBackWithItsChannels) {
             EXPECT_EQ(sample(*again, c, 7, 3), static_cast<float>(sample(*raw, from, 7, 3)));
             EXPECT_EQ(sample(*again, c, 0, 11), static_cast<float>(sample(*raw, from, 0, 11)));
         }
-        if (sensor == FakeScene::Sensor::spectral) EXPECT_EQ(film->channels.back().name, "1000 nm") << "by wavelength";
+        if (sensor == FakeScene::Sensor::spectral) {
+            EXPECT_EQ(film->channels.back().name, "1000 nm") << "by wavelength";
+        }
     }
     EXPECT_TRUE(messages_.errors.empty());
 }
@@ -112,15 +114,13 @@ TEST_F(Pictures, ForeignExrIsUnderstood) {
     EXPECT_NEAR(sample(*grey, 1, 2, 0), 1.5, 1e-6);
 
     const auto bands =
-        core::readExr(foreignExr({"S0.0,55um", "S0.400nm", "S0.1000,0nm", "S1.400nm", "S0.599584916THz"}, 0.0F), "f");
+        core::readExr(foreignExr({"S0.0,55um", "S0.400nm", "S0.1000,0nm", "S1.400nm", "S0.599,584916THz"}, 0.0F), "f");
     ASSERT_EQ(bands->film()->channels.size(), 4U);
-    EXPECT_EQ(bands->film()->channels[0].name, "400 nm");
-    EXPECT_EQ(bands->film()->channels[1].name, "550 nm");
-    EXPECT_EQ(bands->film()->channels[2].name, "1000 nm");
-    EXPECT_NEAR(bands->film()->channels[3].wavelength, 299792458.0 / 599584916e12 * 1e6, 1e-9);
-    EXPECT_NEAR(bands->film()->channels[1].bandwidth, 300e-9, 1e-15) << "half way to both neighbours";
+    const char* const names[] = {"400 nm", "500 nm", "550 nm", "1000 nm"};
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(bands->film()->channels[i].name, names[i]);
+    EXPECT_NEAR(bands->film()->channels[2].bandwidth, 250e-9, 1e-15) << "half way to both neighbours";
     EXPECT_EQ(sample(*bands, 0, 0, 0), 2.0);
-    EXPECT_EQ(sample(*bands, 1, 3, 0), 1.75);
+    EXPECT_EQ(sample(*bands, 2, 3, 0), 1.75);
 
     const auto filter = core::readExr(foreignExr({"T.500nm", "T.510nm", "T.500nm.600nm", "R", "G", "B"}, 0.0F), "f");
     ASSERT_EQ(filter->film()->channels.size(), 2U);
@@ -163,7 +163,9 @@ TEST_F(Pictures, HdrComesBackWithinItsPrecision) {
             const double luminance = 179.0 * (0.265 * rgb[0] + 0.670 * rgb[1] + 0.065 * rgb[2]);
             const double clipped = FakeScene::mean(x, y, 2, 1);
             // X and Z are independent of Y here, so R or B may be negative, which the format can't say.
-            if (rgb[0] > 0.02F * rgb[1] && rgb[2] > 0.02F * rgb[1]) EXPECT_NEAR(luminance, clipped, 0.02 * clipped + 0.02);
+            if (rgb[0] > 0.02F * rgb[1] && rgb[2] > 0.02F * rgb[1]) {
+                EXPECT_NEAR(luminance, clipped, 0.02 * clipped + 0.02);
+            }
         }
     }
 }
