@@ -20,17 +20,29 @@ struct XyzImage {
     std::vector<float> values;
 };
 
+/// One more number per pixel, rows from the top, of the image's size.
+struct Plane {
+    std::string name;
+    std::string unit;
+    std::vector<float> values;
+};
+
 /// What the filters of an output work on, one after the other.
 struct Picture {
     const Film& film;
     const LightView& view;
     XyzImage image;
-    bool fast;  ///< draft: a filter may trade quality for time
+    bool fast;                    ///< draft: a filter may trade quality for time
+    std::vector<Plane> planes{};  ///< channels beside the image: what spectocustom and spectraltohv make, or a table shows
+    const Raw* raw = nullptr;     ///< what it comes from, where that is known
 };
 
 /// What a class of the family "filter" does.
 using Filter = void (*)(const node::Node& node, Picture& picture);
 ClassTable<Filter>& filterClasses();
+
+/// Runs the filters of an output in their order. Those that aren't known are left out with a warning.
+void runFilters(const node::Node& output, Picture& picture);
 
 /// The sensor's channels as tristimulus values by the observer of that option name ("cie1931_2deg", "cie1964_10deg"). What a
 /// ciexyz sensor measured goes through as it is; band values are weighed by the observer's mean over each band and 683 lm/W;
@@ -45,6 +57,14 @@ struct DisplayImage {
     double gamma = 0.0;  ///< exponent of the display curve; 0: the colour space's own curve
     std::vector<unsigned char> bytes;
 };
+
+/// Code values of tristimulus values relative to the display's white.
+DisplayImage encodeDisplay(const XyzImage& image, const std::string& space, double gamma);
+
+/// How an output of a class of its own becomes a picture; an rgbimage needs none.
+using MakeDisplay = DisplayImage (*)(const Raw& raw, const node::Node& output, bool fast);
+/// By the type of the output.
+bool addDisplayClass(std::string_view type, MakeDisplay make);
 
 /// Runs the output's filters (spectoxyz and averageautogain if it lists none) and encodes the result in its colour space.
 /// Filters that aren't known are left out with a warning; an output that isn't counts as an rgbimage, with a warning.
