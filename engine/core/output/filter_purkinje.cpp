@@ -7,7 +7,7 @@
 //   W = 0.619 gL / 0.637 + 0.381 gM / 0.392
 //   d(M - L) = x kappa (1.111 gM / 0.392 - 0.939 gL / 0.637) qR,   d(S - L - M) = y (0.4 gS / 1.606 - 0.15 W) qR,   d(L + M) = z W qR
 // x, y and z are free in the model. Here z is such that an equal-energy white keeps its luminance when only the rods see it, and x
-// and y are such that what the rods see then is a bluish grey near (0.21, 0.23).
+// and y are such that what the rods see then is a bluish grey near (0.21, 0.24).
 //
 // Trolands are luminance times the area of the pupil in mm2, with the diameter 4.9 - 3 tanh(0.4 log10 L) mm (Moon and Spencer 1944).
 #include <algorithm>
@@ -25,9 +25,9 @@ using Cones = std::array<double, 3>;  ///< L, M, S
 
 constexpr Cones kPeak{0.637, 0.392, 1.606};
 constexpr double kScotopicOfWhite = 2.261;  ///< scotopic over photopic luminance of an equal-energy spectrum
-constexpr double kZ = 0.45;
-constexpr double kX = 0.4 * kZ;
-constexpr double kY = 10.0 * kZ;
+constexpr double kZ = 0.446;
+constexpr double kX = 0.2 * kZ;
+constexpr double kY = 12.0 * kZ;
 
 Cones conesOf(double x, double y, double z) {
     return {(0.15514 * x + 0.54312 * y - 0.03286 * z) / kPeak[0], (-0.15514 * x + 0.45684 * y + 0.03286 * z) / kPeak[1],
