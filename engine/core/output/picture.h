@@ -53,7 +53,7 @@ XyzImage toXyz(const Film& film, const LightView& view, std::string_view observe
 struct DisplayImage {
     int width = 0;
     int height = 0;
-    std::string colorSpace;
+    std::string colorSpace;  ///< of an output, or "device" for codes of a display that no colour space describes
     double gamma = 0.0;  ///< exponent of the display curve; 0: the colour space's own curve
     std::vector<unsigned char> bytes;
 };

@@ -44,6 +44,7 @@ void noFlush(png_structp) {}
 void ignoreWarning(png_structp, png_const_charp) {}
 
 void setColors(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space) {
+    if (image.colorSpace == "device") return;  // codes of a display of its own kind: no chunk has words for it
     if (space.curve == ColorSpace::Curve::srgb && image.gamma == 0.0) {
         png_set_sRGB_gAMA_and_cHRM(png, info, PNG_sRGB_INTENT_RELATIVE);
         return;

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "engine/common/log.h"
+#include "engine/core/output/document.h"
 #include "engine/core/output/encode.h"
 #include "engine/core/output/write_file.h"
 
@@ -64,6 +65,7 @@ std::span<const char* const> outputFormats(const Raw& raw) {
 std::optional<std::vector<char>> encodeResult(const Raw& raw, std::string_view wanted, const std::string& source) {
     const std::string format = lower(wanted);
     try {
+        if (auto document = encodeDocument(raw, format)) return document;
         if (format == "png") return encodePng(makeDisplayImage(raw, raw.isDraft()));
         if (format == "exr") return encodeExr(raw);
     } catch (const std::exception& e) {
