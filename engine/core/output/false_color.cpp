@@ -96,7 +96,7 @@ FalseColors falseColorsOf(const node::Node& node, const std::vector<float>& valu
 }
 
 Canvas colorValues(const std::vector<float>& values, int width, int height, const FalseColors& colors) {
-    Canvas canvas(width, height, {0, 0, 0});
+    Canvas canvas(width, height, Rgb{0, 0, 0});
     const auto placeAt = [&](int x, int y) {
         return colors.place(values[std::size_t(y) * std::size_t(width) + std::size_t(x)]);
     };
@@ -125,7 +125,7 @@ Canvas withLegend(const Canvas& picture, const FalseColors& colors, const std::s
     const int bar = 12 * dot;
     const int gap = 6 * dot;
     const int height = std::max(picture.height(), 10 * line);
-    Canvas canvas(picture.width() + gap + bar + gap + letters * kLetterWidth * dot + gap, height, {255, 255, 255});
+    Canvas canvas(picture.width() + gap + bar + gap + letters * kLetterWidth * dot + gap, height, Rgb{255, 255, 255});
     canvas.copy(picture, 0, 0);
     const int left = picture.width() + gap;
     const int top = 2 * line;
