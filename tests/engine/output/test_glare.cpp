@@ -15,6 +15,7 @@
 namespace nemra::outputtest {
 namespace {
 
+using core::operator-;
 using core::GlareRating;
 using core::GlareSearch;
 using core::GlareSource;
