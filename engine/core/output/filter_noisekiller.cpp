@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 
 #include "engine/common/log.h"
 #include "engine/core/output/parallel_rows.h"
@@ -50,7 +51,8 @@ std::vector<float> relativeVariances(const Film& film, const LightView& view) {
     return relative;
 }
 
-/// Cuts pixels to `factor` times the median luminance of their neighbours.
+/// Cuts pixels to `factor` times the luminance of the third brightest of their eight neighbours: the corner of a lamp has three
+/// that are as bright.
 void limitOutliers(XyzImage& image, double factor) {
     const XyzImage original = image;
     const auto luminance = [&](int x, int y) {
@@ -66,8 +68,8 @@ void limitOutliers(XyzImage& image, double factor) {
                 }
             }
             if (count < 3) continue;
-            std::nth_element(around.begin(), around.begin() + count / 2, around.begin() + count);
-            const double limit = factor * around[count / 2];
+            std::nth_element(around.begin(), around.begin() + 2, around.begin() + count, std::greater<>());
+            const double limit = factor * around[2];
             const double here = luminance(x, y);
             if (!(here > limit) || !(limit > 0.0)) continue;
             float* const xyz = image.values.data() + 3 * (std::size_t(y) * std::size_t(image.width) + std::size_t(x));

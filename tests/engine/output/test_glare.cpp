@@ -107,8 +107,9 @@ TEST(Glare, SolidAnglesOfEachProjectionFillItsField) {
     for (const char* kind : {"equidistant", "equisolid", "stereographic", "orthographic"}) {
         const auto fisheye = core::fisheye(kind, 180, false, 300, 200);
         const auto [whole, projected] = coverage(*fisheye, 300, 200);
-        EXPECT_NEAR(whole, 2 * std::numbers::pi, kind == std::string("orthographic") ? 0.15 : 0.01) << kind;
-        EXPECT_NEAR(projected, std::numbers::pi, 0.005) << kind;
+        // The rim of the orthographic circle holds solid angle without end, though little of it counts at the eye.
+        EXPECT_NEAR(whole, 2 * std::numbers::pi, kind == std::string("orthographic") ? 0.25 : 0.01) << kind;
+        EXPECT_NEAR(projected, std::numbers::pi, 0.006) << kind;
     }
     for (const bool equalArea : {false, true}) {
         const auto [whole, projected] = coverage(*core::sphere(equalArea, 360, 180, 360, 181), 360, 181);
@@ -140,11 +141,26 @@ struct Ball {
     }
 };
 
+/// Whether a pixel about that direction can show anything but background.
+bool isNear(const Vec3& direction, const std::vector<Ball>& balls) {
+    constexpr double kPixel = 0.05;  // more than any pixel of these tests
+    for (const Ball& ball : balls) {
+        const double angle = std::asin(std::min(1.0, ball.radius / core::length(ball.centre)));
+        if (core::dot(core::normalized(ball.centre), direction) > std::cos(std::min(std::numbers::pi, angle + kPixel))) return true;
+    }
+    return false;
+}
+
 /// Pixels that hold the mean over 6 x 6 directions.
 VisualField look(const core::Projection& projection, int width, int height, double background, const std::vector<Ball>& balls) {
     std::vector<float> luminance;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
+            const auto middle = projection.direction(x + 0.5, y + 0.5);
+            if (middle && !isNear(*middle, balls)) {
+                luminance.push_back(static_cast<float>(background));
+                continue;
+            }
             double sum = 0.0;
             for (int i = 0; i < 36; ++i) {
                 const auto direction = projection.direction(x + (i % 6 + 0.5) / 6, y + (i / 6 + 0.5) / 6);
