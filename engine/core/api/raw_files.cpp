@@ -191,7 +191,7 @@ int nemraRawGetImage8bitProfile(nemra_raw_t* raw, void* user, nemra_byte_sink si
         if (!known || !sink) return kFailed;
         const auto image = displayOf(*known);
         if (!image) return kFailed;
-        return core::giveBytes(core::iccProfile(core::colorSpace(image->colorSpace), image->gamma), user, sink);
+        return core::giveBytes(core::profileOf(*image), user, sink);
     });
 }
 

@@ -46,7 +46,9 @@ bool write(jpeg_compress_struct& jpeg, Errors& errors, const DisplayImage& image
     // Coloured edges stay where they are: no chroma subsampling.
     for (int i = 0; i < jpeg.num_components; ++i) jpeg.comp_info[i].h_samp_factor = jpeg.comp_info[i].v_samp_factor = 1;
     jpeg_start_compress(&jpeg, TRUE);
-    jpeg_write_icc_profile(&jpeg, reinterpret_cast<const JOCTET*>(profile.data()), static_cast<unsigned>(profile.size()));
+    if (!profile.empty()) {
+        jpeg_write_icc_profile(&jpeg, reinterpret_cast<const JOCTET*>(profile.data()), static_cast<unsigned>(profile.size()));
+    }
     while (jpeg.next_scanline < jpeg.image_height) {
         const std::size_t at = 3 * static_cast<std::size_t>(image.width) * jpeg.next_scanline;
         JSAMPROW row = const_cast<JSAMPROW>(image.bytes.data() + at);
@@ -59,10 +61,11 @@ bool write(jpeg_compress_struct& jpeg, Errors& errors, const DisplayImage& image
 }  // namespace
 
 std::vector<char> encodeJpeg(const DisplayImage& image) {
+    if (image.bits != 8) throw std::runtime_error("the format has 8 bits per component");
     if (image.width > JPEG_MAX_DIMENSION || image.height > JPEG_MAX_DIMENSION) {
         throw std::runtime_error("the format takes at most " + std::to_string(JPEG_MAX_DIMENSION) + " pixels a side");
     }
-    const std::vector<char> profile = iccProfile(colorSpace(image.colorSpace), image.gamma);
+    const std::vector<char> profile = profileOf(image);
     jpeg_compress_struct jpeg{};
     Errors errors{};
     jpeg.err = jpeg_std_error(&errors.manager);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "engine/common/log.h"
 #include "engine/core/output/filters.h"
@@ -10,6 +11,13 @@
 namespace nemra::core {
 
 namespace {
+
+using DisplayClasses = std::map<std::string, MakeDisplay, std::less<>>;
+
+DisplayClasses& displayClasses() {
+    static DisplayClasses classes;
+    return classes;
+}
 
 void runFilter(const node::Node& filter, Picture& picture) {
     if (const Filter run = filterClasses().find(filter.type())) {
@@ -31,45 +39,56 @@ ClassTable<Filter>& filterClasses() {
     return table;
 }
 
+bool addDisplayClass(std::string_view type, MakeDisplay make) { return displayClasses().emplace(type, make).second; }
+
+void runFilters(const node::Node& output, Picture& picture) {
+    for (const auto& filter : output.list()) {
+        if (filter) runFilter(*filter, picture);
+    }
+}
+
 std::string colorSpaceOf(const node::Node* output) {
     if (!output || !output->findParameter("color_space").spec) return "srgb";
     return output->choice("color_space");
 }
 
-DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits) {
-    const auto film = raw.film();
-    const auto view = raw.view();
-    const auto output = raw.output();
-    if (output && !outputClasses().find(output->type())) {
-        log::warning(output->label(), "outputs of this class aren't written yet; an rgbimage takes its place");
-    }
-    Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast};
-    const auto filters = output ? output->list() : std::vector<std::shared_ptr<const node::Node>>{};
-    if (filters.empty()) runDefault("averageautogain", picture);
-    for (const auto& filter : filters) {
-        if (filter) runFilter(*filter, picture);
-    }
-
-    DisplayImage display{picture.image.width, picture.image.height, colorSpaceOf(output.get()), 0.0, {}, bits};
-    if (output && output->findParameter("gamma").spec) display.gamma = output->real("gamma");
-    const ColorSpace& space = colorSpace(display.colorSpace);
-    display.bytes.resize(picture.image.values.size() * static_cast<std::size_t>(bits / 8));
-    for (std::size_t i = 0; i + 2 < picture.image.values.size(); i += 3) {
-        const float* const xyz = picture.image.values.data() + i;
+DisplayImage encodeDisplay(const XyzImage& image, const std::string& name, double gamma, int bits) {
+    DisplayImage display;
+    display.width = image.width;
+    display.height = image.height;
+    display.colorSpace = name;
+    display.gamma = gamma;
+    display.bits = bits;
+    const ColorSpace& space = colorSpace(name);
+    display.bytes.resize(image.values.size() * static_cast<std::size_t>(bits / 8));
+    for (std::size_t i = 0; i + 2 < image.values.size(); i += 3) {
+        const float* const xyz = image.values.data() + i;
         const auto linear = space.linear(xyz[0], xyz[1], xyz[2]);
         for (std::size_t c = 0; c < 3; ++c) {
-            const double code =
-                display.gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / display.gamma) : space.encode(linear[c]);
-            if (bits == 16) {
-                const long wide = std::lround(code * 65535.0);
-                display.bytes[2 * (i + c)] = static_cast<unsigned char>(wide >> 8);
-                display.bytes[2 * (i + c) + 1] = static_cast<unsigned char>(wide & 0xff);
-            } else {
-                display.bytes[i + c] = static_cast<unsigned char>(std::lround(code * 255.0));
-            }
+            const double code = gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / gamma) : space.encode(linear[c]);
+            display.set(i + c, code);
         }
     }
     return display;
+}
+
+DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits) {
+    const auto output = raw.output();
+    if (output) {
+        const auto own = displayClasses().find(output->type());
+        if (own != displayClasses().end()) return own->second(raw, *output, fast);
+        if (!outputClasses().find(output->type())) {
+            log::warning(output->label(), "outputs of this class aren't written yet; an rgbimage takes its place");
+        }
+    }
+    const auto film = raw.film();
+    const auto view = raw.view();
+    Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast};
+    picture.raw = &raw;
+    if (!output || output->list().empty()) runDefault("averageautogain", picture);
+    if (output) runFilters(*output, picture);
+    const double gamma = output && output->findParameter("gamma").spec ? output->real("gamma") : 0.0;
+    return encodeDisplay(picture.image, colorSpaceOf(output.get()), gamma, bits);
 }
 
 }  // namespace nemra::core

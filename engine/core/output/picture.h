@@ -1,6 +1,7 @@
 /// From a sensor's channels to display values: what an output node of type rgbimage asks for.
 #pragma once
 
+#include <cmath>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,17 +21,29 @@ struct XyzImage {
     std::vector<float> values;
 };
 
+/// One more number per pixel, rows from the top, of the image's size.
+struct Plane {
+    std::string name;
+    std::string unit;
+    std::vector<float> values;
+};
+
 /// What the filters of an output work on, one after the other.
 struct Picture {
     const Film& film;
     const LightView& view;
     XyzImage image;
-    bool fast;  ///< draft: a filter may trade quality for time
+    bool fast;                    ///< draft: a filter may trade quality for time
+    std::vector<Plane> planes{};  ///< channels beside the image: what spectocustom and spectraltohv make, or a table shows
+    const Raw* raw = nullptr;     ///< what it comes from, where that is known
 };
 
 /// What a class of the family "filter" does.
 using Filter = void (*)(const node::Node& node, Picture& picture);
 ClassTable<Filter>& filterClasses();
+
+/// Runs the filters of an output in their order. Those that aren't known are left out with a warning.
+void runFilters(const node::Node& output, Picture& picture);
 
 /// The sensor's channels as tristimulus values by the observer of that option name ("cie1931_2deg", "cie1964_10deg"). What a
 /// ciexyz sensor measured goes through as it is; band values are weighed by the observer's mean over each band and 683 lm/W;
@@ -41,11 +54,31 @@ XyzImage toXyz(const Film& film, const LightView& view, std::string_view observe
 struct DisplayImage {
     int width = 0;
     int height = 0;
-    std::string colorSpace;
-    double gamma = 0.0;  ///< exponent of the display curve; 0: the colour space's own curve
+    std::string colorSpace;  ///< of an output, or "device" for codes of a display that no colour space describes
+    double gamma = 0.0;      ///< exponent of the display curve; 0: the colour space's own curve
     std::vector<unsigned char> bytes;
     int bits = 8;
+    std::vector<char> profile{};  ///< ICC, of a device; empty: that of the colour space, or none for a device
+
+    /// Stores a code value in [0, 1] as the index-th component; `bytes` must have its size.
+    void set(std::size_t index, double code) noexcept {
+        if (bits == 8) {
+            bytes[index] = static_cast<unsigned char>(std::lround(code * 255.0));
+        } else {
+            const long wide = std::lround(code * 65535.0);
+            bytes[2 * index] = static_cast<unsigned char>(wide >> 8);
+            bytes[2 * index + 1] = static_cast<unsigned char>(wide & 0xff);
+        }
+    }
 };
+
+/// Code values of tristimulus values relative to the display's white.
+DisplayImage encodeDisplay(const XyzImage& image, const std::string& space, double gamma, int bits = 8);
+
+/// How an output of a class of its own becomes a picture, of as many bits as it decides; an rgbimage needs none.
+using MakeDisplay = DisplayImage (*)(const Raw& raw, const node::Node& output, bool fast);
+/// By the type of the output.
+bool addDisplayClass(std::string_view type, MakeDisplay make);
 
 /// Runs the output's filters (spectoxyz and averageautogain if it lists none) and encodes the result in its colour space.
 /// Filters that aren't known are left out with a warning; an output that isn't counts as an rgbimage, with a warning.

@@ -34,7 +34,7 @@ void addSmoothing(Catalogue& catalogue) {
                          {real("outlier_factor", 10.0)
                               .pure()
                               .range(1.0, 1.0e6)
-                              .doc("Most that a pixel may exceed the median of its neighbours; light is lost")})
+                              .doc("Most that a pixel may exceed the third brightest of its eight neighbours; light is lost")})
                  .option("keep", "No pixel is cut")
                  .doc("What happens to single bright pixels")}});
     catalogue.add(
