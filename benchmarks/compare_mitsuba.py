@@ -71,7 +71,7 @@ def mitsuba_scene(mi, sampler):
     scene = {"type": "scene", "integrator": {"type": "path", "max_depth": -1, "rr_depth": 5}}
     camera = geometry["camera"]
     origin = [c / 1000 for c in camera["position"]]
-    target = [o + d for o, d in zip(origin, camera["direction"])]
+    target = [o + d for o, d in zip(origin, camera["direction"], strict=True)]
     scene["sensor"] = {
         "type": "perspective", "fov": camera["fov_deg"], "fov_axis": "x",
         "to_world": mi.ScalarTransform4f().look_at(origin=origin, target=target, up=camera["up"]),

@@ -13,8 +13,5 @@ struct Empty {
 }  // namespace
 
 PYBIND11_MODULE(empty_method, module) {
-    py::class_<Empty>(module, "Empty")
-        .def(py::init<>())
-        .def("get", &Empty::get)
-        .def("set", &Empty::set, py::arg("value"));
+    py::class_<Empty>(module, "Empty").def(py::init<>()).def("get", &Empty::get).def("set", &Empty::set, py::arg("value"));
 }

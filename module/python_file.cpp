@@ -7,7 +7,8 @@ namespace Nemra {
 namespace {
 
 /// The library's buffer writes what is left in its destructor, where a Python exception would end the process. This one
-/// forgets what could not be written; writeText flushes before, and so reports it.
+/// forgets what could not be written. writeText flushes before and so reports a file's error; what stays then is at most the
+/// beginning of a character that the text doesn't finish.
 class FileBuffer : public py::detail::pythonbuf {
 public:
     using pythonbuf::pythonbuf;
@@ -27,11 +28,11 @@ SerialFormat formatOfMode(const py::object& file) {
     return mode.find('b') == std::string::npos ? SerialFormat::svxml : SerialFormat::svbin;
 }
 
-void writeText(const py::object& file, const std::string& text) {
+void writeText(const py::object& file, const std::function<std::string()>& text) {
     FileBuffer buffer(file);
     std::ostream stream(&buffer);
     stream.exceptions(std::ios::badbit);  // else the stream swallows what the file's write raises
-    stream << text << std::flush;
+    stream << text() << std::flush;
 }
 
 void writeBytes(const py::object& file, const std::string& data) { file.attr("write")(py::bytes(data)); }
@@ -40,7 +41,7 @@ void dump(const py::object& file, const std::function<std::string(SerialFormat)>
     requireFile(file);
     const SerialFormat format = formatOfMode(file);
     if (format == SerialFormat::svxml) {
-        writeText(file, payload(format));
+        writeText(file, [&] { return payload(format); });
     } else {
         writeBytes(file, payload(format));
     }

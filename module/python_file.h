@@ -17,8 +17,9 @@ void requireFile(const py::object& file);
 /// svbin if the text of file.mode holds the letter b, else svxml. A file without `mode` raises its own AttributeError.
 SerialFormat formatOfMode(const py::object& file);
 
-/// Writes text through the file's `write` in pieces, each followed by `flush`. What these raise passes on.
-void writeText(const py::object& file, const std::string& text);
+/// Writes text through the file's `write` in pieces, each followed by `flush`. What these raise passes on. The file is opened
+/// first, then `text` is asked for it.
+void writeText(const py::object& file, const std::function<std::string()>& text);
 
 /// Writes all bytes in one call of the file's `write`. What it raises passes on.
 void writeBytes(const py::object& file, const std::string& data);

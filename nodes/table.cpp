@@ -11,13 +11,11 @@ namespace NemraNode::nodes {
 
 namespace {
 
-std::vector<std::string> columnNames(nemra_parameter* parameter) {
-    std::vector<std::string> names;
+std::vector<nemra_parameter*> columnParameters(nemra_parameter* parameter) {
+    std::vector<nemra_parameter*> columns;
     const std::uint32_t count = nemraParameter_tableColumnParamsSize(parameter);
-    for (std::uint32_t i = 0; i < count; ++i) {
-        names.emplace_back(nemraParameter_name(nemraParameter_tableColumnParam(parameter, i)));
-    }
-    return names;
+    for (std::uint32_t i = 0; i < count; ++i) columns.push_back(nemraParameter_tableColumnParam(parameter, i));
+    return columns;
 }
 
 /// Cells of one column. A column is of one type as a rule, but each cell says its own: a buffer is made when its type first
@@ -110,8 +108,15 @@ private:
     std::vector<double> doubles_;
 };
 
-bool setListColumn(const py::list& list, std::uint32_t column, nemra_table* table) {
-    const std::uint32_t rows = nemraTableValue_numRows(table);
+/// As UTF-8; UnicodeEncodeError for a text that has none.
+std::string textOf(py::handle text) {
+    Py_ssize_t size = 0;
+    const char* bytes = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
+    if (!bytes) throw py::error_already_set();
+    return {bytes, static_cast<std::size_t>(size)};
+}
+
+bool setListColumn(const py::list& list, std::uint32_t column, std::uint32_t rows, nemra_table* table) {
     const auto size = static_cast<std::uint32_t>(list.size());
     if (rows == 0) {
         nemraTableValue_resizeRows(table, size);
@@ -132,7 +137,7 @@ bool setListColumn(const py::list& list, std::uint32_t column, nemra_table* tabl
             py::print("A given list mixes types, which is not allowed");
             return false;
         }
-        const auto text = cell.cast<std::string>();
+        const std::string text = binary ? std::string(py::reinterpret_borrow<py::bytes>(cell)) : textOf(cell);
         nemra_value* value = binary ? nemraValue_create_vec_char(text.data(), static_cast<int>(text.size()))
                                     : nemraValue_create_c_str(text.c_str());
         if (!nemraTableValue_set(table, column, row, value)) {
@@ -155,8 +160,7 @@ bool setCells(const py::array& array, std::uint32_t column, nemra_table* table, 
     return true;
 }
 
-bool setArrayColumn(py::array array, std::uint32_t column, nemra_table* table) {
-    const std::uint32_t rows = nemraTableValue_numRows(table);
+bool setArrayColumn(py::array array, std::uint32_t column, std::uint32_t rows, nemra_table* table) {
     const auto size = static_cast<std::uint32_t>(array.shape(0));
     if (rows == 0) {
         nemraTableValue_resizeRows(table, size);
@@ -185,15 +189,16 @@ bool setArrayColumn(py::array array, std::uint32_t column, nemra_table* table) {
 
 /// The first column that comes fixes the number of rows. An object that is neither list nor array leaves the column empty.
 bool setTableColumn(py::handle object, std::uint32_t column, nemra_table* table) {
-    if (py::isinstance<py::list>(object)) return setListColumn(py::reinterpret_borrow<py::list>(object), column, table);
-    if (py::isinstance<py::array>(object)) return setArrayColumn(py::reinterpret_borrow<py::array>(object), column, table);
+    const std::uint32_t rows = nemraTableValue_numRows(table);
+    if (py::isinstance<py::list>(object)) return setListColumn(py::reinterpret_borrow<py::list>(object), column, rows, table);
+    if (py::isinstance<py::array>(object)) return setArrayColumn(py::reinterpret_borrow<py::array>(object), column, rows, table);
     return true;
 }
 
 bool setColumns(const py::dict& columns, nemra_table* table) {
     for (const auto& [key, column] : columns) {
         if (!py::isinstance<py::str>(key)) continue;
-        const auto name = key.cast<std::string>();
+        const std::string name = textOf(key);
         if (!nemraTableValue_hasColumn(table, name.c_str())) {
             py::print(key, "is not a valid column name for this parameter");
             return false;
@@ -222,25 +227,27 @@ private:
 }  // namespace
 
 py::dict readTable(nemra_parameter* parameter) {
-    const std::vector<std::string> names = columnNames(parameter);
+    const std::vector<nemra_parameter*> columns = columnParameters(parameter);
     nemra_table* table = nemraParameter_tableValues(parameter);
     py::dict result;
     const std::uint32_t rows = nemraTableValue_numRows(table);
-    for (std::uint32_t column = 0; column < nemraTableValue_numColumns(table) && column < names.size(); ++column) {
+    for (std::uint32_t column = 0; column < nemraTableValue_numColumns(table) && column < columns.size(); ++column) {
         ColumnReader reader(rows);
         for (std::uint32_t row = 0; row < rows; ++row) {
             const OwnedValue cell(nemraTableValue_get(table, column, row));
             reader.store(row, cell.get());
         }
-        if (const py::object cells = reader.take()) result[py::str(names[column])] = cells;
+        if (const py::object cells = reader.take()) result[py::str(std::string(nemraParameter_name(columns[column])))] = cells;
     }
     return result;
 }
 
 bool writeTable(const Node& node, const std::string& name, const py::dict& columns) {
-    nemra_parameter* parameter = node.findParameter(name, "");
+    const std::vector<nemra_parameter*> schema = columnParameters(node.findParameter(name, ""));
     LocalTable table;
-    for (const std::string& column : columnNames(parameter)) nemraTableValue_addColumn(table.get(), column.c_str());
+    for (nemra_parameter* column : schema) {
+        nemraTableValue_addColumn(table.get(), std::string(nemraParameter_name(column)).c_str());
+    }
     if (!setColumns(columns, table.get())) return false;
     return setParameter(node, name, nemraValue_create_table(table.take()));
 }

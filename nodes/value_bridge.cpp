@@ -148,9 +148,9 @@ nemra_value* colorFromDict(const py::dict& dict) {
     std::array<float, 3> coordinates{};
     for (const auto& [key, value] : dict) {
         if (!py::isinstance<py::str>(key)) continue;
-        const auto name = key.cast<std::string>();
-        if (name == "space" && py::isinstance<py::str>(value)) space = value.cast<std::string>();
-        if (name == "coord" && py::isinstance<py::list>(value) && py::len(value) == 3) {
+        const auto is = [&key = key](const char* name) { return PyUnicode_CompareWithASCIIString(key.ptr(), name) == 0; };
+        if (is("space") && py::isinstance<py::str>(value)) space = value.cast<std::string>();
+        if (is("coord") && py::isinstance<py::list>(value) && py::len(value) == 3) {
             const auto list = py::reinterpret_borrow<py::list>(value);
             for (std::size_t i = 0; i < coordinates.size(); ++i) coordinates[i] = list[i].cast<float>();
         }

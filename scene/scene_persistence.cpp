@@ -52,7 +52,7 @@ void Scene::write(const py::object& file, nemraScene_format format) const {
     std::int32_t size = 0;
     char* const data = nemraScene_writeToChar(handle, format, &size);
     if (format == SVXML) {
-        Nemra::writeText(file, std::string(data));
+        Nemra::writeText(file, [&] { return std::string(data); });
     } else {
         file.attr("write")(py::bytes(data, static_cast<std::size_t>(std::max(size, 0))));
         file.attr("seek")(0);  // so that a BytesIO reads from its start

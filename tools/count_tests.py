@@ -26,7 +26,7 @@ def main(paths: list[str]) -> int:
             print(f"{path}: {fault}")
             counts = (0, 1, 0)
         print(f"  {counts[0]:5d} good {counts[1]:3d} bad {counts[2]:3d} left out  {path}")
-        total = [a + b for a, b in zip(total, counts)]
+        total = [a + b for a, b in zip(total, counts, strict=True)]
     print(f"{total[0]} passed, {total[1]} failed, {total[2]} skipped")
     return 1 if total[1] or not total[0] else 0
 

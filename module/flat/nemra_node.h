@@ -1,7 +1,8 @@
 /* libnemraNode: nodes, their parameters, values, tables and colours.
  *
  * Parameters, values, tables and colours are plain pointers. A value, table or colour that a setter takes belongs to the engine
- * afterwards; the caller does not release it, also when the setter declined or was never called. */
+ * afterwards; the caller does not release it, also when the setter declined or was never called. A table that never became a
+ * value is the caller's to release. */
 #ifndef NEMRA_FLAT_NODE_H
 #define NEMRA_FLAT_NODE_H
 

@@ -26,9 +26,9 @@
 /* A caller may hand in any number, and messages are bit sets. With a fixed underlying type each of them is a value of the
  * enumeration in C++ too; C compilers take the same type. */
 #ifdef __cplusplus
-#define NEMRA_ENUM(name) enum name : unsigned int
+#define NEMRA_FIXED : unsigned int
 #else
-#define NEMRA_ENUM(name) enum name
+#define NEMRA_FIXED
 #endif
 
 #ifdef __cplusplus
@@ -51,7 +51,7 @@ typedef struct nemra_table nemra_table;
 typedef struct nemra_color nemra_color;
 
 /* Message levels, a bit set. */
-typedef NEMRA_ENUM(LogLevel_t) {
+typedef enum LogLevel_t NEMRA_FIXED {
     NEMRA_LOG_NONE = 0,
     NEMRA_LOG_DEBUG = 2,
     NEMRA_LOG_INFO = 4,
@@ -62,14 +62,14 @@ typedef NEMRA_ENUM(LogLevel_t) {
     NEMRA_LOG_ALL = 63
 } LogLevel_t;
 
-typedef NEMRA_ENUM(NemraRendererState_t) {
+typedef enum NemraRendererState_t NEMRA_FIXED {
     NEMRA_RENDERER_IDLE = 0,
     NEMRA_RENDERER_RUNNING = 1,
     NEMRA_RENDERER_PAUSED = 2,
     NEMRA_RENDERER_STOPPING = 3
 } NemraRendererState_t;
 
-typedef NEMRA_ENUM(nemra_renderer_stat_t) {
+typedef enum nemra_renderer_stat_t NEMRA_FIXED {
     NEMRA_STAT_TIME = 0,        /* s, elapsed rendering time without pauses */
     NEMRA_STAT_SAMPLES = 1,     /* paths traced */
     NEMRA_STAT_SPP = 2,         /* mean samples per pixel */
@@ -80,14 +80,14 @@ typedef NEMRA_ENUM(nemra_renderer_stat_t) {
     NEMRA_STAT_HALT_SPP = 7     /* 0 if off */
 } nemra_renderer_stat_t;
 
-typedef NEMRA_ENUM(nemra_renderer_halt_cond_t) {
+typedef enum nemra_renderer_halt_cond_t NEMRA_FIXED {
     NEMRA_HALT_PAUSES = 0,
     NEMRA_HALT_STOPS = 1,
     NEMRA_HALT_NOCHANGE = 2
 } nemra_renderer_halt_cond_t;
 
 /* Answers of nemraParameter_type. */
-typedef NEMRA_ENUM(nemra_parameter_type_t) {
+typedef enum nemra_parameter_type_t NEMRA_FIXED {
     NEMRA_PARAMETER_NONE = 0,
     NEMRA_PARAMETER_INFO = 1, /* read-only text */
     NEMRA_PARAMETER_REAL = 2,
@@ -106,7 +106,7 @@ typedef NEMRA_ENUM(nemra_parameter_type_t) {
 } nemra_parameter_type_t;
 
 /* Answers of nemraValue_type. */
-typedef NEMRA_ENUM(nemra_value_type_t) {
+typedef enum nemra_value_type_t NEMRA_FIXED {
     NEMRA_VALUE_NONE = 0,
     NEMRA_VALUE_TEXT = 1,
     NEMRA_VALUE_BOOLEAN = 2,
@@ -119,7 +119,7 @@ typedef NEMRA_ENUM(nemra_value_type_t) {
 } nemra_value_type_t;
 
 /* Answers of nemraNode_getRawDataType. */
-typedef NEMRA_ENUM(nemra_raw_data_type_t) {
+typedef enum nemra_raw_data_type_t NEMRA_FIXED {
     NEMRA_RAW_DATA_NONE = 0,
     NEMRA_RAW_DATA_TEXT = 1,
     NEMRA_RAW_DATA_RESERVED = 2,
@@ -131,7 +131,7 @@ typedef NEMRA_ENUM(nemra_raw_data_type_t) {
 } nemra_raw_data_type_t;
 
 /* Values of the `quantity` argument of nemraRawGetLightQuantity. */
-typedef NEMRA_ENUM(nemra_quantity_t) {
+typedef enum nemra_quantity_t NEMRA_FIXED {
     NEMRA_QUANTITY_RAW = 0,
     NEMRA_QUANTITY_SENSOR_IRRADIANCE = 1,
     NEMRA_QUANTITY_SCENE_RADIANCE = 2,

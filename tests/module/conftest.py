@@ -15,6 +15,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("NEMRA_BUILD_DIR", ROOT / "build")).resolve()
 IN_PROBE = "NEMRA_PROBE_REPORT" in os.environ
 PROBE = pytest.StashKey()
+RESULTS = {}  # of the files that ran under the probe engine: path -> (name -> (outcome, text), output)
 
 sys.path.insert(0, str(BUILD / "python"))
 
@@ -69,9 +70,9 @@ def pytest_runtest_logreport(report):
             out.write(json.dumps([report.nodeid.split("::", 1)[-1], report.outcome, report.longreprtext]) + "\n")
 
 
-def results_under_probe(item, cache={}):
+def results_under_probe(item):
     """What the tests of the item's file did in the child: name -> (outcome, text). The child runs once for each file."""
-    if item.path not in cache:
+    if item.path not in RESULTS:
         directory = item.config._tmp_path_factory.mktemp("probe")
         report = directory / "report"
         report.touch()
@@ -81,8 +82,8 @@ def results_under_probe(item, cache={}):
             env=probe_environment(NEMRA_PROBE_REPORT=str(report)), capture_output=True, text=True, timeout=300,
         )
         lines = [json.loads(line) for line in report.read_text().splitlines()]
-        cache[item.path] = {name: (outcome, text) for name, outcome, text in lines}, child.stdout + child.stderr
-    return cache[item.path]
+        RESULTS[item.path] = {name: (outcome, text) for name, outcome, text in lines}, child.stdout + child.stderr
+    return RESULTS[item.path]
 
 
 def pytest_pyfunc_call(pyfuncitem):

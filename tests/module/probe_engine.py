@@ -3,6 +3,11 @@
 import ctypes
 
 
+def encoded(text):
+    """As an engine's text: bytes go as they are, None is null."""
+    return text.encode() if isinstance(text, str) else text
+
+
 class Probe:
     def __init__(self):
         self._library = ctypes.CDLL("libnemraCommon.so")
@@ -12,7 +17,8 @@ class Probe:
             getattr(self._library, "probeFire" + event).restype = ctypes.c_char_p
 
     def answer(self, script=None, **functions):
-        """Adds answers; keywords are for functions whatever their arguments."""
+        """Adds answers; keywords are for functions whatever their arguments. A call
+        with "once " before it is answered so one time."""
         for call, text in {**(script or {}), **functions}.items():
             data = text if isinstance(text, bytes) else str(text).encode()
             self._library.probeAnswer(call.encode(), data, len(data))
@@ -37,7 +43,7 @@ class Probe:
     # callback, empty if nothing did.
 
     def log(self, message, level, foreign=True):
-        return self._library.probeFireLog(None if message is None else message.encode(), level, foreign).decode()
+        return self._library.probeFireLog(encoded(message), level, foreign).decode()
 
     def raw(self, setter, handle, foreign=True):
         return self._library.probeFireRaw(setter.encode(), handle, foreign).decode()
@@ -49,7 +55,7 @@ class Probe:
         return self._library.probeFireStatistics(foreign).decode()
 
     def message(self, source, message, level, foreign=True):
-        source, message = (None if text is None else text.encode() for text in (source, message))
+        source, message = encoded(source), encoded(message)
         return self._library.probeFireMessage(source, message, level, foreign).decode()
 
     def busy(self, busy, foreign=True):

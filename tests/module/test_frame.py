@@ -46,6 +46,20 @@ print(len(probe.calls("freeCharArray")))
 for f in (nemra.version, nemra.init, nemra.getWorkDir, nemra.setWorkDir, nemra.onMessage, nemra.listOpenCLDevices):
     print(f.__doc__.split(chr(10))[0])
     assert "from sarvo import nemra" in f.__doc__
+for f, texts in ((nemra.version, ("Gets the full version of nemra", "nemra.version()")),
+                 (nemra.init, ("Initialize nemra", "Call this to initialize nemra, You can enable OpenCL here and choose the "
+                               "OpenCL device by its name", "nemra.init(ocl_device=devicename[0], ocl_support=True)",
+                               "Opencl is only used when post processing outputs. (image denoiser, human vision filters, ...)")),
+                 (nemra.getWorkDir, ("Get the current working directory",)),
+                 (nemra.setWorkDir, ("Sets the current working directory", "For network rendering scene files must be on the same "
+                                     "path relative to working directory on every node.")),
+                 (nemra.onMessage, ("Sets the global message callback", "All messages sent by nemra are handle via this user "
+                                    "defined call_back function.", ":meth:`sarvo.nemra.messageType`",
+                                    "msg_type > nemra.messageType.Info")),
+                 (nemra.listOpenCLDevices, ("Get available OpenCL Devices in a list",))):
+    doc = f.__doc__.partition(chr(10) * 2)[2].strip()
+    assert doc.startswith(texts[0]), doc
+    for text in texts: assert text in doc, (text, doc)
 """)
         assert out.splitlines() == [
             "V /w None False True",
@@ -58,13 +72,13 @@ for f in (nemra.version, nemra.init, nemra.getWorkDir, nemra.setWorkDir, nemra.o
 
     def test_null_texts_are_errors(self, run_python):
         out = run(run_python, """
-probe.answer({"nemraGlobalGetVersionString": "<null>", "pyNemraGlobalListOpenCLDevices": "<null>"})
+probe.answer({"nemraGlobalGetVersionString": "<null>", "nemraGlobalGetWorkdir": "<null>", "pyNemraGlobalListOpenCLDevices": "<null>"})
 from sarvo import nemra
-for f in (nemra.version, nemra.listOpenCLDevices):
+for f in (nemra.version, nemra.getWorkDir, nemra.listOpenCLDevices):
     try: f()
     except RuntimeError as e: print(e)
 """)
-        assert out == "basic_string: construction from null is not valid\n" * 2
+        assert out == "basic_string: construction from null is not valid\n" * 3
 
 
 class TestMessages:

@@ -112,7 +112,7 @@ class TestMetadata:
 
     def test_quantities(self, probe, nemra, raw):
         names = ["Raw", "SensorIrradiance", "SceneRadiance", "SceneIrradiance", "SensorPower", "SensorExposure", "ComputedBSDF"]
-        assert {name: int(member) for name, member in nemra.Raw.quantity.__members__.items()} == dict(zip(names, range(7)))
+        assert {name: int(member) for name, member in nemra.Raw.quantity.__members__.items()} == dict(zip(names, range(7), strict=True))
         assert all(getattr(nemra.Raw, name) is getattr(nemra.Raw.quantity, name) for name in names)
         assert nemra.Raw.quantity.SensorPower == 4
         probe.answer(nemraRawGetQuantity="2")

@@ -99,7 +99,7 @@ class TestControl:
             return {name: int(member) for name, member in enumerator.__members__.items()}
 
         stats = "time samples spp spsaverage spscurrent wrongrate halttime haltspp".split()
-        assert numbers(nemra.Renderer.stat_type) == dict(zip(stats, range(8)))
+        assert numbers(nemra.Renderer.stat_type) == dict(zip(stats, range(8), strict=True))
         assert numbers(nemra.Renderer.state) == {"idle": 0, "running": 1, "paused": 2, "stopping": 3}
         assert numbers(nemra.Renderer.halt_cond) == {"pauses": 0, "stops": 1, "nochange": 2}
         assert nemra.Renderer.spp is nemra.Renderer.stat_type.spp and nemra.Renderer.stopping is nemra.Renderer.state.stopping

@@ -37,7 +37,7 @@ def shapes(nemra):
 class TestAdding:
     @pytest.mark.parametrize("keep", [True, False])
     def test_geometry_comes_back_as_its_class(self, probe, nemra, scene, keep):
-        for shape, handle in zip(shapes(nemra), (10, 30, 20)):
+        for shape, handle in zip(shapes(nemra), (10, 30, 20), strict=True):
             probe.forget()
             added = scene.add(shape, keepOriginal=keep)
             assert type(added) is type(shape) and added.getPtr() == 95

@@ -2,8 +2,9 @@
 ///
 /// A call reads `function(argument, argument)`: texts as they are, handles and numbers in decimals, `&7` for the address of a
 /// handle field that holds 7, `[1 2 3]` for elements. Its answer is looked up by the whole call, then by the function alone.
-/// Without an answer it is 0, false, null or an empty text. An answer is text too: a number, `<null>`, or elements with blanks
-/// between. The count that a function gives with its answer is that of the answer's elements, or the answer to `count function`.
+/// An answer to `once call` is given one time, before all others. Without an answer it is 0, false, null or an empty text. An
+/// answer is text too: a number, `<null>`, or elements with blanks between. The count that a function gives with its answer is
+/// that of the answer's elements, or the answer to `count function`.
 #pragma once
 
 #include <cstdint>

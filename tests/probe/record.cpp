@@ -63,6 +63,7 @@ namespace probe {
 std::optional<std::string> record(const std::string& function, const std::string& call) {
     const std::lock_guard guard(lock);
     calls.push_back(call);
+    if (auto once = answers.extract("once " + call)) return once.mapped();
     for (const std::string& key : {call, function}) {
         if (const auto found = answers.find(key); found != answers.end()) return found->second;
     }

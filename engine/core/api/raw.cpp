@@ -227,15 +227,17 @@ void nemraRawGenerateSNR(nemra_raw_t* raw) {
 }
 
 const char* nemraRawGetInstrumentName(nemra_raw_t* raw) {
-    return with<const char*>("nemraRawGetInstrumentName", raw, nullptr,
-                             [](const Raw& r) { return r.instrument() ? r.instrument()->name().c_str() : nullptr; });
+    return with<const char*>("nemraRawGetInstrumentName", raw, nullptr, [](const Raw& r) -> const char* {
+        const auto instrument = r.instrument();
+        return instrument ? passing(instrument->name()) : nullptr;
+    });
 }
 
 const char* nemraRawGetInstrumentOutput(nemra_raw_t* raw, int index) {
     return with<const char*>("nemraRawGetInstrumentOutput", raw, nullptr, [&](const Raw& r) -> const char* {
-        const auto& outputs = r.outputs();
+        const auto outputs = r.outputs();
         return index >= 0 && static_cast<std::size_t>(index) < outputs.size()
-                   ? outputs[static_cast<std::size_t>(index)]->name().c_str()
+                   ? passing(outputs[static_cast<std::size_t>(index)]->name())
                    : nullptr;
     });
 }

@@ -11,9 +11,6 @@ Canvas::Canvas(int width, int height, Rgb color)
     fill(0, 0, width, height, color);
 }
 
-Canvas::Canvas(int width, int height, std::vector<unsigned char> codes)
-    : width_(width), height_(height), codes_(std::move(codes)) {}
-
 Rgb Canvas::at(int x, int y) const {
     const unsigned char* const code = codes_.data() + 3 * (std::size_t(y) * std::size_t(width_) + std::size_t(x));
     return {code[0], code[1], code[2]};

@@ -142,6 +142,12 @@ Canvas withLegend(const Canvas& picture, const FalseColors& colors, const std::s
     return canvas;
 }
 
+DisplayImage displayOf(const Canvas& canvas, int bits) {
+    DisplayImage display{canvas.width(), canvas.height(), "srgb", 0.0, {}, bits};
+    for (const unsigned char code : canvas.codes()) display.append(code / 255.0);
+    return display;
+}
+
 std::string significant(double value, int digits) {
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value > 0 ? "inf" : "-inf";

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "engine/common/log.h"
+#include "engine/core/geometry/affine.h"
 #include "engine/core/output/picture.h"
 #include "engine/core/output/write_result.h"
 
@@ -68,18 +69,38 @@ Curve curveOf(const node::Node& output, double black, double peak) {
     return [power = 1.0 / output.real("gamma")](double value) { return std::pow(value, power); };
 }
 
-DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast) {
+/// What a profile can say: primaries and white by the inverse of the matrix, and a curve that it has words for.
+void describe(DisplayImage& display, const node::Node& output) {
+    const auto m = output.matrix3("xyz_to_rgb");
+    const std::array<Vec3, 3> rows{Vec3{m[0], m[1], m[2]}, Vec3{m[3], m[4], m[5]}, Vec3{m[6], m[7], m[8]}};
+    const Affine toRgb{rows, {}};
+    const std::string& curve = output.choice("curve");
+    display.hasProfile = (curve == "gamma" || curve == "srgb") && std::abs(toRgb.determinant()) > 1.0e-9;
+    if (!display.hasProfile) return;
+    const Affine toXyz = toRgb.inverse();
+    const auto chromaticity = [&](const Vec3& rgb) {
+        const Vec3 xyz = toXyz.vector(rgb);
+        const double sum = xyz[0] + xyz[1] + xyz[2];
+        return Chromaticity{xyz[0] / sum, xyz[1] / sum};
+    };
+    display.device = linearColorSpace(chromaticity({1, 0, 0}), chromaticity({0, 1, 0}), chromaticity({0, 0, 1}), chromaticity({1, 1, 1}));
+    if (curve == "srgb") display.device->curve = ColorSpace::Curve::srgb;
+    if (curve == "gamma") display.gamma = output.real("gamma");
+}
+
+DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast, int bits) {
     const auto film = raw.film();
     const auto view = raw.view();
     Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast, {}, &raw};
     runFilters(output, picture);
     const double peak = output.real("peak_luminance");
     const double black = std::min(output.real("black_luminance"), 0.999 * peak);
-    if (output.integer("bit_depth") > 8) log::info(output.label(), "the picture is written with 8 bits per code value");
     const Curve curve = curveOf(output, black, peak);
     const auto matrix = output.matrix3("xyz_to_rgb");
-    DisplayImage display{picture.image.width, picture.image.height, "device", 0.0, {}};
-    display.bytes.reserve(picture.image.values.size());
+    DisplayImage display{picture.image.width, picture.image.height, "srgb", 0.0, {}, bits};
+    describe(display, output);
+    display.bytes.reserve(picture.image.values.size() * std::size_t(bits / 8));
+    const double steps = std::exp2(std::min(bits, output.integer("bit_depth"))) - 1.0;
     for (std::size_t i = 0; i + 2 < picture.image.values.size(); i += 3) {
         const float* const xyz = picture.image.values.data() + i;
         for (std::size_t row = 0; row < 3; ++row) {
@@ -88,13 +109,13 @@ DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast) {
             // Black adds to all that the display shows, so that much less is to be shown.
             const double shown = (linear * peak - black) / (peak - black);
             const double code = curve(shown > 0.0 ? std::min(shown, 1.0) : 0.0);
-            display.bytes.push_back(static_cast<unsigned char>(std::lround(255.0 * std::clamp(code, 0.0, 1.0))));
+            display.append(std::round(steps * std::clamp(code, 0.0, 1.0)) / steps);
         }
     }
     return display;
 }
 
-constexpr std::array<const char*, 1> kFormats{"png"};
+constexpr std::array<const char*, 3> kFormats{"png", "jpg", "png16"};
 const bool kKnown = addDisplayClass("special", makeSpecial);
 const bool kFormatsKnown = outputClasses().add("special", [] { return std::span<const char* const>(kFormats); });
 

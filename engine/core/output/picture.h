@@ -1,6 +1,7 @@
 /// From a sensor's channels to display values: what an output node of type rgbimage asks for.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,26 +50,33 @@ void runFilters(const node::Node& output, Picture& picture);
 /// energy alone makes a grey of the D65 chromaticity.
 XyzImage toXyz(const Film& film, const LightView& view, std::string_view observer);
 
-/// Code values of a display, rows from the top and without gaps, R, G, B per pixel, 8 bits each.
+/// Code values of a display, rows from the top and without gaps, R, G, B per pixel, 8 bits each or 16 with the high byte first.
 struct DisplayImage {
     int width = 0;
     int height = 0;
-    std::string colorSpace;  ///< of an output, or "device" for codes of a display that no colour space describes
-    double gamma = 0.0;  ///< exponent of the display curve; 0: the colour space's own curve
+    std::string colorSpace;  ///< of an output
+    double gamma = 0.0;      ///< exponent of the display curve; 0: the colour space's own curve
     std::vector<unsigned char> bytes;
+    int bits = 8;
+    std::optional<ColorSpace> device{};  ///< that of a display which no named colour space describes, in place of `colorSpace`
+    bool hasProfile = true;              ///< false for codes by a curve that no profile here has words for
+
+    const ColorSpace& space() const { return device ? *device : nemra::core::colorSpace(colorSpace); }
+    /// A component's code from 0 to 1 behind those that there are.
+    void append(double code);
 };
 
 /// Code values of tristimulus values relative to the display's white.
-DisplayImage encodeDisplay(const XyzImage& image, const std::string& space, double gamma);
+DisplayImage encodeDisplay(const XyzImage& image, const std::string& space, double gamma, int bits);
 
 /// How an output of a class of its own becomes a picture; an rgbimage needs none.
-using MakeDisplay = DisplayImage (*)(const Raw& raw, const node::Node& output, bool fast);
+using MakeDisplay = DisplayImage (*)(const Raw& raw, const node::Node& output, bool fast, int bits);
 /// By the type of the output.
 bool addDisplayClass(std::string_view type, MakeDisplay make);
 
 /// Runs the output's filters (spectoxyz and averageautogain if it lists none) and encodes the result in its colour space.
 /// Filters that aren't known are left out with a warning; an output that isn't counts as an rgbimage, with a warning.
-DisplayImage makeDisplayImage(const Raw& raw, bool fast);
+DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits = 8);
 
 /// Name of the output's colour space, "srgb" where the node has none.
 std::string colorSpaceOf(const node::Node* output);

@@ -383,7 +383,7 @@ TEST(Glare, ReportsSayTheSameInEachFormat) {
     const auto raw = spheresSeen(lighttest::with(report, "title", make("text", "default", {{"content", text("Room <1> & {instrument}")}})));
     const auto written = [&](const char* format) {
         const auto bytes = core::encodeResult(*raw, format, "test");
-        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
+        return bytes ? std::string(bytes->span().begin(), bytes->span().end()) : std::string();
     };
     const std::string rating = "13.2";  // 11.967 + 16 lg 1.2
     EXPECT_NE(written("csv").find("Unified glare rating," + rating + "\n"), std::string::npos) << written("csv");

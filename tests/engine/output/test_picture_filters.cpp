@@ -47,8 +47,12 @@ TEST(PictureFilters, BlurIsTheGaussianOverThePixels) {
 
 TEST(PictureFilters, IlluminanceOfDiffuseSurfaces) {
     EXPECT_NEAR(greys(1, 1, [](int, int) { return 100.0; }).run(make("filter", "illuminance")).at(0, 0), 628.318531, 1e-3);
-    const NodeHandle floor = make("instrument", "irradorthoview");
-    Filtered measured(film(1, 1, xyzChannels(), [](int, int, int) { return 100.0; }), floor);
+    Filtered measured(film(1, 1, xyzChannels(), [](int, int, int) { return 100.0; }));
+    core::RawParts parts = measured.raw->parts();
+    parts.factors = {1.0};
+    parts.factors[NEMRA_QUANTITY_SCENE_IRRADIANCE] = 1.0;
+    const core::Raw lux(parts);
+    measured.picture.raw = &lux;
     EXPECT_NEAR(measured.run(make("filter", "illuminance")).at(0, 0), 100.0, 1e-4) << "lux already";
 }
 
@@ -136,6 +140,25 @@ TEST(PictureFilters, DenoiserTakesNoiseAndLeavesEdges) {
         EXPECT_LT(error(filtered, kSize / 2 - 1, kSize / 2 + 1), kNoise / 1.5) << "the edge, fast " << fast;
         EXPECT_NEAR(sumOf(filtered) / (kSize * kSize), 1.5, 0.01);
     }
+}
+
+// Pixels without any variance, such as a lamp, are infinitely far from others by that distance; sums over the patches behind them must
+// not suffer.
+TEST(PictureFilters, DenoiserWorksBesidePixelsWithoutVariance) {
+    const auto isLamp = [](int x, int y) { return x >= 8 && x < 12 && y >= 8 && y < 12; };
+    std::mt19937 random(11);
+    std::normal_distribution<double> normal(0.0, 0.1);
+    std::vector<double> noise(48 * 48);
+    for (double& value : noise) value = normal(random);
+    const auto values = [&](int x, int y, int) { return isLamp(x, y) ? 1.0e6 : 1.0 + noise[std::size_t(y * 48 + x)]; };
+    Filtered filtered(film(48, 48, xyzChannels(), values, 16, [&](int x, int y) { return isLamp(x, y) ? 0.0 : 0.16; }));
+    filtered.run(make("filter", "noisekiller", {{"outliers", text("keep")}}));
+    EXPECT_NEAR(filtered.at(10, 10), 1.0e6, 1.0);
+    double squares = 0.0;
+    for (int y = 20; y < 48; ++y) {
+        for (int x = 20; x < 48; ++x) squares += std::pow(filtered.at(x, y) - 1.0, 2);
+    }
+    EXPECT_LT(std::sqrt(squares / (28 * 28)), 0.1 / 3.0);
 }
 
 TEST(PictureFilters, DenoiserCutsLonePixelsButNotLamps) {
