@@ -83,7 +83,9 @@ void describe(DisplayImage& display, const node::Node& output) {
         const double sum = xyz[0] + xyz[1] + xyz[2];
         return Chromaticity{xyz[0] / sum, xyz[1] / sum};
     };
-    display.device = linearColorSpace(chromaticity({1, 0, 0}), chromaticity({0, 1, 0}), chromaticity({0, 0, 1}), chromaticity({1, 1, 1}));
+    display.device =
+        linearColorSpace(chromaticity({1, 0, 0}), chromaticity({0, 1, 0}), chromaticity({0, 0, 1}), chromaticity({1, 1, 1}));
+    for (const double entry : display.device->fromXyz) display.hasProfile = display.hasProfile && std::isfinite(entry);
     if (curve == "srgb") display.device->curve = ColorSpace::Curve::srgb;
     if (curve == "gamma") display.gamma = output.real("gamma");
 }

@@ -1,9 +1,12 @@
 // Outputs that aren't plain pictures: tables, single channels, displays of their own kind.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 #include "engine/core/output/false_color.h"
+#include "engine/core/output/icc_profile.h"
+#include "engine/core/output/resolve_links.h"
 #include "engine/core/output/write_result.h"
 #include "tests/engine/light/render_scene.h"
 #include "tests/engine/output/picture_maker.h"
@@ -93,6 +96,42 @@ TEST(Outputs, CurvesOfSpecialDisplays) {
     EXPECT_EQ(code(0.55, {{"curve", text("table")}, {"curve_samples", samples}}), std::lround(255 * 0.75));
     // Light of the display's black is there already: half of 100 is (50 - 10) / 90 of what it can add.
     EXPECT_EQ(code(0.5, {{"black_luminance", number(10)}}), std::lround(255 * std::pow(40.0 / 90.0, 1 / 2.2)));
+}
+
+TEST(Outputs, SpecialDisplaysAreTaggedWithTheirPrimariesWhereAProfileCan) {
+    const auto shown = [](const Settings& settings, int bits = 8) {
+        const auto content = film(1, 1, xyzChannels(), [](int, int, int c) { return 0.5 * std::array{0.9505, 1.0, 1.089}[std::size_t(c)]; });
+        return core::makeDisplayImage(*result(content, nullptr, make("output", "special", settings)), false, bits);
+    };
+    const auto usual = shown({});
+    ASSERT_TRUE(usual.device && usual.hasProfile);
+    EXPECT_NEAR(usual.device->red.x, 0.64, 1e-3);  // the default matrix is that of IEC 61966-2-1
+    EXPECT_NEAR(usual.device->blue.y, 0.06, 1e-3);
+    EXPECT_NEAR(usual.device->white.x, 0.3127, 1e-3);
+    EXPECT_EQ(usual.gamma, 2.2);
+    EXPECT_FALSE(core::profileOf(usual).empty());
+    EXPECT_TRUE(core::profileOf(shown({{"curve", text("pq")}})).empty());
+    // Ten bits, in a picture of 16: codes of 1023 steps.
+    const auto fine = shown({{"bit_depth", integer(10)}}, 16);
+    ASSERT_EQ(fine.bytes.size(), 6U);
+    const double code = (fine.bytes[2] * 256 + fine.bytes[3]) / 65535.0 * 1023.0;
+    EXPECT_NEAR(code, std::round(code), 0.01);
+    EXPECT_NEAR(code, 1023 * std::pow(0.5, 1 / 2.2), 1.0);
+}
+
+// What a result carries must not need the scene any more: links in slots of outputs are replaced as those in lists are.
+TEST(Outputs, LinksBelowOutputsAreReplacedByWhatTheyStandFor) {
+    node::Scene scene;
+    scene.nodes = {make("text", "default", {{"content", text("from the scene")}}, "heading")};
+    const NodeHandle report = lighttest::with(make("output", "glarereport", {}, "report"), "title", make("text", "linked", {{"node", text("heading")}}));
+    const NodeHandle camera = make("instrument", "idealrectcam");
+    std::string why;
+    ASSERT_TRUE(camera->setChild(report, why)) << why;
+    core::Translation translation(scene);
+    const auto complete = core::withoutLinks(camera, translation);
+    ASSERT_EQ(complete->list().size(), 1U);
+    EXPECT_EQ(complete->list()[0]->child("title")->text("content"), "from the scene");
+    EXPECT_EQ(camera->list()[0]->child("title")->type(), "linked") << "the scene's own node stays as it is";
 }
 
 TEST(Outputs, BsdfTables) {
