@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "engine/core/result/in_strips.h"
+
 namespace nemra::core {
 
 void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t fileBytes) {
@@ -84,17 +86,15 @@ std::vector<double> bandwidthsBetween(const std::vector<double>& centres) {
 std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& space, bool encoded, double scale) {
     auto film = makePictureFilm(pixels.width, pixels.height, tristimulusChannels());
     const bool grey = pixels.channels < 3;
-    for (int x = 0; x < pixels.width; ++x) {
-        for (int y = 0; y < pixels.height; ++y) {
-            const float* const value = pixels.at(x, y);
-            std::array<double, 3> rgb{value[0], value[grey ? 0 : 1], value[grey ? 0 : 2]};
-            if (encoded) {
-                for (double& component : rgb) component = space.decode(component);
-            }
-            const auto xyz = space.toXyz(rgb[0], rgb[1], rgb[2]);
-            for (int c = 0; c < 3; ++c) setCell(*film, x, y, c, scale * xyz[static_cast<std::size_t>(c)]);
+    forEachInStrips(pixels.width, pixels.height, [&](int x, int y) {
+        const float* const value = pixels.at(x, y);
+        std::array<double, 3> rgb{value[0], value[grey ? 0 : 1], value[grey ? 0 : 2]};
+        if (encoded) {
+            for (double& component : rgb) component = space.decode(component);
         }
-    }
+        const auto xyz = space.toXyz(rgb[0], rgb[1], rgb[2]);
+        for (int c = 0; c < 3; ++c) setCell(*film, x, y, c, scale * xyz[static_cast<std::size_t>(c)]);
+    });
     finishPictureFilm(*film);
     return film;
 }

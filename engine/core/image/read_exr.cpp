@@ -18,6 +18,7 @@
 #include "engine/common/log.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/spectral_layout.h"
+#include "engine/core/result/in_strips.h"
 #include "engine/node/encoding/utf8.h"
 
 namespace nemra::core {
@@ -84,19 +85,27 @@ public:
         for (const Source& source : sources) channels.push_back(source.channel);
         auto film = makePictureFilm(static_cast<int>(width), static_cast<int>(height), std::move(channels));
 
-        // Straight into the film's order: x, then y, then channel.
         const std::size_t count = sources.size();
-        std::vector<float> values(film->high.size());
+        const auto w = static_cast<std::size_t>(width);
+        const auto h = static_cast<std::size_t>(height);
+        std::vector<std::vector<float>> planes(count, std::vector<float>(w * h));
         Imf::FrameBuffer frame;
         for (std::size_t c = 0; c < count; ++c) {
             frame.insert(sources[c].name,
-                         Imf::Slice::Make(Imf::FLOAT, values.data() + c, window_,
-                                          sizeof(float) * count * static_cast<std::size_t>(height), sizeof(float) * count));
+                         Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window_, sizeof(float), sizeof(float) * w));
         }
         file_.setFrameBuffer(frame);
         file_.readPixels(window_.min.y, window_.max.y);
-        std::transform(values.begin(), values.end(), film->high.begin(),
-                       [](float value) { return std::isfinite(value) ? static_cast<double>(value) : 0.0; });
+        double* const cells = film->high.data();
+        forEachInStrips(film->width, film->height, [&](int x, int y) {
+            const auto column = static_cast<std::size_t>(x);
+            const auto row = static_cast<std::size_t>(y);
+            double* const out = cells + (column * h + row) * count;
+            for (std::size_t c = 0; c < count; ++c) {
+                const float value = planes[c][row * w + column];
+                out[c] = std::isfinite(value) ? static_cast<double>(value) : 0.0;
+            }
+        });
         finishPictureFilm(*film);
         return film;
     }

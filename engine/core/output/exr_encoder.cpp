@@ -11,6 +11,7 @@
 
 #include "engine/core/output/encode.h"
 #include "engine/core/output/exr_header.h"
+#include "engine/core/result/in_strips.h"
 
 namespace nemra::core {
 
@@ -39,11 +40,16 @@ private:
 using Planes = std::map<std::string, std::vector<float>>;
 
 std::vector<float> planeOf(const LightView& view, int channel) {
-    std::vector<float> plane;
-    plane.reserve(static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height));
-    for (int y = 0; y < view.height; ++y) {
-        for (int x = 0; x < view.width; ++x) plane.push_back(static_cast<float>(view.at(channel, x, y, NEMRA_QUANTITY_RAW)));
-    }
+    const auto width = static_cast<std::size_t>(view.width);
+    const auto height = static_cast<std::size_t>(view.height);
+    const auto channels = static_cast<std::size_t>(view.channels);
+    std::vector<float> plane(width * height);
+    const double* const values = view.values.data() + channel;
+    forEachInStrips(view.width, view.height, [&](int x, int y) {
+        const auto column = static_cast<std::size_t>(x);
+        const auto row = static_cast<std::size_t>(y);
+        plane[row * width + column] = static_cast<float>(values[(column * height + row) * channels]);
+    });
     return plane;
 }
 
