@@ -1,7 +1,7 @@
-// Guth position index p of CIE 117:1995, table 4.1: rows T/R from 0 to 3 in steps of 0.1, columns H/R from 0 to 1.9 in steps of 0.1
-// (R along the line of sight, T across it, H above it); 0 where the table has no value. Numbers as in the public transcription
-// 123VincentB/eulumdat-ugr. Two of them don't follow their neighbours and are kept as printed: 1.97 at (0.3, 0.3) and 7.50 at
-// (2.7, 0.6).
+// Guth position index p of CIE 117:1995, table 4.1: rows T/R from 0 to 3 in steps of 0.1, columns H/R from 0 to 1.9 in steps of
+// 0.1 (R along the line of sight, T across it, H above it); 0 where the table has no value. Numbers as in the public
+// transcription 123VincentB/eulumdat-ugr. Two of them don't follow their neighbours and are kept as printed: 1.97 at (0.3, 0.3)
+// and 7.50 at (2.7, 0.6).
 #include "engine/core/data/tables.h"
 
 namespace nemra::core::data {

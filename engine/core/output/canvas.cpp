@@ -34,9 +34,8 @@ void Canvas::copy(const Canvas& other, int left, int top) {
 }
 
 void Canvas::text(int left, int top, int dot, std::string_view line, Rgb color) {
-    forEachDot(line, [&](int x, int y) {
-        fill(left + x * dot, top + y * dot, left + (x + 1) * dot, top + (y + 1) * dot, color);
-    });
+    forEachDot(line,
+               [&](int x, int y) { fill(left + x * dot, top + y * dot, left + (x + 1) * dot, top + (y + 1) * dot, color); });
 }
 
 void Canvas::label(int left, int top, int dot, std::string_view line, Rgb color, Rgb rim) {

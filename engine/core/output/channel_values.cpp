@@ -70,7 +70,8 @@ Plane component(const XyzImage& image, std::size_t c, const std::string& unit) {
 
 const Plane* ChannelValues::find(std::string_view name) const noexcept {
     const auto named = [&](std::string_view wanted) -> const Plane* {
-        const auto found = std::find_if(channels.begin(), channels.end(), [&](const Plane& plane) { return plane.name == wanted; });
+        const auto found =
+            std::find_if(channels.begin(), channels.end(), [&](const Plane& plane) { return plane.name == wanted; });
         return found == channels.end() ? nullptr : &*found;
     };
     if (!name.empty()) return named(name);

@@ -29,8 +29,8 @@ Rgb between(const double (*colors)[3], int count, double place) {
 std::vector<double> ticksOf(const FalseColors& colors) {
     std::vector<double> ticks;
     if (colors.logarithmic) {
-        for (double exponent = std::ceil(std::log10(colors.minimum) - 1.0e-9); std::pow(10.0, exponent) <= colors.maximum * 1.0000001;
-             exponent += 1.0) {
+        for (double exponent = std::ceil(std::log10(colors.minimum) - 1.0e-9);
+             std::pow(10.0, exponent) <= colors.maximum * 1.0000001; exponent += 1.0) {
             ticks.push_back(std::pow(10.0, exponent));
         }
         if (ticks.size() >= 2) return ticks;
@@ -59,7 +59,8 @@ Rgb mapColor(std::string_view map, double place) {
 }
 
 double FalseColors::place(double value) const noexcept {
-    const double at = logarithmic ? std::log(value / minimum) / std::log(maximum / minimum) : (value - minimum) / (maximum - minimum);
+    const double at =
+        logarithmic ? std::log(value / minimum) / std::log(maximum / minimum) : (value - minimum) / (maximum - minimum);
     return at > 0.0 ? std::min(at, 1.0) : 0.0;
 }
 
@@ -97,9 +98,7 @@ FalseColors falseColorsOf(const node::Node& node, const std::vector<float>& valu
 
 Canvas colorValues(const std::vector<float>& values, int width, int height, const FalseColors& colors) {
     Canvas canvas(width, height, Rgb{0, 0, 0});
-    const auto placeAt = [&](int x, int y) {
-        return colors.place(values[std::size_t(y) * std::size_t(width) + std::size_t(x)]);
-    };
+    const auto placeAt = [&](int x, int y) { return colors.place(values[std::size_t(y) * std::size_t(width) + std::size_t(x)]); };
     const auto step = [&](double place) { return static_cast<int>(std::floor(place * (colors.isolines + 1))); };
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {

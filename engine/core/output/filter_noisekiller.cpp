@@ -113,8 +113,8 @@ struct Window {
     float k2;
 };
 
-/// Rows [y0, y1) of the result. For each offset of the window the distances of single pixels are summed over the patches by running
-/// sums, first along the rows, then down the columns.
+/// Rows [y0, y1) of the result. For each offset of the window the distances of single pixels are summed over the patches by
+/// running sums, first along the rows, then down the columns.
 void filterBand(const Guide& guide, int y0, int y1, const Window& window, float* out) {
     const int width = guide.width;
     const int height = guide.height;
@@ -191,15 +191,17 @@ void filterNoiseKiller(const node::Node& node, Picture& picture) {
     const Guide guide = makeGuide(image, relativeVariances(picture.film, picture.view));
     constexpr int kBand = 32;
     std::atomic<bool> failed{false};
-    parallelRows((image.height + kBand - 1) / kBand, [&](int band) {
-        const int y0 = band * kBand;
-        float* const out = image.values.data() + 3 * std::size_t(y0) * std::size_t(image.width);
-        try {
-            filterBand(guide, y0, std::min(image.height, y0 + kBand), window, out);
-        } catch (const std::bad_alloc&) {
-            failed = true;
-        }
-    }, 1);
+    parallelRows((image.height + kBand - 1) / kBand,
+                 [&](int band) {
+                     const int y0 = band * kBand;
+                     float* const out = image.values.data() + 3 * std::size_t(y0) * std::size_t(image.width);
+                     try {
+                         filterBand(guide, y0, std::min(image.height, y0 + kBand), window, out);
+                     } catch (const std::bad_alloc&) {
+                         failed = true;
+                     }
+                 },
+                 1);
     if (failed) throw std::bad_alloc();
 }
 

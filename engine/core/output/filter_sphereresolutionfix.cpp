@@ -1,13 +1,13 @@
-// A pixel of a picture of the whole sphere spans an angle along its parallel that shrinks with the cosine of its latitude. Each row
-// is averaged along the parallel over 1 / cos(latitude) pixels, the angle that a pixel has at the equator.
+// A pixel of a picture of the whole sphere spans an angle along its parallel that shrinks with the cosine of its latitude. Each
+// row is averaged along the parallel over 1 / cos(latitude) pixels, the angle that a pixel has at the equator.
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
 #include "engine/common/log.h"
 #include "engine/core/output/parallel_rows.h"
-#include "engine/core/output/projections.h"
 #include "engine/core/output/picture.h"
+#include "engine/core/output/projections.h"
 
 namespace nemra::core {
 namespace {

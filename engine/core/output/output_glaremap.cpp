@@ -11,7 +11,8 @@ namespace {
 DisplayImage makeGlareMap(const Raw& raw, const node::Node& output, bool, int bits) {
     const GlareView view = glareViewOf(raw, output);
     const FalseColors colors = falseColorsOf(output, view.field.luminance);
-    const Canvas canvas = withLegend(drawGlare(view, colors, {output.boolean("number_sources"), output.boolean("outline_only")}), colors, "cd/m2");
+    const Canvas canvas =
+        withLegend(drawGlare(view, colors, {output.boolean("number_sources"), output.boolean("outline_only")}), colors, "cd/m2");
     return displayOf(canvas, bits);
 }
 

@@ -1,6 +1,7 @@
 // Pictures for a display that is described by its primaries and its curve.
 //
-// Perceptual quantiser: SMPTE ST 2084:2014, equation 5.2. Hybrid log-gamma: ITU-R BT.2100-2, table 5, on the linear value as scene light.
+// Perceptual quantiser: SMPTE ST 2084:2014, equation 5.2. Hybrid log-gamma: ITU-R BT.2100-2, table 5, on the linear value as
+// scene light.
 #include <algorithm>
 #include <array>
 #include <cmath>

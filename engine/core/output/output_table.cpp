@@ -1,5 +1,5 @@
-// Tables of what the filters of an output make of the channels, and of meta channels. Those of the sensor's channels alone come straight
-// from the result (table_text.h).
+// Tables of what the filters of an output make of the channels, and of meta channels. Those of the sensor's channels alone come
+// straight from the result (table_text.h).
 #include <algorithm>
 
 #include "engine/core/output/channel_values.h"
@@ -41,7 +41,8 @@ std::optional<std::string> makeTable(const Raw& raw, const node::Node& output, s
     if (format != "csv") return std::nullopt;
     TableLayout layout = tableLayoutOf(output);
     const auto& names = layout.channels;
-    const bool withMeta = std::any_of(names.begin(), names.end(), [&](const std::string& name) { return raw.hasMetaChannel(name); });
+    const bool withMeta =
+        std::any_of(names.begin(), names.end(), [&](const std::string& name) { return raw.hasMetaChannel(name); });
     if (output.list().empty() && !withMeta) return std::nullopt;
     const Raw shown = resultOf(channelValues(raw, output, {output.choice("quantity"), withMeta, false}, raw.isDraft()));
     layout.quantity = NEMRA_QUANTITY_RAW;  // they are in the wanted one by now

@@ -9,8 +9,8 @@
 
 namespace nemra::core {
 
-/// Calls work(row) for each row in [0, rows), from several threads, each for at least `least` rows. `work` must not throw, and rows
-/// must not touch each other.
+/// Calls work(row) for each row in [0, rows), from several threads, each for at least `least` rows. `work` must not throw, and
+/// rows must not touch each other.
 template <class Work>
 void parallelRows(int rows, Work&& work, int least = 16) {
     const int threads = std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, std::max(1, rows / least));

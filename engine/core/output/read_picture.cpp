@@ -42,7 +42,8 @@ std::optional<ReadPicture> readPicture(const node::Node& node, bool withAlpha) {
     const auto raw = rawFromImage(node);  // says what is wrong, if anything is
     if (!raw) return std::nullopt;
     const auto film = raw->film();
-    if (std::all_of(film->channels.begin(), film->channels.end(), [](const Channel& c) { return c.kind == ChannelKind::unknown; })) {
+    if (std::all_of(film->channels.begin(), film->channels.end(),
+                    [](const Channel& c) { return c.kind == ChannelKind::unknown; })) {
         log::warning(node.label(), "it holds numbers without colours; the picture is left out");
         return std::nullopt;
     }

@@ -38,9 +38,11 @@ TEST(Outputs, TablesOfFilteredAndOfMetaChannels) {
     };
     const auto twice = [] { return make("filter", "gain", {{"gain", number(2)}}); };
     EXPECT_EQ(filtered({{"channels", text("Y")}}, twice()), "x,y,Y [1]\n0,0,200.5\n1,0,202.5\n0,1,220.5\n1,1,222.5\n");
-    EXPECT_EQ(filtered({{"channels", text("Y")}, {"quantity", text("sensor_irradiance")}}, twice()).substr(0, 24), "x,y,Y [1]\n0,0,50.125\n1,0");
+    EXPECT_EQ(filtered({{"channels", text("Y")}, {"quantity", text("sensor_irradiance")}}, twice()).substr(0, 24),
+              "x,y,Y [1]\n0,0,50.125\n1,0");
     const NodeHandle half = make("filter", "resize", {{"size", text("pixels")}, {"width", integer(1)}, {"height", integer(1)}});
-    EXPECT_EQ(filtered({{"channels", text("Z,X")}, {"separator", text("semicolon")}}, half), "x;y;Z [1];X [1]\n0;0;205,75;5,75\n");
+    EXPECT_EQ(filtered({{"channels", text("Z,X")}, {"separator", text("semicolon")}}, half),
+              "x;y;Z [1];X [1]\n0;0;205,75;5,75\n");
     lighttest::Messages messages;
     EXPECT_EQ(filtered({{"channels", text("Y,W")}}, twice()), "nothing");
     EXPECT_TRUE(messages.mention("there is no channel \"W\""));
@@ -60,11 +62,13 @@ TEST(Outputs, FalseColorsRunFromTheSmallestToTheLargestValue) {
     const auto bare = picture({{"legend", flag(false)}});
     ASSERT_EQ(bare.width, 3);
     ASSERT_EQ(bare.height, 2);
-    EXPECT_EQ(code(bare, 0, 0), (core::Rgb{68, 1, 84}));    // ends of viridis
+    EXPECT_EQ(code(bare, 0, 0), (core::Rgb{68, 1, 84}));  // ends of viridis
     EXPECT_EQ(code(bare, 2, 1), (core::Rgb{253, 231, 37}));
-    const auto gray = picture({{"legend", flag(false)}, {"color_map", text("gray")}, {"value_range", text("fixed")}, {"maximum", number(20)}});
+    const auto gray =
+        picture({{"legend", flag(false)}, {"color_map", text("gray")}, {"value_range", text("fixed")}, {"maximum", number(20)}});
     EXPECT_EQ(code(gray, 1, 0)[0], 128);  // 10 of 20
-    const auto decades = picture({{"legend", flag(false)}, {"color_map", text("gray")}, {"axis", text("logarithmic")}, {"decades", number(2)}});
+    const auto decades =
+        picture({{"legend", flag(false)}, {"color_map", text("gray")}, {"axis", text("logarithmic")}, {"decades", number(2)}});
     EXPECT_EQ(code(decades, 0, 0)[0], 0);
     EXPECT_EQ(code(decades, 1, 1)[0], 128) << "20 of 2 to 200";
     const auto legend = picture({});
@@ -100,7 +104,9 @@ TEST(Outputs, CurvesOfSpecialDisplays) {
 
 TEST(Outputs, SpecialDisplaysAreTaggedWithTheirPrimariesWhereAProfileCan) {
     const auto shown = [](const Settings& settings, int bits = 8) {
-        const auto content = film(1, 1, xyzChannels(), [](int, int, int c) { return 0.5 * std::array{0.9505, 1.0, 1.089}[std::size_t(c)]; });
+        const auto content = film(1, 1, xyzChannels(), [](int, int, int c) {
+            return 0.5 * std::array{0.9505, 1.0, 1.089}[std::size_t(c)];
+        });
         return core::makeDisplayImage(*result(content, nullptr, make("output", "special", settings)), false, bits);
     };
     const auto usual = shown({});
@@ -123,7 +129,8 @@ TEST(Outputs, SpecialDisplaysAreTaggedWithTheirPrimariesWhereAProfileCan) {
 TEST(Outputs, LinksBelowOutputsAreReplacedByWhatTheyStandFor) {
     node::Scene scene;
     scene.nodes = {make("text", "default", {{"content", text("from the scene")}}, "heading")};
-    const NodeHandle report = lighttest::with(make("output", "glarereport", {}, "report"), "title", make("text", "linked", {{"node", text("heading")}}));
+    const NodeHandle report = lighttest::with(make("output", "glarereport", {}, "report"), "title",
+                                              make("text", "linked", {{"node", text("heading")}}));
     const NodeHandle camera = make("instrument", "idealrectcam");
     std::string why;
     ASSERT_TRUE(camera->setChild(report, why)) << why;
@@ -136,7 +143,8 @@ TEST(Outputs, LinksBelowOutputsAreReplacedByWhatTheyStandFor) {
 
 TEST(Outputs, BsdfTables) {
     const NodeHandle output = make("output", "bsdf", {{"spectral", text("channels")}});
-    const auto raw = result(film(2, 1, bands({500, 600}, 10), [](int x, int, int c) { return 0.1 * (x + 1) * (c + 1); }), nullptr, output);
+    const auto raw =
+        result(film(2, 1, bands({500, 600}, 10), [](int x, int, int c) { return 0.1 * (x + 1) * (c + 1); }), nullptr, output);
     EXPECT_EQ(written(*raw), "500 nm [sr^-1],0,1\n0,0.1,0.2\n\n600 nm [sr^-1],0,1\n0,0.2,0.4\n\n");
 }
 
