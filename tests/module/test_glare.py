@@ -20,8 +20,12 @@ EFFICACY = 683 * 106.857
 UGR = 11.9673
 SCENE = f"""<scene version="1" name="spheres" active_setup="default">
     <node family="material" type="generic" name="lamp">
-        <child slot="bsdf" type="lambertian"><child slot="reflectance" type="uniform"><parameter name="value" value="0"/></child></child>
-        <child slot="emitter" type="lambertian"><child slot="radiance" type="uniform"><parameter name="value" value="{2000 / EFFICACY}"/></child></child>
+        <child slot="bsdf" type="lambertian">
+            <child slot="reflectance" type="uniform"><parameter name="value" value="0"/></child>
+        </child>
+        <child slot="emitter" type="lambertian">
+            <child slot="radiance" type="uniform"><parameter name="value" value="{2000 / EFFICACY}"/></child>
+        </child>
     </node>
     <node family="setup" type="default" name="default">
         <child slot="instrument" type="idealrectcam" name="eye">
@@ -39,7 +43,9 @@ SCENE = f"""<scene version="1" name="spheres" active_setup="default">
             </item>
             <item type="glaremap" name="map"><parameter name="detection" value="mean_factor"/></item>
         </child>
-        <child slot="environment" type="uniform"><child slot="radiance" type="uniform"><parameter name="value" value="{50 / EFFICACY}"/></child></child>
+        <child slot="environment" type="uniform">
+            <child slot="radiance" type="uniform"><parameter name="value" value="{50 / EFFICACY}"/></child>
+        </child>
     </node>
     <sphere name="ball" radius="0.15" material="lamp"/>
     <instance geometry="ball"><transform>1 0 0 4 0 1 0 0 0 0 1 1.5 0 0 0 1</transform></instance>
@@ -161,7 +167,8 @@ def test_csv_lists_ratings_and_sources(raw):
     header = next(i for i, row in enumerate(rows) if row and row[0] == "source")
     table = [dict(zip(rows[header], row)) for row in rows[header + 1:]]
     assert [row["source"] for row in table] == ["1", "2"]
-    for row, solid_angle, index, right, up in zip(table, (0.003874391, 0.005772924), (2.197302, 2.756805), (0, -18.435), (20.556, 25.377)):
+    known = ((0.003874391, 2.197302, 0, 20.556), (0.005772924, 2.756805, -18.435, 25.377))
+    for row, (solid_angle, index, right, up) in zip(table, known):
         assert float(row["luminance [cd/m2]"]) == pytest.approx(2000, rel=2e-3)
         assert float(row["solid angle [sr]"]) == pytest.approx(solid_angle, rel=0.02)
         assert float(row["position index"]) == pytest.approx(index, abs=0.01)

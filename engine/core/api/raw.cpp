@@ -194,8 +194,7 @@ double nemraRawGetAutoRangeValue(nemra_raw_t* raw) {
 }
 
 double nemraRawGetUGR(nemra_raw_t* raw, int x1, int y1, int x2, int y2) {
-    return with("nemraRawGetUGR", raw, 0.0,
-                [&](const Raw& r) { return core::unifiedGlareRating(r, {x1, y1, x2, y2}); });
+    return with("nemraRawGetUGR", raw, 0.0, [&](const Raw& r) { return core::unifiedGlareRating(r, {x1, y1, x2, y2}); });
 }
 
 double nemraRawGetLightQuantity(nemra_raw_t* raw, int channel, int x, int y, int quantity) {

@@ -1,6 +1,6 @@
-// Colours that stand for numbers, sRGB codes of 0 to 255, evenly spaced from the lowest value to the highest. viridis and inferno: van der
-// Walt and Smith (2015), dedicated to the public domain (CC0). turbo: Mikhailov (2019), Apache licence 2.0. Each sampled at 33 places,
-// between which a straight line stays within 2 codes of the original's 256.
+// Colours that stand for numbers, sRGB codes of 0 to 255, evenly spaced from the lowest value to the highest. viridis and
+// inferno: van der Walt and Smith (2015), dedicated to the public domain (CC0). turbo: Mikhailov (2019), Apache licence 2.0. Each
+// sampled at 33 places, between which a straight line stays within 2 codes of the original's 256.
 #include "engine/core/data/tables.h"
 
 namespace nemra::core::data {

@@ -14,9 +14,9 @@ struct PositionIndex {
     std::string excluded;  ///< why there is none
 };
 
-/// Table 4.1 of CIE 117:1995, linear between its entries in T/R and H/R. None beyond the table, next to one of its empty cells (the
-/// brow hides the source) and below the line of sight. `radius` is that of the source, radians: one whose middle lies below the
-/// line of sight by less than that counts as on it.
+/// Table 4.1 of CIE 117:1995, linear between its entries in T/R and H/R. None beyond the table, next to one of its empty cells
+/// (the brow hides the source) and below the line of sight. `radius` is that of the source, radians: one whose middle lies below
+/// the line of sight by less than that counts as on it.
 PositionIndex tableIndex(const Vec3& direction, double radius);
 
 /// Closed forms. Above the line of sight that of the IES Lighting Handbook after Levin (1975):

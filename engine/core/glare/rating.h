@@ -12,9 +12,9 @@ struct GlareRating {
     /// Unified glare rating, CIE 117:1995: 8 lg(0.25 / Lb sum of L^2 omega / p^2). Minus infinity without a source that counts;
     /// not a number without a background.
     double ugr = 0.0;
-    /// Daylight glare probability, Wienold and Christoffersen, "Evaluation methods and development of a new glare prediction model
-    /// for daylight environments with the use of CCD cameras", Energy and Buildings 38(7), 2006:
-    /// 5.87e-5 Ev + 9.18e-2 lg(1 + sum of L^2 omega / (Ev^1.87 p^2)) + 0.16, with the closed forms of p, at most 1.
+    /// Daylight glare probability, Wienold and Christoffersen, "Evaluation methods and development of a new glare prediction
+    /// model for daylight environments with the use of CCD cameras", Energy and Buildings 38(7), 2006: 5.87e-5 Ev + 9.18e-2 lg(1
+    /// + sum of L^2 omega / (Ev^1.87 p^2)) + 0.16, with the closed forms of p, at most 1.
     double dgp = 0.0;
 };
 
@@ -23,8 +23,8 @@ struct GlareRating {
 GlareRating rateGlare(const VisualField& field, const GlareSources& found, const GlareSearch& search);
 
 /// The unified glare rating of the sources in a part of the picture, which is clamped to it; as rateGlare gives it, and not a
-/// number, after a warning, where the result doesn't allow it. The rule for sources is that of the result's output if it is one of
-/// the glare classes, else that of an untouched glarereport.
+/// number, after a warning, where the result doesn't allow it. The rule for sources is that of the result's output if it is one
+/// of the glare classes, else that of an untouched glarereport.
 double unifiedGlareRating(const Raw& raw, const PixelRange& range);
 
 }  // namespace nemra::core

@@ -74,7 +74,8 @@ std::vector<std::string> notesOf(const GlareView& view, const node::Node& report
         notes.push_back("Excluded sources don't count in the unified glare rating, nor do they belong to the background.");
     }
     if (view.rating.covered < 0.99) {
-        notes.push_back("What the picture doesn't show of the hemisphere before the eye counts with the background's mean luminance.");
+        notes.push_back(
+            "What the picture doesn't show of the hemisphere before the eye counts with the background's mean luminance.");
     }
     if (report.boolean("dgp") && (view.rating.dgp < 0.2 || view.rating.dgp > 0.8 || view.rating.verticalIlluminance < 380.0)) {
         notes.push_back("The daylight glare probability is meant for 0.2 to 0.8 and at least 380 lx at the eye.");
@@ -82,8 +83,9 @@ std::vector<std::string> notesOf(const GlareView& view, const node::Node& report
     return notes;
 }
 
-constexpr std::array<const char*, 12> kColumns{"source", "x", "y", "luminance", "largest luminance", "solid angle", "illuminance",
-                                               "right", "up", "position index", "share", "remark"};
+constexpr std::array<const char*, 12> kColumns{"source",      "x",           "y",     "luminance", "largest luminance",
+                                               "solid angle", "illuminance", "right", "up",        "position index",
+                                               "share",       "remark"};
 constexpr std::array<const char*, 12> kUnits{"", "pixels", "pixels", "cd/m2", "cd/m2", "sr", "lx", "deg", "deg", "", "%", ""};
 
 std::string remarkOf(const GlareSource& source) {
@@ -99,7 +101,8 @@ std::string remarkOf(const GlareSource& source) {
 
 std::vector<std::array<std::string, kColumns.size()>> rowsOf(const GlareView& view) {
     const auto weight = [](const GlareSource& source) {
-        return source.index.value ? source.luminance * source.luminance * source.solidAngle / std::pow(*source.index.value, 2) : 0.0;
+        return source.index.value ? source.luminance * source.luminance * source.solidAngle / std::pow(*source.index.value, 2)
+                                  : 0.0;
     };
     double sum = 0.0;
     for (const GlareSource& source : view.found.sources) sum += weight(source);
@@ -108,8 +111,9 @@ std::vector<std::array<std::string, kColumns.size()>> rowsOf(const GlareView& vi
         const GlareSource& source = view.found.sources[i];
         const Vec3& d = source.direction;
         rows.push_back({std::to_string(i + 1), fixed(source.x, 1), fixed(source.y, 1), significant(source.luminance, 5),
-                        significant(source.largestLuminance, 5), significant(source.solidAngle, 5), significant(source.illuminance, 5),
-                        fixed(std::atan2(d[0], d[2]) / kDegree, 2), fixed(std::asin(std::clamp(d[1], -1.0, 1.0)) / kDegree, 2),
+                        significant(source.largestLuminance, 5), significant(source.solidAngle, 5),
+                        significant(source.illuminance, 5), fixed(std::atan2(d[0], d[2]) / kDegree, 2),
+                        fixed(std::asin(std::clamp(d[1], -1.0, 1.0)) / kDegree, 2),
                         source.index.value ? fixed(*source.index.value, 3) : "-",
                         sum > 0.0 ? fixed(100.0 * weight(source) / sum, 1) : "-", remarkOf(source)});
     }
@@ -124,11 +128,20 @@ std::string escaped(std::string_view text) {
     std::string result;
     for (const char letter : text) {
         switch (letter) {
-            case '&': result += "&amp;"; break;
-            case '<': result += "&lt;"; break;
-            case '>': result += "&gt;"; break;
-            case '"': result += "&quot;"; break;
-            default: result += letter;
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            case '"':
+                result += "&quot;";
+                break;
+            default:
+                result += letter;
         }
     }
     return result;
@@ -150,7 +163,9 @@ std::string base64(const std::vector<char>& bytes) {
     return text;
 }
 
-std::string padded(const std::string& text, std::size_t width) { return text + std::string(width - std::min(width, text.size()), ' '); }
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - std::min(width, text.size()), ' ');
+}
 
 }  // namespace
 
@@ -182,7 +197,7 @@ std::string glareText(const GlareView& view, const node::Node& report, const std
 }
 
 std::string glareCsv(const GlareView& view, const node::Node& report, const std::string& title) {
-    CsvText csv(CsvStyle{});
+    CsvText csv;
     csv.cell("title").cell(title).endLine();
     for (const Fact& fact : factsOf(view, report)) {
         csv.cell(fact.unit.empty() ? fact.name : fact.name + " [" + fact.unit + "]").cell(fact.value).endLine();
@@ -199,13 +214,14 @@ std::string glareCsv(const GlareView& view, const node::Node& report, const std:
     return csv.take();
 }
 
-std::string glareHtml(const GlareView& view, const node::Node& report, const std::string& title, const std::vector<char>& picture) {
-    std::string page =
-        "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" + escaped(title) +
-        "</title>\n<style>\nbody { font-family: sans-serif; margin: 2em; }\nimg { max-width: 100%; }\n"
-        "table { border-collapse: collapse; margin: 1em 0; }\nth, td { border: 1px solid #999; padding: 0.2em 0.6em; text-align: left; }\n"
-        "</style>\n</head>\n<body>\n<h1>" +
-        escaped(title) + "</h1>\n<table>\n";
+std::string glareHtml(const GlareView& view, const node::Node& report, const std::string& title,
+                      const std::vector<char>& picture) {
+    std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" + escaped(title) +
+                       "</title>\n<style>\nbody { font-family: sans-serif; margin: 2em; }\nimg { max-width: 100%; }\n"
+                       "table { border-collapse: collapse; margin: 1em 0; }\nth, td { border: 1px solid #999; padding: 0.2em "
+                       "0.6em; text-align: left; }\n"
+                       "</style>\n</head>\n<body>\n<h1>" +
+                       escaped(title) + "</h1>\n<table>\n";
     for (const Fact& fact : factsOf(view, report)) {
         page += "<tr><th>" + escaped(fact.name) + "</th><td>" + escaped(fact.value) +
                 (fact.unit.empty() ? "" : " " + escaped(fact.unit)) + "</td></tr>\n";

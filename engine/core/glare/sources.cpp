@@ -171,9 +171,8 @@ GlareSources findGlareSources(const VisualField& field, const GlareSearch& searc
     for (GlareSource& source : sources) rate(source, search);
     std::vector<int> order(sources.size());
     std::iota(order.begin(), order.end(), 0);
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
-        return weightOf(sources[std::size_t(a)]) > weightOf(sources[std::size_t(b)]);
-    });
+    std::stable_sort(order.begin(), order.end(),
+                     [&](int a, int b) { return weightOf(sources[std::size_t(a)]) > weightOf(sources[std::size_t(b)]); });
     std::vector<int> place(sources.size());
     for (std::size_t i = 0; i < order.size(); ++i) {
         place[std::size_t(order[i])] = static_cast<int>(i);

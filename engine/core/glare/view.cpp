@@ -51,7 +51,8 @@ Canvas drawGlare(const GlareView& view, const FalseColors& colors, const GlareMa
         const std::string number = std::to_string(i + 1);
         const int width = letterCount(number) * kLetterWidth * dot;
         const int left = std::clamp(int(source.x) - width / 2, dot, std::max(dot, canvas.width() - width));
-        const int top = std::clamp(int(source.y) - kLetterHeight * dot / 2, dot, std::max(dot, canvas.height() - kLineHeight * dot));
+        const int top =
+            std::clamp(int(source.y) - kLetterHeight * dot / 2, dot, std::max(dot, canvas.height() - kLineHeight * dot));
         canvas.label(left, top, dot, number, kNumber, kRim);
     }
     return canvas;

@@ -30,6 +30,7 @@ Canvas drawGlare(const GlareView& view, const FalseColors& colors, const GlareMa
 /// Reports. `title` is one line; the page holds `picture`, a PNG file.
 std::string glareText(const GlareView& view, const node::Node& report, const std::string& title);
 std::string glareCsv(const GlareView& view, const node::Node& report, const std::string& title);
-std::string glareHtml(const GlareView& view, const node::Node& report, const std::string& title, const std::vector<char>& picture);
+std::string glareHtml(const GlareView& view, const node::Node& report, const std::string& title,
+                      const std::vector<char>& picture);
 
 }  // namespace nemra::core

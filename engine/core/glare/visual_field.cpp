@@ -1,5 +1,6 @@
 #include "engine/core/glare/visual_field.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/core/output/parallel_rows.h"
@@ -43,8 +44,8 @@ std::optional<VisualField> makeVisualField(const Raw& raw, std::string& why) {
         why = instrument ? "the pixels of this instrument have no directions" : "the result has no instrument";
         return std::nullopt;
     }
-    const auto quantity = instrument->findParameter("quantity").spec ? instrument->choice("quantity") : "scene_radiance";
-    if (quantity != "scene_radiance") {
+    const auto& provided = raw.quantities();
+    if (std::find(provided.begin(), provided.end(), NEMRA_QUANTITY_SCENE_RADIANCE) == provided.end()) {
         why = "the pixels don't hold luminances";
         return std::nullopt;
     }

@@ -11,9 +11,6 @@ Canvas::Canvas(int width, int height, Rgb color)
     fill(0, 0, width, height, color);
 }
 
-Canvas::Canvas(int width, int height, std::vector<unsigned char> codes)
-    : width_(width), height_(height), codes_(std::move(codes)) {}
-
 Rgb Canvas::at(int x, int y) const {
     const unsigned char* const code = codes_.data() + 3 * (std::size_t(y) * std::size_t(width_) + std::size_t(x));
     return {code[0], code[1], code[2]};
@@ -37,9 +34,8 @@ void Canvas::copy(const Canvas& other, int left, int top) {
 }
 
 void Canvas::text(int left, int top, int dot, std::string_view line, Rgb color) {
-    forEachDot(line, [&](int x, int y) {
-        fill(left + x * dot, top + y * dot, left + (x + 1) * dot, top + (y + 1) * dot, color);
-    });
+    forEachDot(line,
+               [&](int x, int y) { fill(left + x * dot, top + y * dot, left + (x + 1) * dot, top + (y + 1) * dot, color); });
 }
 
 void Canvas::label(int left, int top, int dot, std::string_view line, Rgb color, Rgb rim) {

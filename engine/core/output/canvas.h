@@ -14,8 +14,6 @@ using Rgb = std::array<std::uint8_t, 3>;
 class Canvas {
 public:
     Canvas(int width, int height, Rgb color);
-    /// Takes over codes that fit the size.
-    Canvas(int width, int height, std::vector<unsigned char> codes);
 
     int width() const noexcept { return width_; }
     int height() const noexcept { return height_; }
@@ -29,7 +27,7 @@ public:
     /// The same with a rim, readable on any ground.
     void label(int left, int top, int dot, std::string_view line, Rgb color, Rgb rim);
 
-    std::vector<unsigned char>& codes() noexcept { return codes_; }
+    const std::vector<unsigned char>& codes() const noexcept { return codes_; }
 
 private:
     int width_, height_;

@@ -107,6 +107,10 @@ void blur(float* values, int width, int height, int components, double sigma, bo
     if (!(sigma > 0.0)) return;
     constexpr double kLargestExact = 24.0;
     const bool draft = fast && sigma >= 1.0;
+    const std::size_t count = std::size_t(width) * std::size_t(height) * std::size_t(components);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!std::isfinite(values[i])) values[i] = 0.0F;  // one such number would spoil its surroundings
+    }
     if (!draft && sigma <= kLargestExact) {
         convolve(values, width, height, components, gaussianKernel(sigma, std::max(width, height)));
         return;

@@ -7,8 +7,8 @@ namespace nemra::core {
 
 using PointSpread = std::function<double(double)>;
 
-/// The total glare equation of CIE 135/1 (Vos and van den Berg, "Report on disability glare", CIE Collection 135, 1999), from 0 to
-/// 100 degrees. Age in years; pigmentation 0 for black to 1.2 for very light blue eyes.
+/// The total glare equation of CIE 135/1 (Vos and van den Berg, "Report on disability glare", CIE Collection 135, 1999), from 0
+/// to 100 degrees. Age in years; pigmentation 0 for black to 1.2 for very light blue eyes.
 PointSpread cieGlare(double age, double pigmentation);
 
 /// Spencer, Shirley, Zimmerman, Greenberg, "Physically-Based Glare Effects for Digital Images", SIGGRAPH 1995, for 568 nm.

@@ -29,8 +29,8 @@ Rgb between(const double (*colors)[3], int count, double place) {
 std::vector<double> ticksOf(const FalseColors& colors) {
     std::vector<double> ticks;
     if (colors.logarithmic) {
-        for (double exponent = std::ceil(std::log10(colors.minimum) - 1.0e-9); std::pow(10.0, exponent) <= colors.maximum * 1.0000001;
-             exponent += 1.0) {
+        for (double exponent = std::ceil(std::log10(colors.minimum) - 1.0e-9);
+             std::pow(10.0, exponent) <= colors.maximum * 1.0000001; exponent += 1.0) {
             ticks.push_back(std::pow(10.0, exponent));
         }
         if (ticks.size() >= 2) return ticks;
@@ -42,7 +42,10 @@ std::vector<double> ticksOf(const FalseColors& colors) {
     for (const double factor : {2.0, 5.0, 10.0}) {
         if (range / step > 5.5) step = factor * coarse;
     }
-    for (double tick = std::ceil(colors.minimum / step - 1.0e-9) * step; tick <= colors.maximum + 1.0e-9 * range; tick += step) {
+    const double first = std::ceil(colors.minimum / step - 1.0e-9) * step;
+    constexpr int kMostTicks = 12;  // an end where steps vanish beside the values
+    for (int i = 0; i < kMostTicks && first + i * step <= colors.maximum + 1.0e-9 * range; ++i) {
+        const double tick = first + i * step;
         ticks.push_back(std::abs(tick) < 1.0e-9 * step ? 0.0 : tick);
     }
     return ticks;
@@ -59,7 +62,8 @@ Rgb mapColor(std::string_view map, double place) {
 }
 
 double FalseColors::place(double value) const noexcept {
-    const double at = logarithmic ? std::log(value / minimum) / std::log(maximum / minimum) : (value - minimum) / (maximum - minimum);
+    const double at =
+        logarithmic ? std::log(value / minimum) / std::log(maximum / minimum) : (value - minimum) / (maximum - minimum);
     return at > 0.0 ? std::min(at, 1.0) : 0.0;
 }
 
@@ -97,9 +101,7 @@ FalseColors falseColorsOf(const node::Node& node, const std::vector<float>& valu
 
 Canvas colorValues(const std::vector<float>& values, int width, int height, const FalseColors& colors) {
     Canvas canvas(width, height, Rgb{0, 0, 0});
-    const auto placeAt = [&](int x, int y) {
-        return colors.place(values[std::size_t(y) * std::size_t(width) + std::size_t(x)]);
-    };
+    const auto placeAt = [&](int x, int y) { return colors.place(values[std::size_t(y) * std::size_t(width) + std::size_t(x)]); };
     const auto step = [&](double place) { return static_cast<int>(std::floor(place * (colors.isolines + 1))); };
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -140,6 +142,12 @@ Canvas withLegend(const Canvas& picture, const FalseColors& colors, const std::s
         canvas.text(left + bar + gap, y - kLetterHeight * dot / 2, dot, significant(tick, 4), kInk);
     }
     return canvas;
+}
+
+DisplayImage displayOf(const Canvas& canvas, int bits) {
+    DisplayImage display{canvas.width(), canvas.height(), "srgb", 0.0, {}, bits};
+    for (const unsigned char code : canvas.codes()) display.append(code / 255.0);
+    return display;
 }
 
 std::string significant(double value, int digits) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/core/output/canvas.h"
+#include "engine/core/output/picture.h"
 #include "engine/node/node.h"
 
 namespace nemra::core {
@@ -34,6 +35,9 @@ Canvas colorValues(const std::vector<float>& values, int width, int height, cons
 
 /// The picture with a scale to its right if the colours ask for one; `unit` stands on top of it.
 Canvas withLegend(const Canvas& picture, const FalseColors& colors, const std::string& unit);
+
+/// Codes of sRGB.
+DisplayImage displayOf(const Canvas& canvas, int bits);
 
 /// With so many significant digits, by a decimal point; without zeros at the end.
 std::string significant(double value, int digits);

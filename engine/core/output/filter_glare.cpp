@@ -1,6 +1,6 @@
-// The light that the eye scatters: the picture convolved with a point-spread function of the eye, whose integral over all directions is
-// made 1. Pixels count as equally large, as the one in the middle of the image; what is scattered from outside the image is missing,
-// and what is scattered out of it is lost.
+// The light that the eye scatters: the picture convolved with a point-spread function of the eye, whose integral over all
+// directions is made 1. Pixels count as equally large, as the one in the middle of the image; what is scattered from outside the
+// image is missing, and what is scattered out of it is lost.
 #include <cmath>
 #include <numbers>
 

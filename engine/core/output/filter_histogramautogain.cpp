@@ -1,14 +1,14 @@
 // Method "percentile": the factor that brings a percentile of the luminances to a display value.
 //
-// Method "adjustment": Ward, Rushmeier, Piatko, "A Visibility Matching Tone Reproduction Operator for High Dynamic Range Scenes", IEEE
-// Trans. Visualization and Computer Graphics 3(4), 1997, with the linear ceiling of its section 4.3: the cumulative distribution
-// P of ln L becomes ln Ld = ln Ldmin + (ln Ldmax - ln Ldmin) P(ln L), where the counts of the histogram are cut at
+// Method "adjustment": Ward, Rushmeier, Piatko, "A Visibility Matching Tone Reproduction Operator for High Dynamic Range Scenes",
+// IEEE Trans. Visualization and Computer Graphics 3(4), 1997, with the linear ceiling of its section 4.3: the cumulative
+// distribution P of ln L becomes ln Ld = ln Ldmin + (ln Ldmax - ln Ldmin) P(ln L), where the counts of the histogram are cut at
 // T db / (ln Ldmax - ln Ldmin) until less than 2.5 % of the T counts is cut, so that no contrast grows beyond the scene's own. A
 // scene with less range than the display is scaled by one factor. The histogram is that of means over one degree, about what the
 // fovea sees, where the instrument tells how large a pixel is.
 #include <algorithm>
-#include <numeric>
 #include <numbers>
+#include <numeric>
 
 #include "engine/core/output/projection.h"
 #include "engine/core/output/tone.h"

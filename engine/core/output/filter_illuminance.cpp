@@ -1,4 +1,5 @@
 // Illuminance of a diffuse surface from its luminance: E = pi L / rho (Lambert, "Photometria", 1760).
+#include <algorithm>
 #include <numbers>
 
 #include "engine/core/output/picture.h"
@@ -6,14 +7,11 @@
 namespace nemra::core {
 namespace {
 
-/// Instruments whose pixels hold what arrives at a surface, which a photometric sensor has in lux already.
+/// Whether the pixels hold what arrives at a surface, which a photometric sensor has in lux already.
 bool measuresIrradiance(const Picture& picture) {
-    const auto instrument = picture.raw ? picture.raw->instrument() : nullptr;
-    if (!instrument) return false;
-    const std::string& type = instrument->type();
-    if (type.starts_with("irrad") || type == "materialirrad") return true;
-    if (type == "lightmap") return instrument->choice("quantity") != "radiance";
-    return (type == "imported" || type == "defaultrawinstrument") && instrument->choice("quantity") == "scene_irradiance";
+    if (!picture.raw) return false;
+    const auto& provided = picture.raw->quantities();
+    return std::find(provided.begin(), provided.end(), NEMRA_QUANTITY_SCENE_IRRADIANCE) != provided.end();
 }
 
 void filterIlluminance(const node::Node& node, Picture& picture) {

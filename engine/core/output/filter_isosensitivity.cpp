@@ -1,5 +1,5 @@
-// Exposure of a digital camera by ISO 12232:2019: a luminance L exposes the sensor with H = q L t / N^2 (lx s), and the speed S by
-// saturation is 78 lx s / Hsat. So the display value, 1 for saturation, is q L t S / (78 N^2).
+// Exposure of a digital camera by ISO 12232:2019: a luminance L exposes the sensor with H = q L t / N^2 (lx s), and the speed S
+// by saturation is 78 lx s / Hsat. So the display value, 1 for saturation, is q L t S / (78 N^2).
 #include "engine/core/output/picture.h"
 
 namespace nemra::core {

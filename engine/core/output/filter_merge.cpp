@@ -9,7 +9,7 @@ namespace nemra::core {
 namespace {
 
 void filterMerge(const node::Node& node, Picture& picture) {
-    const auto other = readPicture(*node.child("image"));
+    const auto other = readPicture(*node.child("image"), false);
     if (!other) return;  // it has said why
     XyzImage& image = picture.image;
     if (other->image.width != image.width || other->image.height != image.height) {

@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <new>
 
 #include "engine/common/log.h"
 #include "engine/core/output/parallel_rows.h"
@@ -101,43 +102,74 @@ float distance(const Guide& guide, std::size_t p, std::size_t q, float k2) {
         const float vq = guide.variance[q][c];
         sum += (difference * difference - (vp + std::min(vp, vq))) / (kEpsilon + k2 * (vp + vq));
     }
-    return sum / 3.0F;
+    // Beyond this a patch has no weight anyway, and running sums would lose all digits.
+    constexpr float kMost = 1.0e4F;
+    return std::clamp(sum / 3.0F, -kMost, kMost);
 }
 
-/// One row of the result: weights are summed over the window, patches column by column.
-void filterRow(const Guide& guide, int y, int search, int patch, float k2, float* out) {
+struct Window {
+    int search;
+    int patch;
+    float k2;
+};
+
+/// Rows [y0, y1) of the result. For each offset of the window the distances of single pixels are summed over the patches by
+/// running sums, first along the rows, then down the columns.
+void filterBand(const Guide& guide, int y0, int y1, const Window& window, float* out) {
     const int width = guide.width;
-    std::vector<float> column(static_cast<std::size_t>(width));  // sums over the patch's rows of the distance at each x
-    std::vector<float> weights(std::size_t(width), 0.0F);
-    std::fill_n(out, 3 * width, 0.0F);
-    for (int dy = std::max(-search, -y); dy <= std::min(search, guide.height - 1 - y); ++dy) {
-        const int top = std::max({-patch, -y, -(y + dy)});
-        const int bottom = std::min({patch, guide.height - 1 - y, guide.height - 1 - y - dy});
-        for (int dx = -search; dx <= search; ++dx) {
+    const int height = guide.height;
+    const auto row = static_cast<std::size_t>(width);
+    std::vector<float> across(row * static_cast<std::size_t>(y1 - y0 + 2 * window.patch));
+    std::vector<float> single(row);
+    std::vector<double> column(row);
+    std::vector<float> weights(row * static_cast<std::size_t>(y1 - y0), 0.0F);
+    std::fill_n(out, 3 * weights.size(), 0.0F);
+    for (int dy = -window.search; dy <= window.search; ++dy) {
+        const int top = std::max({y0 - window.patch, 0, -dy});
+        const int bottom = std::min({y1 + window.patch, height, height - dy});
+        if (top >= bottom) continue;
+        for (int dx = -window.search; dx <= window.search; ++dx) {
             const int first = std::max(0, -dx);
             const int last = std::min(width, width - dx);
             if (first >= last) continue;
-            for (int x = first; x < last; ++x) {
-                float sum = 0.0F;
-                for (int r = top; r <= bottom; ++r) sum += distance(guide, guide.at(x, y + r), guide.at(x + dx, y + dy + r), k2);
-                column[std::size_t(x)] = sum;
+            for (int y = top; y < bottom; ++y) {
+                for (int x = first; x < last; ++x) {
+                    single[std::size_t(x)] = distance(guide, guide.at(x, y), guide.at(x + dx, y + dy), window.k2);
+                }
+                float* const sums = across.data() + row * std::size_t(y - top);
+                double running = 0.0;
+                for (int x = first; x < std::min(last, first + window.patch); ++x) running += single[std::size_t(x)];
+                for (int x = first; x < last; ++x) {
+                    if (x + window.patch < last) running += single[std::size_t(x + window.patch)];
+                    if (x - window.patch - 1 >= first) running -= single[std::size_t(x - window.patch - 1)];
+                    sums[x] = static_cast<float>(running);
+                }
             }
-            double running = 0.0;
-            for (int x = first; x < std::min(last, first + patch); ++x) running += column[std::size_t(x)];
-            for (int x = first; x < last; ++x) {
-                if (x + patch < last) running += column[std::size_t(x + patch)];
-                if (x - patch - 1 >= first) running -= column[std::size_t(x - patch - 1)];
-                const int columns = std::min(last - 1, x + patch) - std::max(first, x - patch) + 1;
-                const double mean = running / (double(columns) * (bottom - top + 1));
-                const float weight = std::exp(-static_cast<float>(std::max(0.0, mean)));
-                const auto& value = guide.value[guide.at(x + dx, y + dy)];
-                for (std::size_t c = 0; c < 3; ++c) out[3 * std::size_t(x) + c] += weight * value[c];
-                weights[std::size_t(x)] += weight;
+            std::fill(column.begin(), column.end(), 0.0);
+            const auto take = [&](int y, double sign) {
+                const float* const sums = across.data() + row * std::size_t(y - top);
+                for (int x = first; x < last; ++x) column[std::size_t(x)] += sign * sums[x];
+            };
+            int from = top;  // the rows [from, to) are in the columns' sums
+            int to = top;
+            for (int y = std::max(y0, -dy); y < std::min(y1, height - dy); ++y) {
+                while (to < std::min(bottom, y + window.patch + 1)) take(to++, 1.0);
+                while (from < y - window.patch) take(from++, -1.0);
+                float* const sum = out + 3 * row * std::size_t(y - y0);
+                float* const weight = weights.data() + row * std::size_t(y - y0);
+                for (int x = first; x < last; ++x) {
+                    const int columns = std::min(last - 1, x + window.patch) - std::max(first, x - window.patch) + 1;
+                    const double mean = column[std::size_t(x)] / (double(columns) * (to - from));
+                    const float share = std::exp(-static_cast<float>(std::max(0.0, mean)));
+                    const auto& value = guide.value[guide.at(x + dx, y + dy)];
+                    for (std::size_t c = 0; c < 3; ++c) sum[3 * std::size_t(x) + c] += share * value[c];
+                    weight[x] += share;
+                }
             }
         }
     }
-    for (int x = 0; x < width; ++x) {
-        for (std::size_t c = 0; c < 3; ++c) out[3 * std::size_t(x) + c] /= weights[std::size_t(x)];
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        for (std::size_t c = 0; c < 3; ++c) out[3 * i + c] /= weights[i];
     }
 }
 
@@ -151,17 +183,26 @@ void filterNoiseKiller(const node::Node& node, Picture& picture) {
     }
     if (node.choice("outliers") == "limit") limitOutliers(image, node.real("outlier_factor"));
     const auto k = static_cast<float>(node.real("strength"));
-    int search = node.integer("search_radius");
-    int patch = node.integer("patch_radius");
+    Window window{node.integer("search_radius"), node.integer("patch_radius"), k * k};
     if (picture.fast) {
-        search = std::min(search, 3);
-        patch = std::min(patch, 1);
+        window.search = std::min(window.search, 3);
+        window.patch = std::min(window.patch, 1);
     }
     const Guide guide = makeGuide(image, relativeVariances(picture.film, picture.view));
-    parallelRows(image.height, [&](int y) {
-        float* const out = image.values.data() + 3 * std::size_t(y) * std::size_t(image.width);
-        filterRow(guide, y, search, patch, k * k, out);
-    });
+    constexpr int kBand = 32;
+    std::atomic<bool> failed{false};
+    parallelRows((image.height + kBand - 1) / kBand,
+                 [&](int band) {
+                     const int y0 = band * kBand;
+                     float* const out = image.values.data() + 3 * std::size_t(y0) * std::size_t(image.width);
+                     try {
+                         filterBand(guide, y0, std::min(image.height, y0 + kBand), window, out);
+                     } catch (const std::bad_alloc&) {
+                         failed = true;
+                     }
+                 },
+                 1);
+    if (failed) throw std::bad_alloc();
 }
 
 const bool kKnown = filterClasses().add("noisekiller", filterNoiseKiller);

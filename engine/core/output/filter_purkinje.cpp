@@ -1,15 +1,17 @@
 // Kirk and O'Brien, "Perceptually Based Tone Mapping for Low-Light Conditions", ACM Transactions on Graphics 30(4), 2011, after
-// Cao, Pokorny, Smith and Zele, "Rod Contributions to Color Perception", Vision Research 48(26), 2008: rods send their signal through
-// the pathways of the cones, whose gains fall with the light that the eye is adapted to.
+// Cao, Pokorny, Smith and Zele, "Rod Contributions to Color Perception", Vision Research 48(26), 2008: rods send their signal
+// through the pathways of the cones, whose gains fall with the light that the eye is adapted to.
 //
 // Cone signals q (trolands) are those of Smith and Pokorny (1975), scaled to a peak sensitivity of 1; qR is the scotopic signal.
 //   g = 1 / sqrt(1 + 0.33 (q + kappa qR)),  kappa = 0.25 for L and M, 0.4 for S
 //   W = 0.619 gL / 0.637 + 0.381 gM / 0.392
-//   d(M - L) = x kappa (1.111 gM / 0.392 - 0.939 gL / 0.637) qR,   d(S - L - M) = y (0.4 gS / 1.606 - 0.15 W) qR,   d(L + M) = z W qR
-// x, y and z are free in the model. Here z is such that an equal-energy white keeps its luminance when only the rods see it, and x
-// and y are such that what the rods see then is a bluish grey near (0.21, 0.24).
+//   d(M - L) = x kappa (1.111 gM / 0.392 - 0.939 gL / 0.637) qR,   d(S - L - M) = y (0.4 gS / 1.606 - 0.15 W) qR,   d(L + M) = z
+//   W qR
+// x, y and z are free in the model. Here z is such that an equal-energy white keeps its luminance when only the rods see it, and
+// x and y are such that what the rods see then is a bluish grey near (0.21, 0.24).
 //
-// Trolands are luminance times the area of the pupil in mm2, with the diameter 4.9 - 3 tanh(0.4 log10 L) mm (Moon and Spencer 1944).
+// Trolands are luminance times the area of the pupil in mm2, with the diameter 4.9 - 3 tanh(0.4 log10 L) mm (Moon and Spencer
+// 1944).
 #include <algorithm>
 #include <array>
 #include <cmath>

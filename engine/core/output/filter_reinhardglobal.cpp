@@ -1,5 +1,5 @@
-// Reinhard, Stark, Shirley, Ferwerda, "Photographic Tone Reproduction for Digital Images", ACM Transactions on Graphics 21(3), 2002,
-// equation 4: with L = key / (log-average luminance) times luminance, and Lwhite scaled alike,
+// Reinhard, Stark, Shirley, Ferwerda, "Photographic Tone Reproduction for Digital Images", ACM Transactions on Graphics 21(3),
+// 2002, equation 4: with L = key / (log-average luminance) times luminance, and Lwhite scaled alike,
 //   Ld = L (1 + L / Lwhite^2) / (1 + L).
 #include "engine/core/output/tone.h"
 

@@ -1,5 +1,5 @@
-// Reinhard, Stark, Shirley, Ferwerda, "Photographic Tone Reproduction for Digital Images", ACM Transactions on Graphics 21(3), 2002,
-// equations 5 to 9. With L = key / (log-average luminance) times luminance, surroundings of scale s (pixels) are
+// Reinhard, Stark, Shirley, Ferwerda, "Photographic Tone Reproduction for Digital Images", ACM Transactions on Graphics 21(3),
+// 2002, equations 5 to 9. With L = key / (log-average luminance) times luminance, surroundings of scale s (pixels) are
 //   V1(s) = L convolved with exp(-r^2 / (alpha s)^2) / (pi (alpha s)^2), alpha = 1 / (2 sqrt 2); V2(s) = V1(1.6 s)
 //   V(s) = (V1 - V2) / (2^phi key / s^2 + V1)
 // and Ld = L / (1 + V1(sm)) with sm the largest scale up to which |V| stays below epsilon.

@@ -1,9 +1,11 @@
 // Tristimulus values and the scotopic luminance 1700 lm/W times the integral of V' times spectral radiance (CIE 1951).
 //
-// An aged lens: the matching functions belong to an observer of 32 years (CIE S 026:2018), and an eye of another age differs from it
-// by the factor 10^(D(32) - D(age)), with the optical density of the ocular media of CIE 203:2012 (van de Kraats and van Norren,
-// "Optical Density of the Aging Human Ocular Media", JOSA A 24(7), 2007). Only its terms that change with age matter here:
-//   D(age) = age^2 (0.000031 (400 / nm)^4 - 0.000063 * 2.13 exp(-(0.029 (nm - 370))^2) + 0.000186 * 11.95 exp(-(0.021 (nm - 325))^2)
+// An aged lens: the matching functions belong to an observer of 32 years (CIE S 026:2018), and an eye of another age differs from
+// it by the factor 10^(D(32) - D(age)), with the optical density of the ocular media of CIE 203:2012 (van de Kraats and van
+// Norren, "Optical Density of the Aging Human Ocular Media", JOSA A 24(7), 2007). Only its terms that change with age matter
+// here:
+//   D(age) = age^2 (0.000031 (400 / nm)^4 - 0.000063 * 2.13 exp(-(0.029 (nm - 370))^2) + 0.000186 * 11.95 exp(-(0.021 (nm -
+//   325))^2)
 //            + 0.000132 * 1.43 exp(-(0.008 (nm - 325))^2)) + what stays.
 #include <cmath>
 

@@ -1,13 +1,13 @@
-// A pixel of a picture of the whole sphere spans an angle along its parallel that shrinks with the cosine of its latitude. Each row
-// is averaged along the parallel over 1 / cos(latitude) pixels, the angle that a pixel has at the equator.
+// A pixel of a picture of the whole sphere spans an angle along its parallel that shrinks with the cosine of its latitude. Each
+// row is averaged along the parallel over 1 / cos(latitude) pixels, the angle that a pixel has at the equator.
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
 #include "engine/common/log.h"
 #include "engine/core/output/parallel_rows.h"
-#include "engine/core/output/projections.h"
 #include "engine/core/output/picture.h"
+#include "engine/core/output/projections.h"
 
 namespace nemra::core {
 namespace {
@@ -17,7 +17,9 @@ void averageRow(float* row, int width, int components, double span, bool closed)
     std::vector<double> sums(std::size_t(width) + 1);
     for (int c = 0; c < components; ++c) {
         const auto cell = [&](int x) -> float& { return row[std::size_t(x) * std::size_t(components) + std::size_t(c)]; };
-        for (int x = 0; x < width; ++x) sums[std::size_t(x) + 1] = sums[std::size_t(x)] + double(cell(x));
+        for (int x = 0; x < width; ++x) {
+            sums[std::size_t(x) + 1] = sums[std::size_t(x)] + (std::isfinite(cell(x)) ? double(cell(x)) : 0.0);
+        }
         const double total = sums.back();
         // Integral of the row from its left edge to a place, which lies in the next turn if it is beyond an edge.
         const auto integral = [&](double place) {

@@ -21,17 +21,21 @@ struct Overlay {
     std::vector<float> alpha;
 };
 
-std::vector<std::string> linesOf(const std::string& text) {
+/// As many lines and bytes of them as fit.
+std::vector<std::string> linesOf(const std::string& text, int most, int letters) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    for (std::string line; int(lines.size()) < most && std::getline(stream, line);) {
+        lines.push_back(line.substr(0, std::size_t(letters)));
+    }
     return lines;
 }
 
-/// `lineHeight` pixels from one line to the next, in whole pixels per dot.
-Overlay textOverlay(const std::string& text, double lineHeight, const node::Xyz& color) {
+/// `lineHeight` pixels from one line to the next, in whole pixels per dot; no larger than the picture by more than a letter.
+Overlay textOverlay(const std::string& text, double lineHeight, const node::Xyz& color, const XyzImage& picture) {
     const int dot = std::max(1, static_cast<int>(std::lround(lineHeight / kLineHeight)));
-    const std::vector<std::string> lines = linesOf(text);
+    const std::vector<std::string> lines =
+        linesOf(text, picture.height / (kLineHeight * dot) + 1, picture.width / (kLetterWidth * dot) + 1);
     int letters = 0;
     for (const std::string& line : lines) letters = std::max(letters, letterCount(line));
     Overlay overlay{letters * kLetterWidth * dot, int(lines.size()) * kLineHeight * dot, {}, {}};
@@ -53,7 +57,7 @@ Overlay textOverlay(const std::string& text, double lineHeight, const node::Xyz&
 }
 
 Overlay pictureOverlay(const node::Node& node, double height) {
-    auto picture = readPicture(node);
+    auto picture = readPicture(node, true);
     if (!picture || picture->image.values.empty()) return {};
     const XyzImage& image = picture->image;
     Overlay overlay;
@@ -73,7 +77,7 @@ void filterWatermark(const node::Node& node, Picture& picture) {
         overlay = pictureOverlay(*node.child("image"), size);
     } else {
         overlay = textOverlay(textOf(*node.child("text"), picture.raw), size,
-                              node::toXyz(node.color("color")).value_or(node::Xyz{0.9505, 1.0, 1.089}));
+                              node::toXyz(node.color("color")).value_or(node::Xyz{0.9505, 1.0, 1.089}), image);
     }
     const int margin = static_cast<int>(std::lround(0.01 * node.real("margin") * image.height));
     const std::string& place = node.choice("place");

@@ -9,18 +9,18 @@
 namespace nemra::core {
 namespace {
 
-DisplayImage makeChannelImage(const Raw& raw, const node::Node& output, bool fast) {
+DisplayImage makeChannelImage(const Raw& raw, const node::Node& output, bool fast, int bits) {
     const ChannelValues values = channelValues(raw, output, {output.choice("quantity"), true, true}, fast);
     const std::string& name = output.text("channel");
     const Plane* const channel = values.find(name);
     if (!channel) throw std::runtime_error(name.empty() ? "the result has no channels" : "there is no channel \"" + name + "\"");
     const FalseColors colors = falseColorsOf(output, channel->values);
     const std::string title = channel->unit.empty() ? channel->name : channel->name + " " + channel->unit;
-    Canvas canvas = withLegend(colorValues(channel->values, values.width, values.height, colors), colors, title);
-    return {canvas.width(), canvas.height(), "srgb", 0.0, std::move(canvas.codes())};
+    const Canvas canvas = withLegend(colorValues(channel->values, values.width, values.height, colors), colors, title);
+    return displayOf(canvas, bits);
 }
 
-constexpr std::array<const char*, 1> kFormats{"png"};
+constexpr std::array<const char*, 2> kFormats{"png", "jpg"};
 const bool kKnown = addDisplayClass("channelimage", makeChannelImage);
 const bool kFormatsKnown = outputClasses().add("channelimage", [] { return std::span<const char* const>(kFormats); });
 

@@ -8,14 +8,15 @@
 namespace nemra::core {
 namespace {
 
-DisplayImage makeGlareMap(const Raw& raw, const node::Node& output, bool) {
+DisplayImage makeGlareMap(const Raw& raw, const node::Node& output, bool, int bits) {
     const GlareView view = glareViewOf(raw, output);
     const FalseColors colors = falseColorsOf(output, view.field.luminance);
-    Canvas canvas = withLegend(drawGlare(view, colors, {output.boolean("number_sources"), output.boolean("outline_only")}), colors, "cd/m2");
-    return {canvas.width(), canvas.height(), "srgb", 0.0, std::move(canvas.codes())};
+    const Canvas canvas =
+        withLegend(drawGlare(view, colors, {output.boolean("number_sources"), output.boolean("outline_only")}), colors, "cd/m2");
+    return displayOf(canvas, bits);
 }
 
-constexpr std::array<const char*, 1> kFormats{"png"};
+constexpr std::array<const char*, 2> kFormats{"png", "jpg"};
 const bool kKnown = addDisplayClass("glaremap", makeGlareMap);
 const bool kFormatsKnown = outputClasses().add("glaremap", [] { return std::span<const char* const>(kFormats); });
 

@@ -23,9 +23,9 @@ Canvas picture(const GlareView& view) {
     return withLegend(drawGlare(view, colors, {true, true}), colors, "cd/m2");
 }
 
-DisplayImage asDisplay(Canvas canvas) { return {canvas.width(), canvas.height(), "srgb", 0.0, std::move(canvas.codes())}; }
-
-DisplayImage makeGlarePicture(const Raw& raw, const node::Node& output, bool) { return asDisplay(picture(glareViewOf(raw, output))); }
+DisplayImage makeGlarePicture(const Raw& raw, const node::Node& output, bool, int bits) {
+    return displayOf(picture(glareViewOf(raw, output)), bits);
+}
 
 std::optional<std::string> makeGlareReport(const Raw& raw, const node::Node& output, std::string_view format) {
     if (format != "html" && format != "txt" && format != "csv") return std::nullopt;
@@ -34,7 +34,7 @@ std::optional<std::string> makeGlareReport(const Raw& raw, const node::Node& out
     if (title.empty()) title = "Glare";
     if (format == "txt") return glareText(view, output, title);
     if (format == "csv") return glareCsv(view, output, title);
-    return glareHtml(view, output, title, encodePng(asDisplay(picture(view))));
+    return glareHtml(view, output, title, encodePng(displayOf(picture(view), 8)));
 }
 
 constexpr std::array<const char*, 3> kFormats{"html", "txt", "csv"};

@@ -3,16 +3,17 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <thread>
 #include <vector>
 
 namespace nemra::core {
 
-/// Calls work(row) for each row in [0, rows), from several threads. `work` must not throw, and rows must not touch each other.
-/// A thread is worth its start from `perThread` rows on.
+/// Calls work(row) for each row in [0, rows), from several threads, each for at least `least` rows. `work` must not throw, and
+/// rows must not touch each other.
 template <class Work>
-void parallelRows(int rows, Work&& work, int perThread = 16) {
-    const int threads = std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, std::max(1, rows / perThread));
+void parallelRows(int rows, Work&& work, int least = 16) {
+    const int threads = std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, std::max(1, rows / least));
     std::atomic<int> next{0};
     const auto run = [&] {
         for (int row = next++; row < rows; row = next++) work(row);

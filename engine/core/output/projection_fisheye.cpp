@@ -40,7 +40,8 @@ private:
 };
 
 std::unique_ptr<Projection> ofFisheyecam(const node::Node& instrument, int width, int height) {
-    return fisheye(instrument.choice("projection"), instrument.real("fov"), instrument.choice("fit") == "diagonal", width, height);
+    return fisheye(instrument.choice("projection"), instrument.real("fov"), instrument.choice("fit") == "diagonal", width,
+                   height);
 }
 
 const bool kKnown = addProjection("fisheyecam", ofFisheyecam);

@@ -16,8 +16,8 @@ public:
     std::optional<Vec3> direction(double x, double y) const override {
         const double longitude = longitudes_ * (x / width_ - 0.5);
         const double rise = 0.5 - y / height_;
-        const double latitude = equalArea_ ? std::asin(std::clamp(2.0 * rise * std::sin(0.5 * latitudes_), -1.0, 1.0))
-                                           : latitudes_ * rise;
+        const double latitude =
+            equalArea_ ? std::asin(std::clamp(2.0 * rise * std::sin(0.5 * latitudes_), -1.0, 1.0)) : latitudes_ * rise;
         return Vec3{std::cos(latitude) * std::sin(longitude), std::sin(latitude), std::cos(latitude) * std::cos(longitude)};
     }
 

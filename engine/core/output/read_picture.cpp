@@ -1,6 +1,6 @@
 #include "engine/core/output/read_picture.h"
 
-#include <string>
+#include <algorithm>
 
 #include "engine/common/log.h"
 #include "engine/core/image/image_node.h"
@@ -9,37 +9,31 @@ namespace nemra::core {
 
 namespace {
 
-/// The picture as a result, or null with the reason in `why`.
-std::shared_ptr<Raw> rawOf(const node::Node& image, std::string& why) {
-    const log::Capture capture([&](const log::Message& message) {
-        if (message.level == NEMRA_LOG_ERROR) why = message.text;
-    });
-    return rawFromImage(image);
+/// Rows from the top; empty for a picture without opacity.
+std::vector<float> alphaOf(const Raw& raw) {
+    const int channel = raw.channelIndex("A");
+    if (channel < 0) return {};
+    const auto view = raw.view();
+    std::vector<float> alpha;
+    for (int y = 0; y < view->height; ++y) {
+        for (int x = 0; x < view->width; ++x) alpha.push_back(static_cast<float>(view->at(channel, x, y, NEMRA_QUANTITY_RAW)));
+    }
+    return alpha;
 }
 
 }  // namespace
 
-std::optional<ReadPicture> readPicture(const node::Node& image) {
-    const auto refused = [&](const std::string& why) {
-        log::warning(image.label(), why + "; the picture is left out");
-        return std::nullopt;
-    };
-    std::string why;
-    const auto raw = rawOf(image, why);
-    if (!raw) return refused(why);
+std::optional<ReadPicture> readPicture(const node::Node& node, bool withAlpha) {
+    const auto raw = rawFromImage(node);  // says what is wrong, if anything is
+    if (!raw) return std::nullopt;
     const auto film = raw->film();
-    const auto view = raw->view();
-    const bool hasColors =
-        referenceChannel(*film) >= 0 || (!film->channels.empty() && film->channels.front().kind == ChannelKind::spectral);
-    if (!hasColors) return refused("its numbers stand for no colours");
-    ReadPicture picture{toXyz(*film, *view, "cie1931_2deg"), {}};
-    if (const int alpha = raw->channelIndex("A"); alpha >= 0) {
-        for (int y = 0; y < view->height; ++y) {
-            for (int x = 0; x < view->width; ++x) {
-                picture.alpha.push_back(static_cast<float>(view->at(alpha, x, y, NEMRA_QUANTITY_RAW)));
-            }
-        }
+    if (std::all_of(film->channels.begin(), film->channels.end(),
+                    [](const Channel& c) { return c.kind == ChannelKind::unknown; })) {
+        log::warning(node.label(), "it holds numbers without colours; the picture is left out");
+        return std::nullopt;
     }
+    ReadPicture picture{toXyz(*film, *raw->view(), "cie1931_2deg"), {}};
+    if (withAlpha) picture.alpha = alphaOf(*raw);
     return picture;
 }
 

@@ -9,12 +9,12 @@
 namespace nemra::core {
 
 struct ReadPicture {
-    XyzImage image;            ///< Y = 1 for white (179 in Radiance pictures, whiteLuminance in OpenEXR), times the node's scale
-    std::vector<float> alpha;  ///< per pixel, 0 to 1; empty: opaque
+    XyzImage image;            ///< Y = 1, times the node's scale, for white
+    std::vector<float> alpha;  ///< per pixel, rows from the top, 0 to 1; empty: opaque
 };
 
-/// The picture of a node of the family image: numbers in the node, or a PNG, JPEG, OpenEXR or Radiance file. None after one
-/// warning that names the node.
-std::optional<ReadPicture> readPicture(const node::Node& image);
+/// The picture of a node of the family image, with its opacity if `withAlpha` and it has one. None after one message that
+/// names the node.
+std::optional<ReadPicture> readPicture(const node::Node& image, bool withAlpha);
 
 }  // namespace nemra::core

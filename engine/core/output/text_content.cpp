@@ -12,8 +12,8 @@ namespace {
 std::string number(double value, double steps) { return node::toText(std::round(value * steps) / steps); }
 
 std::map<std::string, std::string, std::less<>> facts(const Raw* raw) {
-    std::map<std::string, std::string, std::less<>> known{{"version", kVersionText}, {"instrument", ""}, {"output", ""}, {"width", ""},
-                                                          {"height", ""},            {"spp", ""},        {"time", ""}};
+    std::map<std::string, std::string, std::less<>> known{
+        {"version", kVersionText}, {"instrument", ""}, {"output", ""}, {"width", ""}, {"height", ""}, {"spp", ""}, {"time", ""}};
     if (!raw) return known;
     if (const auto instrument = raw->instrument()) known["instrument"] = instrument->name();
     if (const auto output = raw->output()) known["output"] = output->name();

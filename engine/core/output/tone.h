@@ -20,7 +20,8 @@ void mapLuminance(XyzImage& image, Curve&& curve) {
     for (std::size_t i = 0; i + 2 < image.values.size(); i += 3) {
         const double luminance = image.values[i + 1];
         const double factor = luminance > 0.0 && std::isfinite(luminance) ? curve(luminance) / luminance : 0.0;
-        for (std::size_t c = 0; c < 3; ++c) image.values[i + c] = factor > 0.0 ? static_cast<float>(image.values[i + c] * factor) : 0.0F;
+        for (std::size_t c = 0; c < 3; ++c)
+            image.values[i + c] = factor > 0.0 ? static_cast<float>(image.values[i + c] * factor) : 0.0F;
     }
 }
 

@@ -32,9 +32,6 @@ public:
         return std::get<std::vector<char>>(bytes_);
     }
 
-    auto begin() const noexcept { return span().begin(); }
-    auto end() const noexcept { return span().end(); }
-
 private:
     std::variant<std::vector<char>, Buffer> bytes_;
 };

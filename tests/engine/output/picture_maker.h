@@ -30,8 +30,8 @@ inline Channels xyzChannels() {
 inline Channels bands(const std::vector<double>& centres, double width) {
     Channels channels;
     for (const double nm : centres) {
-        channels.push_back({std::to_string(int(nm)) + " nm", core::ChannelKind::spectral, nm * 1e-9, width * 1e-9,
-                            "W.m^-2.sr^-1.nm^-1"});
+        channels.push_back(
+            {std::to_string(int(nm)) + " nm", core::ChannelKind::spectral, nm * 1e-9, width * 1e-9, "W.m^-2.sr^-1.nm^-1"});
     }
     return channels;
 }
@@ -39,8 +39,8 @@ inline Channels bands(const std::vector<double>& centres, double width) {
 using Values = std::function<double(int x, int y, int channel)>;
 
 /// A film whose pixels have those means over `samples` samples, each with that variance of the reference channel.
-inline std::shared_ptr<core::Film> film(int width, int height, Channels channels, const Values& values,
-                                        std::uint32_t samples = 4, const std::function<double(int, int)>& variance = nullptr) {
+inline std::shared_ptr<core::Film> film(int width, int height, Channels channels, const Values& values, std::uint32_t samples = 4,
+                                        const std::function<double(int, int)>& variance = nullptr) {
     auto film = std::make_shared<core::Film>();
     film->width = width;
     film->height = height;
@@ -96,7 +96,8 @@ struct Filtered {
     std::shared_ptr<core::Raw> raw;
     core::Picture picture;
 
-    explicit Filtered(std::shared_ptr<core::Film> content, const std::shared_ptr<const node::Node>& camera = nullptr, bool fast = false)
+    explicit Filtered(std::shared_ptr<core::Film> content, const std::shared_ptr<const node::Node>& camera = nullptr,
+                      bool fast = false)
         : film(std::move(content)),
           view(std::make_shared<core::LightView>(core::makeLightView(*film, false))),
           raw(result(film, camera)),

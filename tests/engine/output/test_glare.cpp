@@ -79,8 +79,10 @@ double ugrOf(double background, const std::vector<std::array<double, 4>>& source
 TEST(Glare, WorkedExamplesOfTheUnifiedRating) {
     EXPECT_NEAR(ugrOf(25, {{1000, 0.01, 1, 1}}), 16.0, 1e-9);
     constexpr double kRound = 15915.5;
-    EXPECT_NEAR(ugrOf(47.75, {{kRound, 0.00804, 13.15, 1}, {kRound, 0.00125, 2.86, 1}, {kRound, 0.00242, 12.85, 2}, {kRound, 0.00079, 3.23, 2}}),
-                21.62, 0.005);
+    EXPECT_NEAR(
+        ugrOf(47.75,
+              {{kRound, 0.00804, 13.15, 1}, {kRound, 0.00125, 2.86, 1}, {kRound, 0.00242, 12.85, 2}, {kRound, 0.00079, 3.23, 2}}),
+        21.62, 0.005);
     EXPECT_NEAR(ugrOf(47.75, {{6484.6, 0.000486, 1.26, 1}}), 14.6, 0.05);
     EXPECT_NEAR(ugrOf(47.75, {{6484.6, 0.005763, 2.35, 1}}), 18.89, 0.005);
     EXPECT_EQ(ugrOf(50, {}), -std::numeric_limits<double>::infinity());
@@ -95,14 +97,16 @@ std::pair<double, double> coverage(const core::Projection& projection, int width
         for (int x = 0; x < width; ++x) {
             const double solidAngle = core::solidAngle(projection, x, y);
             whole += solidAngle;
-            if (const auto direction = projection.direction(x + 0.5, y + 0.5)) projected += solidAngle * std::max(0.0, (*direction)[2]);
+            if (const auto direction = projection.direction(x + 0.5, y + 0.5))
+                projected += solidAngle * std::max(0.0, (*direction)[2]);
         }
     }
     return {whole, projected};
 }
 
 TEST(Glare, SolidAnglesOfEachProjectionFillItsField) {
-    const auto perspective = core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}}), 64, 64);
+    const auto perspective =
+        core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}}), 64, 64);
     EXPECT_NEAR(coverage(*perspective, 64, 64).first, 4 * std::numbers::pi / 6, 1e-9) << "the face of a cube";
     for (const char* kind : {"equidistant", "equisolid", "stereographic", "orthographic"}) {
         const auto fisheye = core::fisheye(kind, 180, false, 300, 200);
@@ -121,14 +125,16 @@ TEST(Glare, SolidAnglesOfEachProjectionFillItsField) {
 }
 
 TEST(Glare, ProjectionsAreThoseOfTheCameras) {
-    const NodeHandle film35 = make("instrument", "stdcam", {{"width", integer(36)}, {"height", integer(24)}, {"focal_length", number(18)}});
+    const NodeHandle film35 =
+        make("instrument", "stdcam", {{"width", integer(36)}, {"height", integer(24)}, {"focal_length", number(18)}});
     const auto raw = result(film(36, 24, xyzChannels(), [](int, int, int) { return 1.0; }), film35);
     const auto projection = core::projectionOf(*raw);
     ASSERT_TRUE(projection);
     const Vec3 corner = *projection->direction(36, 0);
     EXPECT_NEAR(corner[0] / corner[2], 1.0, 1e-9) << "half of 36 mm at 18 mm, to the right";
     EXPECT_NEAR(corner[1] / corner[2], 12.0 / 18.0, 1e-9) << "upwards";
-    EXPECT_FALSE(core::projectionOf(*result(film(2, 2, xyzChannels(), [](int, int, int) { return 1.0; }), make("instrument", "orthocam"))));
+    EXPECT_FALSE(core::projectionOf(
+        *result(film(2, 2, xyzChannels(), [](int, int, int) { return 1.0; }), make("instrument", "orthocam"))));
 }
 
 /// A luminous sphere, as seen: its direction and angular radius.
@@ -146,7 +152,8 @@ bool isNear(const Vec3& direction, const std::vector<Ball>& balls) {
     constexpr double kPixel = 0.05;  // more than any pixel of these tests
     for (const Ball& ball : balls) {
         const double angle = std::asin(std::min(1.0, ball.radius / core::length(ball.centre)));
-        if (core::dot(core::normalized(ball.centre), direction) > std::cos(std::min(std::numbers::pi, angle + kPixel))) return true;
+        if (core::dot(core::normalized(ball.centre), direction) > std::cos(std::min(std::numbers::pi, angle + kPixel)))
+            return true;
     }
     return false;
 }
@@ -193,10 +200,12 @@ std::pair<GlareSources, GlareRating> rate(const VisualField& field, const GlareS
 // source's diameter is 15 pixels of the fisheye and 18 of the perspective.
 TEST(Glare, TwoLuminousSpheres) {
     const std::vector<Ball> balls{{{0, 1.5, 4}, 0.15, 2000}, {{-1, 1.5, 3}, 0.15, 2000}};
-    const auto perspective = core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}}), 480, 480);
+    const auto perspective =
+        core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}}), 480, 480);
     const auto fisheye = core::fisheye("equisolid", 180, false, 640, 640);
     const auto sphere = core::sphere(false, 180, 180, 640, 640);
-    for (const auto& [projection, size] : {std::pair{perspective.get(), 480}, std::pair{fisheye.get(), 640}, std::pair{sphere.get(), 640}}) {
+    for (const auto& [projection, size] :
+         {std::pair{perspective.get(), 480}, std::pair{fisheye.get(), 640}, std::pair{sphere.get(), 640}}) {
         const VisualField field = look(*projection, size, size, 50, balls);
         const auto [found, rating] = rate(field, searchAbove(300));
         ASSERT_EQ(found.sources.size(), 2U) << size;
@@ -227,7 +236,8 @@ TEST(Glare, TwoLuminousSpheres) {
 // Pictures may be coarse: a diameter of five pixels is enough for the same rating.
 TEST(Glare, CoarsePicturesRateAlike) {
     const std::vector<Ball> balls{{{0, 1.5, 4}, 0.15, 2000}, {{-1, 1.5, 3}, 0.15, 2000}};
-    const auto perspective = core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}}), 160, 160);
+    const auto perspective =
+        core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}}), 160, 160);
     EXPECT_NEAR(rate(look(*perspective, 160, 160, 50, balls), searchAbove(300)).second.ugr, 11.9673, 0.15);
 }
 
@@ -240,7 +250,8 @@ TEST(Glare, SphereInASphericalRoom) {
         Vec3 centre;
         double background, ugr;
     };
-    for (const Case& c : {Case{{0, 0.6, 2}, 8.415532, 28.3884}, Case{{0, 1.0, 2.5}, 8.423260, 25.1263}, Case{{-0.8, 0.8, 1.5}, 8.414986, 25.5365}}) {
+    for (const Case& c : {Case{{0, 0.6, 2}, 8.415532, 28.3884}, Case{{0, 1.0, 2.5}, 8.423260, 25.1263},
+                          Case{{-0.8, 0.8, 1.5}, 8.414986, 25.5365}}) {
         const VisualField field = look(*fisheye, 700, 700, 8.4340608, {{c.centre, kRadius, luminance}});
         const auto [found, rating] = rate(field, searchAbove(100));
         EXPECT_NEAR(rating.background / c.background, 1.0, 0.003);
@@ -279,7 +290,8 @@ TEST(Glare, ThresholdsOfTheThreeRules) {
 }
 
 TEST(Glare, MergingIsByTheAngleBetweenNearestPixels) {
-    const auto perspective = core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(60)}}), 300, 300);
+    const auto perspective =
+        core::perspectiveWithSquarePixels(*make("instrument", "idealrectcam", {{"horizontal_fov", number(60)}}), 300, 300);
     const auto spot = [](double degrees) {
         return Ball{{std::sin(degrees * kDegree), 0.1 * std::cos(degrees * kDegree), std::cos(degrees * kDegree)}, 0.017, 5000};
     };
@@ -317,7 +329,8 @@ TEST(Glare, JoiningIsThatOfAllPairs) {
                 for (const std::size_t q : pixels) {
                     const int dx = std::abs(int(p % 60) - int(q % 60));
                     const int dy = std::abs(int(p / 60) - int(q / 60));
-                    const double between = 2 * std::asin(std::min(1.0, 0.5 * core::length(field.directionOf(p) - field.directionOf(q))));
+                    const double between =
+                        2 * std::asin(std::min(1.0, 0.5 * core::length(field.directionOf(p) - field.directionOf(q))));
                     if ((std::max(dx, dy) > 1 && between > angle * kDegree) || root[q] <= root[p]) continue;
                     root[q] = root[p];
                     changed = true;
@@ -333,7 +346,8 @@ TEST(Glare, JoiningIsThatOfAllPairs) {
 
 TEST(Glare, SourcesOutsideOfTheMethodAreRatedAndMarked) {
     const auto fisheye = core::fisheye("equidistant", 180, false, 500, 500);
-    const VisualField field = look(*fisheye, 500, 500, 10, {{{0, 0.9, 2}, 0.5, 5000}, {{-1, 0.3, 2}, 0.01, 5000}, {{0.5, -1, 2}, 0.1, 5000}});
+    const VisualField field =
+        look(*fisheye, 500, 500, 10, {{{0, 0.9, 2}, 0.5, 5000}, {{-1, 0.3, 2}, 0.01, 5000}, {{0.5, -1, 2}, 0.1, 5000}});
     GlareSearch search = searchAbove(500, true);
     search.mergeAngle = 0.0;
     const auto [found, rating] = rate(field, search);
@@ -349,14 +363,17 @@ TEST(Glare, SourcesOutsideOfTheMethodAreRatedAndMarked) {
 
 /// A result with the two spheres seen by a camera.
 std::shared_ptr<core::Raw> spheresSeen(const NodeHandle& output, int size = 240) {
-    const NodeHandle camera = make("instrument", "idealrectcam", {{"horizontal_fov", number(90)}, {"width", integer(size)}, {"height", integer(size)}}, "eye");
+    const NodeHandle camera = make("instrument", "idealrectcam",
+                                   {{"horizontal_fov", number(90)}, {"width", integer(size)}, {"height", integer(size)}}, "eye");
     const auto projection = core::perspectiveWithSquarePixels(*camera, size, size);
     const VisualField field = look(*projection, size, size, 50, {{{0, 1.5, 4}, 0.15, 2400}, {{-1, 1.5, 3}, 0.15, 2400}});
-    return result(film(size, size, xyzChannels(), [&](int x, int y, int) { return double(field.luminance[field.pixel(x, y)]); }), camera, output);
+    return result(film(size, size, xyzChannels(), [&](int x, int y, int) { return double(field.luminance[field.pixel(x, y)]); }),
+                  camera, output);
 }
 
 TEST(Glare, RatingOfAPartOfAResult) {
-    const NodeHandle report = make("output", "glarereport", {{"detection", text("mean_factor")}, {"position_index", text("formula")}});
+    const NodeHandle report =
+        make("output", "glarereport", {{"detection", text("mean_factor")}, {"position_index", text("formula")}});
     const auto raw = spheresSeen(report);
     const double brighter = 16 * std::log10(1.2);
     const auto rating = [&](const core::PixelRange& range) { return core::unifiedGlareRating(*raw, range); };
@@ -371,19 +388,23 @@ TEST(Glare, RatingOfAPartOfAResult) {
     EXPECT_EQ(rating({0, 200, 240, 240}), -std::numeric_limits<double>::infinity());
     EXPECT_EQ(rating({50, 50, 50, 50}), -std::numeric_limits<double>::infinity());
     lighttest::Messages messages;
-    EXPECT_TRUE(std::isnan(core::unifiedGlareRating(*result(film(4, 4, xyzChannels(), [](int, int, int) { return 1.0; }), nullptr), {0, 0, 4, 4})));
+    EXPECT_TRUE(std::isnan(
+        core::unifiedGlareRating(*result(film(4, 4, xyzChannels(), [](int, int, int) { return 1.0; }), nullptr), {0, 0, 4, 4})));
     EXPECT_TRUE(messages.mention("the result has no instrument"));
     core::Channel energy{"E", core::ChannelKind::energy, 0, 0, "W.m^-2.sr^-1"};
-    EXPECT_TRUE(std::isnan(core::unifiedGlareRating(*result(film(4, 4, {energy}, [](int, int, int) { return 1.0; }), raw->instrument()), {0, 0, 4, 4})));
+    EXPECT_TRUE(std::isnan(core::unifiedGlareRating(
+        *result(film(4, 4, {energy}, [](int, int, int) { return 1.0; }), raw->instrument()), {0, 0, 4, 4})));
     EXPECT_TRUE(messages.mention("energy"));
 }
 
 TEST(Glare, ReportsSayTheSameInEachFormat) {
-    const NodeHandle report = make("output", "glarereport", {{"detection", text("mean_factor")}, {"position_index", text("formula")}});
-    const auto raw = spheresSeen(lighttest::with(report, "title", make("text", "default", {{"content", text("Room <1> & {instrument}")}})));
+    const NodeHandle report =
+        make("output", "glarereport", {{"detection", text("mean_factor")}, {"position_index", text("formula")}});
+    const auto raw =
+        spheresSeen(lighttest::with(report, "title", make("text", "default", {{"content", text("Room <1> & {instrument}")}})));
     const auto written = [&](const char* format) {
         const auto bytes = core::encodeResult(*raw, format, "test");
-        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
+        return bytes ? std::string(bytes->span().begin(), bytes->span().end()) : std::string();
     };
     const std::string rating = "13.2";  // 11.967 + 16 lg 1.2
     EXPECT_NE(written("csv").find("Unified glare rating," + rating + "\n"), std::string::npos) << written("csv");

@@ -19,7 +19,8 @@ double sumOf(const Filtered& filtered) {
 }
 
 Filtered impulse(int width, int height, bool fast = false) {
-    return greys(width, height, [=](int x, int y) { return x == width / 2 && y == height / 2 ? 1.0 : 0.0; }, fast);
+    return greys(
+        width, height, [=](int x, int y) { return x == width / 2 && y == height / 2 ? 1.0 : 0.0; }, fast);
 }
 
 TEST(PictureFilters, BlurIsTheGaussianOverThePixels) {
@@ -47,8 +48,12 @@ TEST(PictureFilters, BlurIsTheGaussianOverThePixels) {
 
 TEST(PictureFilters, IlluminanceOfDiffuseSurfaces) {
     EXPECT_NEAR(greys(1, 1, [](int, int) { return 100.0; }).run(make("filter", "illuminance")).at(0, 0), 628.318531, 1e-3);
-    const NodeHandle floor = make("instrument", "irradorthoview");
-    Filtered measured(film(1, 1, xyzChannels(), [](int, int, int) { return 100.0; }), floor);
+    Filtered measured(film(1, 1, xyzChannels(), [](int, int, int) { return 100.0; }));
+    core::RawParts parts = measured.raw->parts();
+    parts.factors = {1.0};
+    parts.factors[NEMRA_QUANTITY_SCENE_IRRADIANCE] = 1.0;
+    const core::Raw lux(parts);
+    measured.picture.raw = &lux;
     EXPECT_NEAR(measured.run(make("filter", "illuminance")).at(0, 0), 100.0, 1e-4) << "lux already";
 }
 
@@ -61,7 +66,8 @@ TEST(PictureFilters, ResizeKernels) {
     // Twice as large: new pixels lie 0.25, 0.75 and 1.25 pixels from the lit one.
     const auto weights = [](const char* kernel) {
         auto filtered = impulse(21, 1);
-        filtered.run(make("filter", "resize", {{"size", text("pixels")}, {"width", integer(42)}, {"height", integer(1)}, {"kernel", text(kernel)}}));
+        filtered.run(make("filter", "resize",
+                          {{"size", text("pixels")}, {"width", integer(42)}, {"height", integer(1)}, {"kernel", text(kernel)}}));
         EXPECT_EQ(filtered.picture.image.width, 42);
         return std::array{filtered.at(21, 0), filtered.at(22, 0), filtered.at(23, 0)};
     };
@@ -106,9 +112,13 @@ TEST(PictureFilters, SphereResolutionIsThatOfTheEquator) {
 TEST(PictureFilters, DenoiserWeighsByThePapersDistance) {
     // Two pixels of 1 and 2, variance of their means 0.25: d2 = (1 - 0.5) / (k^2 0.5) = 1 with k = 1, so the weight is 1 / e.
     const auto filtered =
-        Filtered(film(2, 1, xyzChannels(), [](int x, int, int) { return x + 1.0; }, 4, [](int, int) { return 1.0; }))
+        Filtered(film(
+                     2, 1, xyzChannels(), [](int x, int, int) { return x + 1.0; }, 4, [](int, int) { return 1.0; }))
             .run(make("filter", "noisekiller",
-                      {{"strength", number(1)}, {"patch_radius", integer(0)}, {"search_radius", integer(1)}, {"outliers", text("keep")}}));
+                      {{"strength", number(1)},
+                       {"patch_radius", integer(0)},
+                       {"search_radius", integer(1)},
+                       {"outliers", text("keep")}}));
     EXPECT_NEAR(filtered.at(0, 0), 1.2689414, 1e-5);
     EXPECT_NEAR(filtered.at(1, 0), (2 + std::exp(-1.0)) / (1 + std::exp(-1.0)), 1e-5);
 }
@@ -130,7 +140,8 @@ TEST(PictureFilters, DenoiserTakesNoiseAndLeavesEdges) {
         return std::sqrt(squares / ((to - from) * kSize));
     };
     for (const bool fast : {false, true}) {
-        Filtered filtered(film(kSize, kSize, xyzChannels(), values, 16, [](int, int) { return 16 * kNoise * kNoise; }), nullptr, fast);
+        Filtered filtered(film(kSize, kSize, xyzChannels(), values, 16, [](int, int) { return 16 * kNoise * kNoise; }), nullptr,
+                          fast);
         filtered.run(make("filter", "noisekiller"));
         EXPECT_LT(error(filtered, 0, kSize), kNoise / (fast ? 1.8 : 3.0)) << fast;
         EXPECT_LT(error(filtered, kSize / 2 - 1, kSize / 2 + 1), kNoise / 1.5) << "the edge, fast " << fast;
@@ -138,8 +149,29 @@ TEST(PictureFilters, DenoiserTakesNoiseAndLeavesEdges) {
     }
 }
 
+// Pixels without any variance, such as a lamp, are infinitely far from others by that distance; sums over the patches behind them
+// must not suffer.
+TEST(PictureFilters, DenoiserWorksBesidePixelsWithoutVariance) {
+    const auto isLamp = [](int x, int y) { return x >= 8 && x < 12 && y >= 8 && y < 12; };
+    std::mt19937 random(11);
+    std::normal_distribution<double> normal(0.0, 0.1);
+    std::vector<double> noise(48 * 48);
+    for (double& value : noise) value = normal(random);
+    const auto values = [&](int x, int y, int) { return isLamp(x, y) ? 1.0e6 : 1.0 + noise[std::size_t(y * 48 + x)]; };
+    Filtered filtered(film(48, 48, xyzChannels(), values, 16, [&](int x, int y) { return isLamp(x, y) ? 0.0 : 0.16; }));
+    filtered.run(make("filter", "noisekiller", {{"outliers", text("keep")}}));
+    EXPECT_NEAR(filtered.at(10, 10), 1.0e6, 1.0);
+    double squares = 0.0;
+    for (int y = 20; y < 48; ++y) {
+        for (int x = 20; x < 48; ++x) squares += std::pow(filtered.at(x, y) - 1.0, 2);
+    }
+    EXPECT_LT(std::sqrt(squares / (28 * 28)), 0.1 / 3.0);
+}
+
 TEST(PictureFilters, DenoiserCutsLonePixelsButNotLamps) {
-    const auto values = [](int x, int y, int) { return (x == 5 && y == 5) || (x >= 20 && x < 24 && y >= 5 && y < 9) ? 1.0e4 : 1.0; };
+    const auto values = [](int x, int y, int) {
+        return (x == 5 && y == 5) || (x >= 20 && x < 24 && y >= 5 && y < 9) ? 1.0e4 : 1.0;
+    };
     Filtered filtered(film(32, 16, xyzChannels(), values, 4, [](int, int) { return 0.01; }));
     filtered.run(make("filter", "noisekiller"));
     EXPECT_LT(filtered.at(5, 5), 11.0);
@@ -148,8 +180,9 @@ TEST(PictureFilters, DenoiserCutsLonePixelsButNotLamps) {
 }
 
 NodeHandle withImage(const NodeHandle& filter, int width, int height, const std::vector<float>& pixels, double scale = 1.0) {
-    const NodeHandle image = make("image", "inline", {{"width", integer(width)}, {"height", integer(height)}, {"color_space", text("xyz")},
-                                                      {"scale", number(scale)}});
+    const NodeHandle image =
+        make("image", "inline",
+             {{"width", integer(width)}, {"height", integer(height)}, {"color_space", text("xyz")}, {"scale", number(scale)}});
     std::string why;
     if (!image->setRawSlot("pixels", {pixels}, why)) throw std::runtime_error(why);
     return lighttest::with(filter, "image", image);
@@ -176,7 +209,9 @@ TEST(PictureFilters, MergeCombinesPixelByPixel) {
 TEST(PictureFilters, WatermarkStandsInItsCorner) {
     const auto marked = [](const char* place) {
         const NodeHandle words = make("text", "default", {{"content", text("I{width}")}});
-        const NodeHandle filter = make("filter", "watermark", {{"place", text(place)}, {"size", number(20)}, {"margin", number(2)}, {"opacity", number(0.5)}});
+        const NodeHandle filter =
+            make("filter", "watermark",
+                 {{"place", text(place)}, {"size", number(20)}, {"margin", number(2)}, {"opacity", number(0.5)}});
         return greys(100, 50, [](int, int) { return 0.2; }).run(lighttest::with(filter, "text", words));
     };
     const auto lit = [](const Filtered& filtered, int x0, int y0, int x1, int y1) {
@@ -195,7 +230,9 @@ TEST(PictureFilters, WatermarkStandsInItsCorner) {
     for (int x = 75; x < 99; ++x) most = std::max(most, corner.at(x, 43));
     EXPECT_NEAR(most, 0.5 * 0.2 + 0.5 * 1.0, 1e-4);
     // A picture of 2 x 2 pixels, ten pixels high.
-    const NodeHandle logo = make("filter", "watermark", {{"content", text("image")}, {"place", text("center")}, {"size", number(20)}, {"opacity", number(1)}});
+    const NodeHandle logo =
+        make("filter", "watermark",
+             {{"content", text("image")}, {"place", text("center")}, {"size", number(20)}, {"opacity", number(1)}});
     auto stamped = greys(100, 50, [](int, int) { return 0.2; });
     stamped.run(withImage(logo, 2, 2, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}));
     EXPECT_EQ(lit(stamped, 0, 0, 100, 50), 100);

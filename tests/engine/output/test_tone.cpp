@@ -70,10 +70,12 @@ TEST(Tone, ReinhardLocalChoosesTheScaleByItsContrast) {
 TEST(Tone, IsoSensitivityPutsWhiteAtTheSaturationExposure) {
     EXPECT_NEAR(greys(1, 1, [](int, int) { return 4000.0; }).run(make("filter", "isosensitivity")).at(0, 0), 0.5208333, 1e-6);
     // q L t S / (78 N^2) = 0.65 * 1000 * 0.5 * 200 / (78 * 4)
-    const NodeHandle manual = make("filter", "isosensitivity", {{"iso", number(200)}, {"settings", text("manual")},
-                                                               {"shutter_time", number(0.5)}, {"f_number", number(2)}});
+    const NodeHandle manual =
+        make("filter", "isosensitivity",
+             {{"iso", number(200)}, {"settings", text("manual")}, {"shutter_time", number(0.5)}, {"f_number", number(2)}});
     EXPECT_NEAR(greys(1, 1, [](int, int) { return 1000.0; }).run(manual).at(0, 0), 208.33333, 1e-3);
-    const NodeHandle camera = make("instrument", "stdcam", {{"aperture", text("lens")}, {"f_number", number(4)}, {"exposure_time", number(0.02)}});
+    const NodeHandle camera =
+        make("instrument", "stdcam", {{"aperture", text("lens")}, {"f_number", number(4)}, {"exposure_time", number(0.02)}});
     Filtered filtered(film(1, 1, xyzChannels(), [](int, int, int) { return 100.0; }), camera);
     EXPECT_NEAR(filtered.run(make("filter", "isosensitivity")).at(0, 0), 0.65 * 100 * 0.02 * 100 / (78 * 16), 1e-6);
 }

@@ -21,7 +21,9 @@ NodeHandle listing(const NodeHandle& filter, const std::vector<NodeHandle>& item
 }
 
 TEST(Vision, CustomResponsesAreIntegralsOverTheBands) {
-    const auto spectrum = [] { return film(2, 1, bands({500, 510, 520}, 10), [](int x, int, int c) { return (x + 1) * (c + 1.0); }); };
+    const auto spectrum = [] {
+        return film(2, 1, bands({500, 510, 520}, 10), [](int x, int, int c) { return (x + 1) * (c + 1.0); });
+    };
     const auto flat = [] { return make("spectrum", "uniform", {{"value", number(2)}}, "flat"); };
     Filtered filtered(spectrum());
     filtered.run(listing(make("filter", "spectocustom", {{"efficacy", number(3)}}), {flat()}));
@@ -68,7 +70,9 @@ TEST(Vision, AgedLensesYellow) {
 
 TEST(Vision, PurkinjeFollowsTheModel) {
     const auto shift = [](double scale, const NodeHandle& filter) {
-        Filtered filtered(film(1, 1, xyzChannels(), [&](int, int, int c) { return scale * std::array{0.95, 1.0, 1.09}[std::size_t(c)]; }));
+        Filtered filtered(film(1, 1, xyzChannels(), [&](int, int, int c) {
+            return scale * std::array{0.95, 1.0, 1.09}[std::size_t(c)];
+        }));
         filtered.run(filter);
         return std::array{filtered.at(0, 0, 0) / scale, filtered.at(0, 0, 1) / scale, filtered.at(0, 0, 2) / scale};
     };
@@ -100,7 +104,8 @@ TEST(Vision, PointSpreadsOfTheEyeFollowTheirEquations) {
 
 /// A lit pixel in the middle of a dark picture, through the eye.
 Filtered star(int size, Settings settings, bool fast = false) {
-    Filtered filtered = greys(size, size, [&](int x, int y) { return x == size / 2 && y == size / 2 ? 1000.0 : 0.0; }, fast);
+    Filtered filtered = greys(
+        size, size, [&](int x, int y) { return x == size / 2 && y == size / 2 ? 1000.0 : 0.0; }, fast);
     return filtered.run(make("filter", "glare", settings)), filtered;
 }
 
@@ -132,14 +137,18 @@ TEST(Vision, DraftAndStrengthOfScatteredLight) {
     double farDraft = 0.0;
     for (int x = 70; x < 80; ++x) far += exact.at(x, 50), farDraft += draft.at(x, 50);
     EXPECT_NEAR(farDraft / far, 1.0, 0.15);
-    const Filtered half = star(100, {{"pixel_size", text("viewing")}, {"pixels_per_degree", number(2)}, {"strength", number(0.5)}});
+    const Filtered half =
+        star(100, {{"pixel_size", text("viewing")}, {"pixels_per_degree", number(2)}, {"strength", number(0.5)}});
     EXPECT_NEAR(half.at(70, 50), 0.5 * exact.at(70, 50), 1e-6);
     EXPECT_NEAR(half.at(50, 50), 500.0 + 0.5 * exact.at(50, 50), 1e-2);
 }
 
 TEST(Vision, ScatterTakesTheInstrumentsAnglesOrSaysThatThereAreNone) {
-    const NodeHandle camera = make("instrument", "idealrectcam", {{"horizontal_fov", number(1.0)}, {"width", integer(101)}, {"height", integer(101)}});
-    const auto content = [] { return film(101, 101, xyzChannels(), [](int x, int y, int) { return x == 50 && y == 50 ? 1000.0 : 0.0; }); };
+    const NodeHandle camera =
+        make("instrument", "idealrectcam", {{"horizontal_fov", number(1.0)}, {"width", integer(101)}, {"height", integer(101)}});
+    const auto content = [] {
+        return film(101, 101, xyzChannels(), [](int x, int y, int) { return x == 50 && y == 50 ? 1000.0 : 0.0; });
+    };
     Filtered seen(content(), camera);
     seen.run(make("filter", "glare"));
     // A hundredth of a degree to a pixel, so half a degree to the edge.
