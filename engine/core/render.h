@@ -13,11 +13,15 @@ namespace nemra::core {
 
 class Libraries;
 
-/// How sensor values become the light quantities of a result.
+/// How sensor values become the light quantities of a result. What a sensor measures is a radiance (a luminance) unless its
+/// instrument says otherwise.
 struct QuantityFactors {
     double sensorIrradiance = 0.0;  ///< multiplies scene radiance on axis: pi / (4 N^2); 0 if the instrument has none
-    double sensorPower = 0.0;   ///< m2, multiplies scene radiance on axis: sensorIrradiance times pixel area; 0 if there is none
-    double exposureTime = 0.0;  ///< s
+    double sensorPower = 0.0;    ///< m2, multiplies scene radiance on axis: sensorIrradiance times pixel area; 0 if there is none
+    double exposureTime = 0.0;   ///< s
+    double sceneRadiance = 1.0;  ///< 0 for an instrument that doesn't measure it
+    double sceneIrradiance = 0.0;  ///< 1 for an instrument whose values are irradiances (illuminances) of surfaces
+    double bsdf = 0.0;             ///< 1 for an instrument whose values are BSDF, 1/sr
 };
 
 /// A scene made ready for rendering. Immutable: any number of threads may render from it.

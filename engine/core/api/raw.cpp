@@ -1,6 +1,5 @@
 // nemraRaw*: results, except their files (raw_files.cpp).
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <string>
 
@@ -8,6 +7,7 @@
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
 #include "engine/core/api/raw_handle.h"
+#include "engine/core/glare/rating.h"
 #include "module/flat/nemra_raw.h"
 
 using namespace nemra;
@@ -193,11 +193,8 @@ double nemraRawGetAutoRangeValue(nemra_raw_t* raw) {
     return with("nemraRawGetAutoRangeValue", raw, 0.0, [](const Raw& r) { return r.autoRangeValue(); });
 }
 
-double nemraRawGetUGR(nemra_raw_t* raw, int, int, int, int) {
-    return with("nemraRawGetUGR", raw, 0.0, [](const Raw&) {
-        log::warning("nemraRawGetUGR", "glare ratings are not available yet: the answer is not a number");
-        return std::numeric_limits<double>::quiet_NaN();
-    });
+double nemraRawGetUGR(nemra_raw_t* raw, int x1, int y1, int x2, int y2) {
+    return with("nemraRawGetUGR", raw, 0.0, [&](const Raw& r) { return core::unifiedGlareRating(r, {x1, y1, x2, y2}); });
 }
 
 double nemraRawGetLightQuantity(nemra_raw_t* raw, int channel, int x, int y, int quantity) {
@@ -229,15 +226,17 @@ void nemraRawGenerateSNR(nemra_raw_t* raw) {
 }
 
 const char* nemraRawGetInstrumentName(nemra_raw_t* raw) {
-    return with<const char*>("nemraRawGetInstrumentName", raw, nullptr,
-                             [](const Raw& r) { return r.instrument() ? r.instrument()->name().c_str() : nullptr; });
+    return with<const char*>("nemraRawGetInstrumentName", raw, nullptr, [](const Raw& r) -> const char* {
+        const auto instrument = r.instrument();
+        return instrument ? passing(instrument->name()) : nullptr;
+    });
 }
 
 const char* nemraRawGetInstrumentOutput(nemra_raw_t* raw, int index) {
     return with<const char*>("nemraRawGetInstrumentOutput", raw, nullptr, [&](const Raw& r) -> const char* {
-        const auto& outputs = r.outputs();
+        const auto outputs = r.outputs();
         return index >= 0 && static_cast<std::size_t>(index) < outputs.size()
-                   ? outputs[static_cast<std::size_t>(index)]->name().c_str()
+                   ? passing(outputs[static_cast<std::size_t>(index)]->name())
                    : nullptr;
     });
 }

@@ -13,4 +13,18 @@ inline constexpr int kMallettStep = 5;     ///< nm
 inline constexpr int kMallettCount = 81;
 extern const double kMallett2019[kMallettCount][3];
 
+inline constexpr int kScotopicFirst = 380;  ///< nm
+inline constexpr int kScotopicCount = 401;  ///< one row per nm up to 780
+extern const double kScotopic[kScotopicCount];
+
+inline constexpr int kColorMapCount = 33;
+extern const double kViridis[kColorMapCount][3];
+extern const double kInferno[kColorMapCount][3];
+extern const double kTurbo[kColorMapCount][3];
+
+inline constexpr int kGuthRows = 31;
+inline constexpr int kGuthColumns = 20;
+inline constexpr double kGuthStep = 0.1;  ///< of T/R and H/R
+extern const double kGuthIndex[kGuthRows][kGuthColumns];
+
 }  // namespace nemra::core::data

@@ -38,10 +38,15 @@ Matrix fromXyz(Chromaticity red, Chromaticity green, Chromaticity blue, Chromati
 }
 
 ColorSpace make(Chromaticity red, Chromaticity green, Chromaticity blue, Chromaticity white, ColorSpace::Curve curve) {
-    return {red, green, blue, white, curve, fromXyz(red, green, blue, white)};
+    const Matrix matrix = fromXyz(red, green, blue, white);
+    return {red, green, blue, white, curve, matrix, inverse(matrix)};
 }
 
 constexpr Chromaticity kD65{0.3127, 0.3290};
+
+// ITU-R BT.2020-2, table 4, to the precision of a double
+constexpr double kAlpha2020 = 1.09929682680944;
+constexpr double kBeta2020 = 0.018053968510807;
 
 }  // namespace
 
@@ -51,15 +56,35 @@ double ColorSpace::encode(double linear) const noexcept {
     switch (curve) {
         case Curve::srgb:
             return linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
-        case Curve::rec2020: {
-            constexpr double alpha = 1.09929682680944;
-            constexpr double beta = 0.018053968510807;
-            return linear < beta ? 4.5 * linear : alpha * std::pow(linear, 0.45) - (alpha - 1.0);
-        }
+        case Curve::rec2020:
+            return linear < kBeta2020 ? 4.5 * linear : kAlpha2020 * std::pow(linear, 0.45) - (kAlpha2020 - 1.0);
         case Curve::linear:
             break;
     }
     return linear;
+}
+
+double ColorSpace::decode(double code) const noexcept {
+    if (!(code > 0.0)) return 0.0;
+    if (code >= 1.0) return 1.0;
+    switch (curve) {
+        case Curve::srgb:
+            return code <= 0.04045 ? code / 12.92 : std::pow((code + 0.055) / 1.055, 2.4);
+        case Curve::rec2020:
+            return code < 4.5 * kBeta2020 ? code / 4.5 : std::pow((code + kAlpha2020 - 1.0) / kAlpha2020, 1.0 / 0.45);
+        case Curve::linear:
+            break;
+    }
+    return code;
+}
+
+ColorSpace linearColorSpace(Chromaticity red, Chromaticity green, Chromaticity blue, Chromaticity white) {
+    return make(red, green, blue, white, ColorSpace::Curve::linear);
+}
+
+const ColorSpace& radianceColorSpace() {
+    static const ColorSpace space = linearColorSpace({0.640, 0.330}, {0.290, 0.600}, {0.150, 0.060}, {1.0 / 3, 1.0 / 3});
+    return space;
 }
 
 const ColorSpace& colorSpace(std::string_view name) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "engine/common/log.h"
 #include "engine/core/output/filters.h"
@@ -10,6 +11,13 @@
 namespace nemra::core {
 
 namespace {
+
+using DisplayClasses = std::map<std::string, MakeDisplay, std::less<>>;
+
+DisplayClasses& displayClasses() {
+    static DisplayClasses classes;
+    return classes;
+}
 
 void runFilter(const node::Node& filter, Picture& picture) {
     if (const Filter run = filterClasses().find(filter.type())) {
@@ -31,39 +39,59 @@ ClassTable<Filter>& filterClasses() {
     return table;
 }
 
+bool addDisplayClass(std::string_view type, MakeDisplay make) { return displayClasses().emplace(type, make).second; }
+
+void runFilters(const node::Node& output, Picture& picture) {
+    for (const auto& filter : output.list()) {
+        if (filter) runFilter(*filter, picture);
+    }
+}
+
 std::string colorSpaceOf(const node::Node* output) {
     if (!output || !output->findParameter("color_space").spec) return "srgb";
     return output->choice("color_space");
 }
 
-DisplayImage makeDisplayImage(const Raw& raw, bool fast) {
-    const auto film = raw.film();
-    const auto view = raw.view();
-    const auto output = raw.output();
-    if (output && !outputClasses().find(output->type())) {
-        log::warning(output->label(), "outputs of this class aren't written yet; an rgbimage takes its place");
-    }
-    Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast};
-    const auto filters = output ? output->list() : std::vector<std::shared_ptr<const node::Node>>{};
-    if (filters.empty()) runDefault("averageautogain", picture);
-    for (const auto& filter : filters) {
-        if (filter) runFilter(*filter, picture);
-    }
-
-    DisplayImage display{picture.image.width, picture.image.height, colorSpaceOf(output.get()), 0.0, {}};
-    if (output && output->findParameter("gamma").spec) display.gamma = output->real("gamma");
-    const ColorSpace& space = colorSpace(display.colorSpace);
-    display.bytes.resize(picture.image.values.size());
-    for (std::size_t i = 0; i + 2 < picture.image.values.size(); i += 3) {
-        const float* const xyz = picture.image.values.data() + i;
-        const auto linear = space.linear(xyz[0], xyz[1], xyz[2]);
-        for (std::size_t c = 0; c < 3; ++c) {
-            const double code =
-                display.gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / display.gamma) : space.encode(linear[c]);
-            display.bytes[i + c] = static_cast<unsigned char>(std::lround(code * 255.0));
+DisplayImage encodeDisplay(const XyzImage& image, const std::string& name, double gamma, int bits) {
+    DisplayImage display{image.width, image.height, name, gamma, {}, bits};
+    const ColorSpace& space = colorSpace(name);
+    display.bytes.reserve(image.values.size() * static_cast<std::size_t>(bits / 8));
+    for (std::size_t i = 0; i + 2 < image.values.size(); i += 3) {
+        const float* const xyz = image.values.data() + i;
+        for (const double linear : space.linear(xyz[0], xyz[1], xyz[2])) {
+            display.append(gamma > 0.0 ? std::pow(std::clamp(linear, 0.0, 1.0), 1.0 / gamma) : space.encode(linear));
         }
     }
     return display;
+}
+
+void DisplayImage::append(double code) {
+    if (bits == 16) {
+        const long wide = std::lround(code * 65535.0);
+        bytes.push_back(static_cast<unsigned char>(wide >> 8));
+        bytes.push_back(static_cast<unsigned char>(wide & 0xff));
+    } else {
+        bytes.push_back(static_cast<unsigned char>(std::lround(code * 255.0)));
+    }
+}
+
+DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits) {
+    const auto output = raw.output();
+    if (output) {
+        const auto own = displayClasses().find(output->type());
+        if (own != displayClasses().end()) return own->second(raw, *output, fast, bits);
+        if (!outputClasses().find(output->type())) {
+            log::warning(output->label(), "outputs of this class aren't written yet; an rgbimage takes its place");
+        }
+    }
+    const auto film = raw.film();
+    const auto view = raw.view();
+    Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast};
+    picture.raw = &raw;
+    if (!output || output->list().empty()) runDefault("averageautogain", picture);
+    if (output) runFilters(*output, picture);
+    const double gamma = output && output->findParameter("gamma").spec ? output->real("gamma") : 0.0;
+    return encodeDisplay(picture.image, colorSpaceOf(output.get()), gamma, bits);
 }
 
 }  // namespace nemra::core

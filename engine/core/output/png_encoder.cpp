@@ -6,6 +6,7 @@
 #include <string>
 
 #include "engine/core/output/encode.h"
+#include "engine/core/output/icc_profile.h"
 
 namespace nemra::core {
 
@@ -43,13 +44,14 @@ void noFlush(png_structp) {}
 
 void ignoreWarning(png_structp, png_const_charp) {}
 
-void setColors(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space) {
-    if (space.curve == ColorSpace::Curve::srgb && image.gamma == 0.0) {
-        png_set_sRGB_gAMA_and_cHRM(png, info, PNG_sRGB_INTENT_RELATIVE);
-        return;
-    }
+void setColors(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space,
+               const std::vector<char>& profile) {
+    if (profile.empty()) return;
+    png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, reinterpret_cast<png_const_bytep>(profile.data()),
+                 static_cast<png_uint_32>(profile.size()));
+    // For programs that read no profiles, the nearest power.
     double fileGamma = 1.0;
-    if (space.curve == ColorSpace::Curve::rec2020) fileGamma = 1.0 / 2.2;  // nearest power; the format has no word for the curve
+    if (space.curve == ColorSpace::Curve::rec2020) fileGamma = 1.0 / 2.2;
     if (space.curve == ColorSpace::Curve::srgb) fileGamma = 1.0 / 2.2;
     if (image.gamma > 0.0) fileGamma = 1.0 / image.gamma;
     png_set_gAMA(png, info, fileGamma);
@@ -58,14 +60,16 @@ void setColors(png_structp png, png_infop info, const DisplayImage& image, const
                  space.blue.y);
 }
 
-bool write(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space) {
+bool write(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space,
+           const std::vector<char>& profile) {
     if (setjmp(png_jmpbuf(png))) return false;
-    png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height), 8, PNG_COLOR_TYPE_RGB,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    setColors(png, info, image, space);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height), image.bits,
+                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    setColors(png, info, image, space, profile);
     png_write_info(png, info);
+    const std::size_t rowBytes = 3 * static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.bits / 8);
     for (int y = 0; y < image.height; ++y) {
-        png_write_row(png, image.bytes.data() + 3 * static_cast<std::size_t>(image.width) * static_cast<std::size_t>(y));
+        png_write_row(png, image.bytes.data() + rowBytes * static_cast<std::size_t>(y));
     }
     png_write_end(png, nullptr);
     return true;
@@ -75,7 +79,8 @@ bool write(png_structp png, png_infop info, const DisplayImage& image, const Col
 
 std::vector<char> encodePng(const DisplayImage& image) {
     Sink sink;
-    const ColorSpace& space = colorSpace(image.colorSpace);
+    const std::vector<char> profile = profileOf(image);
+    const ColorSpace& space = image.space();
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &sink, takeFault, ignoreWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!info) {
@@ -84,7 +89,7 @@ std::vector<char> encodePng(const DisplayImage& image) {
     }
     png_set_write_fn(png, &sink, appendBytes, noFlush);
     png_set_user_limits(png, 0x7FFFFFFF, 0x7FFFFFFF);
-    const bool done = write(png, info, image, space);
+    const bool done = write(png, info, image, space, profile);
     png_destroy_write_struct(&png, &info);
     if (!done) throw std::runtime_error(sink.outOfMemory ? "out of memory" : sink.fault);
     return std::move(sink.bytes);

@@ -4,18 +4,24 @@
 #include <array>
 #include <cctype>
 #include <exception>
+#include <stdexcept>
 
 #include "engine/common/log.h"
+#include "engine/core/output/document.h"
 #include "engine/core/output/encode.h"
+#include "engine/core/output/table_text.h"
 #include "engine/core/output/write_file.h"
+#include "engine/core/result/svraw.h"
 
 namespace nemra::core {
 
 namespace {
 
-constexpr std::array<const char*, 2> kPictureFormats{"png", "exr"};
+constexpr std::array<const char*, 5> kPictureFormats{"png", "jpg", "exr", "hdr", "png16"};
+constexpr std::array<const char*, 1> kTableFormats{"csv"};
 const bool kPictureKnown = outputClasses().add("rgbimage", [] { return std::span<const char* const>(kPictureFormats); });
-constexpr std::array<std::string_view, 7> kLaterFormats{"jpg", "jpeg", "hdr", "csv", "txt", "html", "svraw"};
+const bool kTableKnown = outputClasses().add("table", [] { return std::span<const char* const>(kTableFormats); });
+constexpr std::array<const char*, 4> kRawFormats{"svraw", "csv", "exr", "hdr"};
 
 std::string lower(std::string_view text) {
     std::string result(text);
@@ -33,19 +39,78 @@ std::string extensionOf(const std::string& path) {
     return lower(std::string_view(path).substr(dot + 1));
 }
 
-void refuse(const std::string& source, const std::string& format) {
+/// The name by which a format goes here.
+std::string formatNamed(std::string_view wanted) {
+    std::string format = lower(wanted);
+    return format == "jpeg" ? "jpg" : format;
+}
+
+template <class Formats>
+bool isAmong(const Formats& formats, std::string_view format) {
+    return std::any_of(formats.begin(), formats.end(), [&](const char* known) { return format == known; });
+}
+
+void refuse(const std::string& source, const std::string& format, const char* what) {
     if (format.empty()) {
         log::error(source, "the name has no extension that would tell the format");
-    } else if (std::find(kLaterFormats.begin(), kLaterFormats.end(), format) != kLaterFormats.end()) {
-        log::error(source, "format not available yet: " + format);
     } else {
-        log::error(source, "unknown format: " + format);
+        log::error(source, std::string(what) + format);
     }
 }
 
-bool write(const Raw& raw, const std::string& path, std::string_view format) {
-    const auto bytes = encodeResult(raw, format, path);
-    return bytes && writeFileWhole(path, *bytes);
+Bytes adopt(std::vector<char> bytes) { return Bytes(std::move(bytes)); }
+
+Bytes document(const Raw& raw, std::string_view format) {
+    auto text = encodeDocument(raw, format);
+    if (!text) throw std::runtime_error("the output is no report");
+    return adopt(std::move(*text));
+}
+
+using Encode = Bytes (*)(const Raw& raw);
+
+/// What becomes of the output in a format that pictures or tables are written in; null for an unknown one.
+Encode resultEncoder(std::string_view format) {
+    if (format == "png") return [](const Raw& raw) { return adopt(encodePng(makeDisplayImage(raw, raw.isDraft()))); };
+    if (format == "png16") return [](const Raw& raw) { return adopt(encodePng(makeDisplayImage(raw, raw.isDraft(), 16))); };
+    if (format == "jpg") return [](const Raw& raw) { return adopt(encodeJpeg(makeDisplayImage(raw, raw.isDraft()))); };
+    if (format == "exr") return [](const Raw& raw) { return adopt(encodeExr(raw, ExrColors::rgb)); };
+    if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
+    if (format == "txt") return [](const Raw& raw) { return document(raw, "txt"); };
+    if (format == "html") return [](const Raw& raw) { return document(raw, "html"); };
+    if (format == "csv") {
+        return [](const Raw& raw) {
+            if (auto text = encodeDocument(raw, "csv")) return adopt(std::move(*text));
+            const auto output = raw.output();
+            return Bytes(writeTable(raw, output && output->type() == "table" ? tableLayoutOf(*output) : TableLayout{}));
+        };
+    }
+    return nullptr;
+}
+
+/// The sensor's channels, without any output.
+Encode rawEncoder(std::string_view format) {
+    if (format == "svraw") return [](const Raw& raw) { return Bytes(writeSvraw(raw)); };
+    if (format == "exr") return [](const Raw& raw) { return adopt(encodeExr(raw, ExrColors::xyz)); };
+    if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
+    if (format == "csv") {
+        return [](const Raw& raw) { return Bytes(writeTable(raw, {.withSampling = raw.spp() > 1.0})); };
+    }
+    return nullptr;
+}
+
+std::optional<Bytes> encode(Encode encoder, const Raw& raw, const std::string& format, const std::string& source) {
+    try {
+        if (raw.film()->channels.empty() && format != "svraw") throw std::runtime_error("the result has no channels");
+        return encoder(raw);
+    } catch (const std::exception& e) {
+        log::error(source, "can't make the " + format + ": " + e.what());
+        return std::nullopt;
+    }
+}
+
+bool write(Encode encoder, const Raw& raw, const std::string& format, const std::string& path) {
+    const auto bytes = encode(encoder, raw, format, path);
+    return bytes && writeFileWhole(path, bytes->span());
 }
 
 }  // namespace
@@ -61,38 +126,46 @@ std::span<const char* const> outputFormats(const Raw& raw) {
     return formats ? formats() : std::span<const char* const>();
 }
 
-std::optional<std::vector<char>> encodeResult(const Raw& raw, std::string_view wanted, const std::string& source) {
-    const std::string format = lower(wanted);
-    try {
-        if (format == "png") return encodePng(makeDisplayImage(raw, raw.isDraft()));
-        if (format == "exr") return encodeExr(raw);
-    } catch (const std::exception& e) {
-        log::error(source, "can't make the " + format + ": " + e.what());
+std::optional<Bytes> encodeResult(const Raw& raw, std::string_view wanted, const std::string& source) {
+    const std::string format = formatNamed(wanted);
+    const auto offered = outputFormats(raw);
+    const Encode encoder = resultEncoder(format);
+    // An output that nothing is known of has no list; a picture of it is made all the same.
+    if (!encoder || (!offered.empty() && !isAmong(offered, format))) {
+        refuse(source, format, encoder || rawEncoder(format) ? "this output isn't written in the format " : "unknown format: ");
         return std::nullopt;
     }
-    refuse(source, format);
-    return std::nullopt;
+    return encode(encoder, raw, format, source);
 }
 
-bool writeResult(const Raw& raw, const std::string& path, std::string_view format) { return write(raw, path, format); }
+bool writeResult(const Raw& raw, const std::string& path, std::string_view format) {
+    const auto bytes = encodeResult(raw, format, path);
+    return bytes && writeFileWhole(path, bytes->span());
+}
 
-bool writeRaw(const Raw& raw, const std::string& path, std::string_view format) {
-    if (lower(format) == "exr") return write(raw, path, "exr");
-    refuse(path, lower(format));
+bool writeRaw(const Raw& raw, const std::string& path, std::string_view wanted) {
+    const std::string format = formatNamed(wanted);
+    if (const Encode encoder = rawEncoder(format)) return write(encoder, raw, format, path);
+    refuse(path, format, resultEncoder(format) ? "results aren't written as they are in the format " : "unknown format: ");
     return false;
 }
 
-bool writeAuto(const Raw& raw, const std::string& path) { return write(raw, path, extensionOf(path)); }
+bool writeAuto(const Raw& raw, const std::string& path) {
+    const std::string format = formatNamed(extensionOf(path));
+    const bool asRaw = isAmong(kRawFormats, format) && !isAmong(outputFormats(raw), format);
+    return asRaw ? writeRaw(raw, path, format) : writeResult(raw, path, format);
+}
 
 bool writeFinal(const Raw& raw, const std::string& path, bool asRaw) {
     std::string name = path;
     std::string extension = extensionOf(path);
     if (extension == "auto") name.resize(name.size() - std::string_view(".auto").size());
     if (extension.empty() || extension == "auto") {
-        extension = asRaw ? "exr" : outputFormats(raw).empty() ? "exr" : outputFormats(raw).front();
+        const auto formats = outputFormats(raw);
+        extension = asRaw || formats.empty() ? "svraw" : formats.front();
         name += "." + extension;
     }
-    return asRaw ? writeRaw(raw, name, extension) : write(raw, name, extension);
+    return asRaw ? writeRaw(raw, name, extension) : writeAuto(raw, name);
 }
 
 }  // namespace nemra::core

@@ -5,8 +5,11 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
+#include "engine/common/buffer.h"
 #include "engine/core/result/raw.h"
 #include "engine/core/translate/class_table.h"
 
@@ -19,14 +22,29 @@ ClassTable<OutputFormats>& outputClasses();
 /// Formats that an output can be written in, the default one first.
 std::span<const char* const> outputFormats(const Raw& raw);
 
-/// The bytes of the processed result; none, with one error message, for an unknown format or a failure.
-std::optional<std::vector<char>> encodeResult(const Raw& raw, std::string_view format, const std::string& source);
+/// A file in memory, from whichever container its encoder fills.
+class Bytes {
+public:
+    explicit Bytes(std::vector<char> bytes) : bytes_(std::move(bytes)) {}
+    explicit Bytes(Buffer bytes) : bytes_(std::move(bytes)) {}
+    std::span<const char> span() const noexcept {
+        if (const auto* const buffer = std::get_if<Buffer>(&bytes_)) return buffer->bytes();
+        return std::get<std::vector<char>>(bytes_);
+    }
+
+private:
+    std::variant<std::vector<char>, Buffer> bytes_;
+};
+
+/// The bytes of the processed result; none, with one error message, for an unknown format, one that the output isn't written in,
+/// or a failure.
+std::optional<Bytes> encodeResult(const Raw& raw, std::string_view format, const std::string& source);
 
 /// These write whole files (see write_file.h). File names are absolute. False after one error message.
 bool writeResult(const Raw& raw, const std::string& path, std::string_view format);
-/// The sensor's channels as they are: format exr.
+/// The sensor's channels as they are: formats svraw, csv, exr, hdr.
 bool writeRaw(const Raw& raw, const std::string& path, std::string_view format);
-/// Takes the format from the extension.
+/// Takes the format from the extension: one of the output's formats, else one of those of writeRaw.
 bool writeAuto(const Raw& raw, const std::string& path);
 /// The last result of a render: by the extension; without one, or with ".auto", in the default format and with its extension.
 bool writeFinal(const Raw& raw, const std::string& path, bool asRaw);

@@ -22,12 +22,11 @@ std::vector<std::shared_ptr<const node::Node>> outputsOf(const std::shared_ptr<c
     return outputs;
 }
 
-std::vector<nemra_quantity_t> quantitiesOf(const QuantityFactors& factors) {
-    std::vector<nemra_quantity_t> quantities{NEMRA_QUANTITY_RAW};
-    if (factors.sensorIrradiance > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_IRRADIANCE);
-    quantities.push_back(NEMRA_QUANTITY_SCENE_RADIANCE);
-    if (factors.sensorPower > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_POWER);
-    if (factors.sensorIrradiance > 0.0 && factors.exposureTime > 0.0) quantities.push_back(NEMRA_QUANTITY_SENSOR_EXPOSURE);
+std::vector<nemra_quantity_t> quantitiesOf(const QuantityTable& factors) {
+    std::vector<nemra_quantity_t> quantities;
+    for (int quantity = NEMRA_QUANTITY_RAW; quantity < kQuantityCount; ++quantity) {
+        if (factors[static_cast<std::size_t>(quantity)] != 0.0) quantities.push_back(static_cast<nemra_quantity_t>(quantity));
+    }
     return quantities;
 }
 
@@ -64,43 +63,55 @@ void addFilm(Film& film, const Film& other) {
     addTo(film.depthSamples, other.depthSamples);
 }
 
-Raw::Raw(std::shared_ptr<const Film> film, const PreparedScene& scene, const RenderCounts& counts)
-    : width_(film->width),
-      height_(film->height),
-      factors_(scene.quantities()),
-      offAxis_(offAxisOf(*film, scene)),
-      instrument_(scene.instrument()),
-      outputs_(outputsOf(instrument_)),
-      quantities_(quantitiesOf(factors_)),
-      film_(std::move(film)),
-      counts_(counts),
-      output_(outputs_.empty() ? nullptr : outputs_.front()) {}
+QuantityTable quantityTable(const QuantityFactors& factors) {
+    QuantityTable table{};
+    table[NEMRA_QUANTITY_RAW] = 1.0;
+    table[NEMRA_QUANTITY_SENSOR_IRRADIANCE] = factors.sensorIrradiance;
+    table[NEMRA_QUANTITY_SCENE_RADIANCE] = factors.sceneRadiance;
+    table[NEMRA_QUANTITY_SCENE_IRRADIANCE] = factors.sceneIrradiance;
+    table[NEMRA_QUANTITY_SENSOR_POWER] = factors.sensorPower;
+    table[NEMRA_QUANTITY_SENSOR_EXPOSURE] = factors.sensorIrradiance * factors.exposureTime;
+    table[NEMRA_QUANTITY_COMPUTED_BSDF] = factors.bsdf;
+    return table;
+}
 
-Raw::Raw(const Raw& other)
-    : width_(other.width_),
-      height_(other.height_),
-      factors_(other.factors_),
-      offAxis_(other.offAxis_),
-      instrument_(other.instrument_),
-      outputs_(other.outputs_),
-      quantities_(other.quantities_) {
+Raw::Raw(RawParts parts)
+    : width_(parts.film->width),
+      height_(parts.film->height),
+      quantities_(quantitiesOf(parts.factors)),
+      parts_(std::move(parts)),
+      outputs_(outputsOf(parts_.instrument)) {
+    if (!parts_.output && !outputs_.empty()) parts_.output = outputs_.front();
+}
+
+Raw::Raw(std::shared_ptr<const Film> film, const PreparedScene& scene, const RenderCounts& counts)
+    : Raw(RawParts{.film = film,
+                   .counts = counts,
+                   .factors = quantityTable(scene.quantities()),
+                   .offAxis = offAxisOf(*film, scene),
+                   .instrument = scene.instrument(),
+                   .output = nullptr}) {}
+
+Raw::Raw(const Raw& other) : width_(other.width_), height_(other.height_), quantities_(other.quantities_) {
     const std::lock_guard lock(other.mutex_);
-    film_ = other.film_;
-    counts_ = other.counts_;
+    parts_ = other.parts_;
+    outputs_ = other.outputs_;
     view_ = other.view_;
-    output_ = other.output_;
-    hasSnr_ = other.hasSnr_;
-    draft_ = other.draft_;
+}
+
+RawParts Raw::parts() const {
+    const std::lock_guard lock(mutex_);
+    return parts_;
 }
 
 std::shared_ptr<const Film> Raw::film() const {
     const std::lock_guard lock(mutex_);
-    return film_;
+    return parts_.film;
 }
 
 RenderCounts Raw::counts() const {
     const std::lock_guard lock(mutex_);
-    return counts_;
+    return parts_.counts;
 }
 
 double Raw::spp() const {
@@ -113,16 +124,9 @@ double Raw::spp() const {
 std::shared_ptr<const LightView> Raw::view() const {
     const std::lock_guard lock(mutex_);
     if (!view_) {
-        auto view = std::make_shared<LightView>(makeLightView(*film_, hasSnr_));
-        view->factors[NEMRA_QUANTITY_RAW] = 1.0;
-        for (const nemra_quantity_t quantity : quantities_) {
-            double factor = 1.0;
-            if (quantity == NEMRA_QUANTITY_SENSOR_IRRADIANCE) factor = factors_.sensorIrradiance;
-            if (quantity == NEMRA_QUANTITY_SENSOR_POWER) factor = factors_.sensorPower;
-            if (quantity == NEMRA_QUANTITY_SENSOR_EXPOSURE) factor = factors_.sensorIrradiance * factors_.exposureTime;
-            view->factors[static_cast<std::size_t>(quantity)] = factor;
-        }
-        if (offAxis_) view->offAxis = *offAxis_;
+        auto view = std::make_shared<LightView>(makeLightView(*parts_.film, parts_.hasSnr));
+        view->factors = parts_.factors;
+        if (parts_.offAxis) view->offAxis = *parts_.offAxis;
         view_ = std::move(view);
     }
     return view_;
@@ -143,28 +147,28 @@ int Raw::channelIndex(std::string_view name) const {
 
 bool Raw::hasMetaChannel(std::string_view name) const {
     const std::lock_guard lock(mutex_);
-    if (film_->channels.empty()) return false;
+    if (parts_.film->channels.empty()) return false;
     const auto found = std::find(kMetaChannelNames.begin(), kMetaChannelNames.end(), name);
     if (found == kMetaChannelNames.end()) return false;
-    return hasSnr_ || found - kMetaChannelNames.begin() != static_cast<int>(MetaChannel::snr);
+    return parts_.hasSnr || found - kMetaChannelNames.begin() != static_cast<int>(MetaChannel::snr);
 }
 
 void Raw::generateSnr() {
     const std::lock_guard lock(mutex_);
-    if (hasSnr_ || film_->channels.empty()) return;
-    hasSnr_ = true;
+    if (parts_.hasSnr || parts_.film->channels.empty()) return;
+    parts_.hasSnr = true;
     view_.reset();
 }
 
 void Raw::removeChannels() {
     const std::lock_guard lock(mutex_);
     auto bare = std::make_shared<Film>();
-    bare->width = film_->width;
-    bare->height = film_->height;
-    bare->samples = film_->samples;  // the sample count is metadata
-    film_ = std::move(bare);
+    bare->width = parts_.film->width;
+    bare->height = parts_.film->height;
+    bare->samples = parts_.film->samples;  // the sample count is metadata
+    parts_.film = std::move(bare);
     view_.reset();
-    hasSnr_ = false;
+    parts_.hasSnr = false;
 }
 
 double Raw::autoRangeValue() const {
@@ -183,24 +187,41 @@ double Raw::autoRangeValue() const {
     return *rank;
 }
 
+std::shared_ptr<const node::Node> Raw::instrument() const {
+    const std::lock_guard lock(mutex_);
+    return parts_.instrument;
+}
+
+void Raw::setInstrument(std::shared_ptr<const node::Node> instrument) {
+    auto presets = outputsOf(instrument);
+    const std::lock_guard lock(mutex_);
+    parts_.instrument = std::move(instrument);
+    outputs_ = std::move(presets);
+}
+
+std::vector<std::shared_ptr<const node::Node>> Raw::outputs() const {
+    const std::lock_guard lock(mutex_);
+    return outputs_;
+}
+
 std::shared_ptr<const node::Node> Raw::output() const {
     const std::lock_guard lock(mutex_);
-    return output_;
+    return parts_.output;
 }
 
 void Raw::setOutput(std::shared_ptr<const node::Node> output) {
     const std::lock_guard lock(mutex_);
-    output_ = std::move(output);
+    parts_.output = std::move(output);
 }
 
 bool Raw::isDraft() const {
     const std::lock_guard lock(mutex_);
-    return draft_;
+    return parts_.draft;
 }
 
 void Raw::setDraft(bool draft) {
     const std::lock_guard lock(mutex_);
-    draft_ = draft;
+    parts_.draft = draft;
 }
 
 bool Raw::isCompatible(const Raw& other) const {
@@ -213,16 +234,16 @@ bool Raw::add(const Raw& other) {
     const auto theirs = other.film();
     const RenderCounts more = other.counts();
     const std::lock_guard lock(mutex_);
-    auto sum = std::make_shared<Film>(*film_);
+    auto sum = std::make_shared<Film>(*parts_.film);
     if (!sum->channels.empty()) {
         addFilm(*sum, *theirs);
     } else {
         addTo(sum->samples, theirs->samples);
     }
-    film_ = std::move(sum);
-    counts_.time += more.time;
-    counts_.samples += more.samples;
-    counts_.wrong += more.wrong;
+    parts_.film = std::move(sum);
+    parts_.counts.time += more.time;
+    parts_.counts.samples += more.samples;
+    parts_.counts.wrong += more.wrong;
     view_.reset();
     return true;
 }

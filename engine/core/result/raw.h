@@ -1,6 +1,7 @@
 /// A result: what a sensor collected, how it was measured, and how it is to be shown.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -22,11 +23,31 @@ struct RenderCounts {
     std::uint64_t wrong = 0;  ///< samples dropped since they weren't finite
 };
 
+/// A factor for each nemra_quantity_t: the quantity is the sensor's value times it. 0: this result doesn't have the quantity.
+using QuantityTable = std::array<double, kQuantityCount>;
+QuantityTable quantityTable(const QuantityFactors& factors);
+
+/// All that a result consists of, for those who make, store or send one.
+struct RawParts {
+    std::shared_ptr<const Film> film;
+    RenderCounts counts;
+    QuantityTable factors{1.0};
+    std::shared_ptr<const std::vector<float>> offAxis;  ///< per pixel, for the sensor's quantities; null counts as 1
+    std::shared_ptr<const node::Node> instrument;       ///< null if nothing is known of it
+    std::shared_ptr<const node::Node> output;           ///< null: the first preset of the instrument
+    bool hasSnr = false;
+    bool draft = false;
+};
+
 class Raw {
 public:
+    explicit Raw(RawParts parts);
     Raw(std::shared_ptr<const Film> film, const PreparedScene& scene, const RenderCounts& counts);
     Raw(const Raw& other);  ///< shares the film, which is never changed in place
     Raw& operator=(const Raw&) = delete;
+
+    /// As they are together at this moment.
+    RawParts parts() const;
 
     int width() const noexcept { return width_; }
     int height() const noexcept { return height_; }
@@ -50,9 +71,11 @@ public:
     /// lamps and stray bright pixels don't decide it. 0 for an empty result.
     double autoRangeValue() const;
 
-    std::shared_ptr<const node::Node> instrument() const noexcept { return instrument_; }
+    std::shared_ptr<const node::Node> instrument() const;
+    /// Says anew with what was measured. The numbers stay as they are, and so does what they mean: quantities and their factors.
+    void setInstrument(std::shared_ptr<const node::Node> instrument);
     /// The instrument's presets; a default picture if it lists none.
-    const std::vector<std::shared_ptr<const node::Node>>& outputs() const noexcept { return outputs_; }
+    std::vector<std::shared_ptr<const node::Node>> outputs() const;
     std::shared_ptr<const node::Node> output() const;
     void setOutput(std::shared_ptr<const node::Node> output);
     bool isDraft() const;
@@ -66,19 +89,12 @@ public:
 private:
     const int width_;
     const int height_;
-    const QuantityFactors factors_;
-    const std::shared_ptr<const std::vector<float>> offAxis_;  ///< per pixel, or null
-    const std::shared_ptr<const node::Node> instrument_;
-    const std::vector<std::shared_ptr<const node::Node>> outputs_;
     const std::vector<nemra_quantity_t> quantities_;
 
     mutable std::mutex mutex_;  ///< for what follows
-    std::shared_ptr<const Film> film_;
-    RenderCounts counts_;
+    RawParts parts_;
+    std::vector<std::shared_ptr<const node::Node>> outputs_;
     mutable std::shared_ptr<const LightView> view_;
-    std::shared_ptr<const node::Node> output_;
-    bool hasSnr_ = false;
-    bool draft_ = false;
 };
 
 /// Adds the sums of `other`, of the same size and channels, to `film`. Exact in any order as long as the sums are (see Film).

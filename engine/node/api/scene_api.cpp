@@ -60,9 +60,9 @@ bool nemraScene_setActiveSetupName(nemra_scene_t* scene, const char* name) {
         if (!found) return false;
         found->contents().activeSetup = viewOf(name);
         if (viewOf(name).empty() || found->findNode("setup", viewOf(name))) return true;
-        log::info("scene '" + found->contents().name + "'",
-                  "has no setup named '" + std::string(viewOf(name)) + "' yet; a render needs it");
-        return true;
+        log::warning("scene '" + found->contents().name + "'",
+                     "has no setup named '" + std::string(viewOf(name)) + "'; a render needs it");
+        return false;
     });
 }
 

@@ -34,7 +34,7 @@ void addSmoothing(Catalogue& catalogue) {
                          {real("outlier_factor", 10.0)
                               .pure()
                               .range(1.0, 1.0e6)
-                              .doc("Most that a pixel may exceed the median of its neighbours; light is lost")})
+                              .doc("Most that a pixel may exceed the third brightest of its eight neighbours; light is lost")})
                  .option("keep", "No pixel is cut")
                  .doc("What happens to single bright pixels")}});
     catalogue.add(
@@ -95,7 +95,7 @@ void addOverlays(Catalogue& catalogue) {
     catalogue.add(
         {.family = "filter",
          .type = "watermark",
-         .summary = "Text or picture laid over a corner of the picture",
+         .summary = "Text or picture laid over the picture (operator over of Porter and Duff 1984)",
          .parameters = {choice("content").option("text", "A text").option("image", "A picture").doc("What is laid over"),
                         placement(),
                         real("size", 4.0)

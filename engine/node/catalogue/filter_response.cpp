@@ -21,7 +21,9 @@ void addResponseFilters(Catalogue& catalogue) {
     catalogue.add(
         {.family = "filter",
          .type = "spectocustom",
-         .summary = "From spectral channels to one channel for each spectrum of its list, which is its response and names it",
+         .summary =
+             "From spectral channels to one channel for each spectrum of its list, which is its response and names it; a picture "
+             "takes the first three as X, Y, Z, or the first one as a grey",
          .parameters = {choice("normalization")
                             .option("none", "Responses as they are given")
                             .option("peak", "Each response scaled to a largest value of 1")

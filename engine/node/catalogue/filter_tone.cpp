@@ -38,12 +38,23 @@ void addGains(Catalogue& catalogue) {
     catalogue.add(
         {.family = "filter",
          .type = "histogramautogain",
-         .summary = "Factor that brings a percentile of the picture's luminances to a given display value",
-         .parameters = {real("percentile", 95.0)
-                            .unit("%")
-                            .range(0.0, 100.0)
-                            .doc("Share of the pixels that are darker; 100 takes the brightest pixel"),
-                        real("target", 1.0).pure().range(1.0e-6, 100.0).doc("Display luminance that it gets; white is 1")}});
+         .summary = "Brightness by the histogram of the picture's luminances",
+         .parameters = {
+             choice("method")
+                 .option("percentile", "One factor, which brings a percentile of the luminances to a given display value",
+                         {real("percentile", 95.0)
+                              .unit("%")
+                              .range(0.0, 100.0)
+                              .doc("Share of the pixels that are darker; 100 takes the brightest pixel"),
+                          real("target", 1.0).pure().range(1.0e-6, 100.0).doc("Display luminance that it gets; white is 1")})
+                 .option("adjustment",
+                         "Tone curve that spreads luminances by how often they occur, without raising any contrast (Ward, "
+                         "Rushmeier and Piatko 1997)",
+                         {displayLuminance(), real("display_black", 1.0)
+                                                  .unit("cd/m2")
+                                                  .range(1.0e-6, 1.0e4)
+                                                  .doc("Luminance of the display's black, room light included")})
+                 .doc("What the histogram decides")}});
     catalogue.add(
         {.family = "filter",
          .type = "isosensitivity",

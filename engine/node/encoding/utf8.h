@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "module/flat/nemra_types.h"
+
 namespace nemra::node {
 
 /// Place of the first byte that isn't part of UTF-8 (RFC 3629: nothing overlong, no surrogates) or is zero; the size if there is
 /// none.
-std::size_t firstNotText(std::string_view bytes) noexcept;
+NEMRA_API std::size_t firstNotText(std::string_view bytes) noexcept;
 
 }  // namespace nemra::node

@@ -1,0 +1,91 @@
+#include <cstdio>
+// The library's header takes FILE and size_t for granted.
+#include <jpeglib.h>
+
+#include <algorithm>
+#include <csetjmp>
+
+#include "engine/core/image/decode.h"
+
+namespace nemra::core {
+
+namespace {
+
+/// The library leaves by longjmp on a fault, so nothing with a destructor may be made below a setjmp.
+struct Errors {
+    jpeg_error_mgr manager;  // first, so that the library's pointer leads here
+    std::jmp_buf jump;
+    char text[JMSG_LENGTH_MAX];
+};
+
+[[noreturn]] void leave(j_common_ptr info) {
+    auto* const errors = reinterpret_cast<Errors*>(info->err);
+    info->err->format_message(info, errors->text);
+    std::longjmp(errors->jump, 1);
+}
+
+/// Damage within the data is a warning to the library, which fills the gap with grey; to us it is a fault.
+void leaveOnWarning(j_common_ptr info, int level) {
+    if (level < 0) leave(info);
+}
+
+bool readHead(jpeg_decompress_struct& jpeg, Errors& errors, std::span<const char> bytes) {
+    if (setjmp(errors.jump)) return false;
+    jpeg_create_decompress(&jpeg);
+    jpeg.mem->max_memory_to_use = 1L << 30;
+    jpeg_mem_src(&jpeg, reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned long>(bytes.size()));
+    jpeg_read_header(&jpeg, TRUE);
+    jpeg.out_color_space = jpeg.num_components == 1 ? JCS_GRAYSCALE : JCS_RGB;
+    return true;
+}
+
+bool readRows(jpeg_decompress_struct& jpeg, Errors& errors, JSAMPLE* codes, std::size_t rowBytes) {
+    if (setjmp(errors.jump)) return false;
+    jpeg_start_decompress(&jpeg);
+    while (jpeg.output_scanline < jpeg.output_height) {
+        JSAMPROW row = codes + rowBytes * jpeg.output_scanline;
+        jpeg_read_scanlines(&jpeg, &row, 1);
+    }
+    jpeg_finish_decompress(&jpeg);
+    return true;
+}
+
+struct Reader {
+    jpeg_decompress_struct jpeg{};
+    Errors errors{};
+
+    Reader() {
+        jpeg.err = jpeg_std_error(&errors.manager);
+        errors.manager.error_exit = leave;
+        errors.manager.emit_message = leaveOnWarning;
+    }
+    ~Reader() { jpeg_destroy_decompress(&jpeg); }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+};
+
+}  // namespace
+
+bool isJpeg(std::span<const char> bytes) noexcept {
+    return bytes.size() >= 3 && bytes[0] == '\xff' && bytes[1] == '\xd8' && bytes[2] == '\xff';
+}
+
+Pixels decodeJpeg(std::span<const char> bytes) {
+    Reader reader;
+    if (!readHead(reader.jpeg, reader.errors, bytes)) throw PictureFault(reader.errors.text);
+    const auto channels = static_cast<std::size_t>(reader.jpeg.num_components);
+    if (channels != 1 && channels != 3)
+        throw PictureFault("only grey and RGB pictures are read, not " + std::to_string(channels) + " components");
+    const std::size_t width = reader.jpeg.image_width;
+    const std::size_t height = reader.jpeg.image_height;
+    constexpr std::uint64_t pixelsPerByte = 1024;  // a block of 8 x 8 takes at least a bit, chroma may be subsampled
+    checkPictureSize(static_cast<long long>(width), static_cast<long long>(height), channels, bytes.size() * pixelsPerByte);
+    std::vector<JSAMPLE> codes(channels * width * height);
+    if (!readRows(reader.jpeg, reader.errors, codes.data(), channels * width)) throw PictureFault(reader.errors.text);
+    Pixels pixels{static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0};
+    pixels.values.resize(codes.size());
+    std::transform(codes.begin(), codes.end(), pixels.values.begin(), [](JSAMPLE code) { return code / 255.0F; });
+    return pixels;
+}
+
+}  // namespace nemra::core

@@ -1,0 +1,109 @@
+#include "engine/core/image/picture_film.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "engine/core/result/in_strips.h"
+
+namespace nemra::core {
+
+void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t plausiblePixels) {
+    const auto size = [&] { return std::to_string(width) + " x " + std::to_string(height) + " pixels"; };
+    if (width < 1 || height < 1) throw PictureFault("a picture of " + size());
+    const auto w = static_cast<std::uint64_t>(width);
+    const auto h = static_cast<std::uint64_t>(height);
+    const std::uint64_t perPixel = sizeof(double) * std::max<std::uint64_t>(channels, 1);
+    if (perPixel > kMaxBufferBytes || w > kMaxBufferBytes / perPixel || h > kMaxBufferBytes / perPixel / w) {
+        throw PictureFault(size() + " with " + std::to_string(channels) + " channels take more than " +
+                           std::to_string(kMaxBufferBytes) + " bytes");
+    }
+    constexpr std::uint64_t free = std::uint64_t{64} << 20;
+    constexpr std::uint64_t sums = 2 * sizeof(double);  // of a channel
+    constexpr std::uint64_t rest = 2 * sizeof(double) + 2 * sizeof(std::uint32_t);
+    const bool large = w * h > free / (sums * channels + rest);
+    if (large && w * h > plausiblePixels) throw PictureFault("the file is too small to hold " + size());
+}
+
+std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel> channels) {
+    auto film = std::make_shared<Film>();
+    film->width = width;
+    film->height = height;
+    film->channels = std::move(channels);
+    const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    film->high.resize(pixels * film->channels.size());
+    film->low.resize(pixels * film->channels.size());
+    film->samples.assign(pixels, 1);
+    film->squares.resize(pixels);
+    film->depth.resize(pixels);
+    film->depthSamples.resize(pixels);
+    return film;
+}
+
+void setCell(Film& film, int x, int y, int channel, double value) noexcept {
+    film.high[film.cell(x, y, channel)] = std::isfinite(value) ? value : 0.0;
+}
+
+void finishPictureFilm(Film& film) {
+    const std::size_t channels = film.channels.size();
+    const int reference = referenceChannel(film);
+    for (std::size_t pixel = 0; pixel < film.squares.size(); ++pixel) {
+        const double* const values = film.high.data() + pixel * channels;
+        double value = 0.0;
+        if (reference >= 0) {
+            value = values[reference];
+        } else {
+            for (std::size_t c = 0; c < channels; ++c) value += values[c] / static_cast<double>(channels);
+        }
+        film.squares[pixel] = value * value;
+    }
+}
+
+std::vector<Channel> tristimulusChannels() {
+    std::vector<Channel> channels;
+    for (const char* const name : {"X", "Y", "Z"}) channels.push_back({name, ChannelKind::luminous, 0.0, 0.0, "cd.m^-2"});
+    return channels;
+}
+
+Channel alphaChannel() { return {"A", ChannelKind::unknown, 0.0, 0.0, "1"}; }
+
+Channel bandChannel(double wavelength, double bandwidth, std::string unit) {
+    std::array<char, 32> text{};
+    const double nm = std::round(wavelength * 1.0e12) / 1000.0;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), nm).ptr;
+    return {std::string(text.data(), end) + " nm", ChannelKind::spectral, wavelength, bandwidth, std::move(unit)};
+}
+
+std::vector<double> bandwidthsBetween(const std::vector<double>& centres) {
+    const std::size_t count = centres.size();
+    std::vector<double> widths(count, 1.0e-9);
+    if (count < 2) return widths;
+    for (std::size_t i = 0; i < count; ++i) {
+        const double below = i > 0 ? centres[i] - centres[i - 1] : centres[1] - centres[0];
+        const double above = i + 1 < count ? centres[i + 1] - centres[i] : centres[i] - centres[i - 1];
+        widths[i] = (below + above) / 2.0;
+    }
+    return widths;
+}
+
+std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& space, bool encoded, double scale) {
+    const bool grey = pixels.channels < 3;
+    const bool withAlpha = pixels.channels == 2 || pixels.channels == 4;
+    auto channels = tristimulusChannels();
+    if (withAlpha) channels.push_back(alphaChannel());
+    auto film = makePictureFilm(pixels.width, pixels.height, std::move(channels));
+    forEachInStrips(pixels.width, pixels.height, [&](int x, int y) {
+        const float* const value = pixels.at(x, y);
+        std::array<double, 3> rgb{value[0], value[grey ? 0 : 1], value[grey ? 0 : 2]};
+        if (encoded) {
+            for (double& component : rgb) component = space.decode(component);
+        }
+        const auto xyz = space.toXyz(rgb[0], rgb[1], rgb[2]);
+        for (int c = 0; c < 3; ++c) setCell(*film, x, y, c, scale * xyz[static_cast<std::size_t>(c)]);
+        if (withAlpha) setCell(*film, x, y, 3, value[pixels.channels - 1]);
+    });
+    finishPictureFilm(*film);
+    return film;
+}
+
+}  // namespace nemra::core

@@ -1,0 +1,289 @@
+#include "engine/core/image/read_exr.h"
+
+#include <ImfChannelList.h>
+#include <ImfChromaticitiesAttribute.h>
+#include <ImfFloatAttribute.h>
+#include <ImfFrameBuffer.h>
+#include <ImfHeader.h>
+#include <ImfIO.h>
+#include <ImfInputPart.h>
+#include <ImfMultiPartInputFile.h>
+#include <ImfStandardAttributes.h>
+#include <ImfStringAttribute.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <optional>
+
+#include "engine/common/log.h"
+#include "engine/core/image/picture_film.h"
+#include "engine/core/image/spectral_layout.h"
+#include "engine/core/result/in_strips.h"
+#include "engine/node/encoding/utf8.h"
+
+namespace nemra::core {
+
+namespace {
+
+constexpr int kMaxSide = 65536;
+constexpr std::size_t kMaxChannels = 4096;
+
+class MemoryStream final : public Imf::IStream {
+public:
+    explicit MemoryStream(std::span<const char> bytes) : IStream("memory"), bytes_(bytes) {}
+    bool read(char out[], int count) override {
+        if (count < 0 || place_ > bytes_.size() || static_cast<std::size_t>(count) > bytes_.size() - place_) {
+            throw PictureFault("the file is cut short");
+        }
+        std::memcpy(out, bytes_.data() + place_, static_cast<std::size_t>(count));
+        place_ += static_cast<std::size_t>(count);
+        return place_ < bytes_.size();
+    }
+    std::uint64_t tellg() override { return place_; }
+    void seekg(std::uint64_t place) override { place_ = static_cast<std::size_t>(place); }
+
+private:
+    std::span<const char> bytes_;
+    std::size_t place_ = 0;
+};
+
+/// A channel of the file and what becomes of it.
+struct Source {
+    std::string name;
+    Channel channel;
+};
+
+std::string textOf(const Imf::Header& header, const char* name) {
+    const auto* const attribute = header.findTypedAttribute<Imf::StringAttribute>(name);
+    return attribute ? attribute->value() : "";
+}
+
+class File {
+public:
+    /// The first part of the file. Its headers are looked at before the library makes buffers for what they claim.
+    File(std::span<const char> bytes, const std::string& origin)
+        : bytes_(bytes.size()),
+          origin_(origin),
+          stream_(bytes),
+          parts_(stream_, 0, false),
+          header_(parts_.header(0)),
+          window_(header_.dataWindow()) {
+        for (auto i = header_.channels().begin(); i != header_.channels().end(); ++i) {
+            names_.emplace_back(i.name());
+            if (names_.size() > kMaxChannels) throw PictureFault("more than " + std::to_string(kMaxChannels) + " channels");
+        }
+        checkSize(1);
+    }
+
+    const Imf::Header& header() const { return header_; }
+    const std::vector<std::string>& names() const noexcept { return names_; }
+
+    /// A channel at full resolution.
+    bool has(const std::string& name) const {
+        const auto* const channel = header_.channels().findChannel(name);
+        return channel && channel->xSampling == 1 && channel->ySampling == 1;
+    }
+
+    std::shared_ptr<Film> read(const std::vector<Source>& sources) {
+        checkSize(sources.size());
+        std::vector<Channel> channels;
+        for (const Source& source : sources) channels.push_back(source.channel);
+        auto film = makePictureFilm(static_cast<int>(width()), static_cast<int>(height()), std::move(channels));
+
+        const std::size_t count = sources.size();
+        const auto w = static_cast<std::size_t>(width());
+        const auto h = static_cast<std::size_t>(height());
+        std::vector<std::vector<float>> planes(count, std::vector<float>(w * h));
+        Imf::FrameBuffer frame;
+        for (std::size_t c = 0; c < count; ++c) {
+            frame.insert(sources[c].name,
+                         Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window_, sizeof(float), sizeof(float) * w));
+        }
+        Imf::InputPart part(parts_, 0);
+        part.setFrameBuffer(frame);
+        part.readPixels(window_.min.y, window_.max.y);
+        double* const cells = film->high.data();
+        forEachInStrips(film->width, film->height, [&](int x, int y) {
+            const auto column = static_cast<std::size_t>(x);
+            const auto row = static_cast<std::size_t>(y);
+            double* const out = cells + (column * h + row) * count;
+            for (std::size_t c = 0; c < count; ++c) {
+                const float value = planes[c][row * w + column];
+                out[c] = std::isfinite(value) ? static_cast<double>(value) : 0.0;
+            }
+        });
+        finishPictureFilm(*film);
+        return film;
+    }
+
+    /// Says once what wasn't taken.
+    void reportOthers(const std::vector<Source>& taken, bool previewIsExpected) const {
+        std::string others;
+        for (const std::string& name : names_) {
+            if (previewIsExpected && (name == "R" || name == "G" || name == "B")) continue;
+            if (std::any_of(taken.begin(), taken.end(), [&](const Source& source) { return source.name == name; })) continue;
+            if (others.size() > 200) {
+                others += ", ...";
+                break;
+            }
+            others += (others.empty() ? "" : ", ") + name;
+        }
+        if (!others.empty()) log::info(origin_, "channels that are left out: " + others);
+    }
+
+private:
+    long long width() const noexcept { return static_cast<long long>(window_.max.x) - window_.min.x + 1; }
+    long long height() const noexcept { return static_cast<long long>(window_.max.y) - window_.min.y + 1; }
+    void checkSize(std::size_t channels) const {
+        constexpr std::uint64_t pixelsPerByte = 8192;  // wavelets pack pictures of one value better than anything else does
+        checkPictureSize(width(), height(), channels, bytes_ * pixelsPerByte);
+    }
+
+    std::size_t bytes_;
+    const std::string& origin_;
+    MemoryStream stream_;
+    Imf::MultiPartInputFile parts_;
+    const Imf::Header& header_;
+    Imath::Box2i window_;
+    std::vector<std::string> names_;
+};
+
+std::vector<Source> bandSources(const File& file, LayoutChannel::Kind kind) {
+    std::vector<std::pair<double, std::string>> bands;
+    for (const std::string& name : file.names()) {
+        const auto parsed = parseLayoutChannel(name);
+        if (parsed && parsed->kind == kind && file.has(name)) bands.emplace_back(parsed->wavelength, name);
+    }
+    // The file's order is that of texts, in which 1000 nm comes before 400 nm.
+    std::sort(bands.begin(), bands.end());
+    std::vector<double> centres;
+    for (const auto& [wavelength, name] : bands) centres.push_back(wavelength);
+    std::vector<double> widths = bandwidthsBetween(centres);
+    const auto limits = parseBandLimits(textOf(file.header(), "sarvo:bandLimits"));
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+        for (const BandLimits& band : limits) {
+            if (std::abs((band.first + band.last) / 2.0 - centres[i]) < 2.0e-15) widths[i] = band.last - band.first;
+        }
+    }
+    std::string unit = textOf(file.header(), "sarvo:valueUnit");
+    if (unit.empty()) unit = kind == LayoutChannel::Kind::emissive ? "W.m^-2.sr^-1.nm^-1" : "1";
+    std::vector<Source> sources;
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        sources.push_back({bands[i].second, bandChannel(centres[i], widths[i], unit)});
+    }
+    return sources;
+}
+
+Chromaticity toChromaticity(const Imath::V2f& v) { return {v.x, v.y}; }
+
+/// The primaries that the file states, if they can be used.
+std::optional<ColorSpace> colorsOf(const Imf::Header& header) {
+    if (!Imf::hasChromaticities(header)) return std::nullopt;
+    const Imf::Chromaticities c = Imf::chromaticities(header);
+    const ColorSpace space =
+        linearColorSpace(toChromaticity(c.red), toChromaticity(c.green), toChromaticity(c.blue), toChromaticity(c.white));
+    const auto usable = [](const auto& matrix) {
+        return std::all_of(matrix.begin(), matrix.end(), [](double entry) { return std::isfinite(entry); });
+    };
+    return usable(space.fromXyz) && usable(space.toXyzRows) ? std::optional(space) : std::nullopt;
+}
+
+double luminanceOfWhite(const Imf::Header& header) {
+    const double stated = Imf::hasWhiteLuminance(header) ? static_cast<double>(Imf::whiteLuminance(header)) : 1.0;
+    return stated > 0.0 && std::isfinite(stated) ? stated : 1.0;
+}
+
+/// The first three channels, which hold R, G, B, become X, Y, Z in place.
+void toTristimulus(Film& film, const ColorSpace& space, double scale) {
+    for (std::size_t i = 0; i + 2 < film.high.size(); i += film.channels.size()) {
+        const auto xyz = space.toXyz(film.high[i], film.high[i + 1], film.high[i + 2]);
+        for (std::size_t c = 0; c < 3; ++c) film.high[i + c] = scale * xyz[c];
+    }
+    finishPictureFilm(film);
+}
+
+std::vector<Source> threeSources(const char* const (&names)[3]) {
+    const auto channels = tristimulusChannels();
+    return {{names[0], channels[0]}, {names[1], channels[1]}, {names[2], channels[2]}};
+}
+
+std::vector<Source> unknownSources(const File& file) {
+    std::vector<Source> sources;
+    for (const std::string& name : file.names()) {
+        if (file.has(name) && node::firstNotText(name) == name.size()) {
+            sources.push_back({name, {name, ChannelKind::unknown, 0.0, 0.0, "1"}});
+        }
+    }
+    return sources;
+}
+
+/// `light`: the values are radiances or luminances.
+std::shared_ptr<Film> filmOf(File& file, const ColorSpace* colors, bool& light) {
+    const Imf::Header& header = file.header();
+    const std::string quantity = textOf(header, "sarvo:quantity");
+    light = quantity.empty() || quantity.ends_with("radiance") || quantity == "luminance";
+    const auto take = [&](const std::vector<Source>& sources, bool previewIsExpected = false) {
+        file.reportOthers(sources, previewIsExpected);
+        return file.read(sources);
+    };
+    auto bands = bandSources(file, LayoutChannel::Kind::emissive);
+    if (bands.empty()) {
+        bands = bandSources(file, LayoutChannel::Kind::reflective);
+        light = light && bands.empty();
+    }
+    if (!bands.empty()) return take(bands, true);
+    if (file.has("X") && file.has("Y") && file.has("Z")) return take(threeSources({"X", "Y", "Z"}), true);
+    if (file.has("E") && !quantity.empty()) {
+        return take({{"E", {"E", ChannelKind::energy, 0.0, 0.0, textOf(header, "sarvo:valueUnit")}}}, true);
+    }
+    const std::optional<ColorSpace> stated = colorsOf(header);
+    const ColorSpace& space = colors ? *colors : stated ? *stated : colorSpace("srgb");
+    if (file.has("R") && file.has("G") && file.has("B")) {
+        auto sources = threeSources({"R", "G", "B"});
+        if (file.has("A")) sources.push_back({"A", alphaChannel()});
+        const auto film = take(sources);
+        toTristimulus(*film, space, luminanceOfWhite(header));
+        return film;
+    }
+    if (file.has("Y")) {
+        const auto grey = take({{"Y", {"Y", ChannelKind::luminous, 0.0, 0.0, "cd.m^-2"}}});
+        auto film = makePictureFilm(grey->width, grey->height, tristimulusChannels());
+        for (std::size_t i = 0; i < grey->high.size(); ++i) {
+            for (std::size_t c = 0; c < 3; ++c) film->high[3 * i + c] = grey->high[i];
+        }
+        toTristimulus(*film, space, luminanceOfWhite(header));
+        return film;
+    }
+    light = false;
+    const auto sources = unknownSources(file);
+    if (sources.empty()) throw PictureFault("the file has no channel that can be read");
+    return take(sources);
+}
+
+}  // namespace
+
+std::shared_ptr<Raw> readExr(std::span<const char> bytes, const std::string& origin, const ColorSpace* colors) {
+    // The library would allocate by what a header claims before we see it.
+    static const bool limited = (Imf::Header::setMaxImageSize(kMaxSide, kMaxSide), true);
+    static_cast<void>(limited);
+    try {
+        File file(bytes, origin);
+        RawParts parts;
+        bool light = false;
+        parts.film = filmOf(file, colors, light);
+        if (light) parts.factors[NEMRA_QUANTITY_SCENE_RADIANCE] = 1.0;
+        if (const auto* const time = file.header().findTypedAttribute<Imf::FloatAttribute>("renderTimeSeconds")) {
+            if (time->value() > 0.0F && std::isfinite(time->value())) parts.counts.time = time->value();
+        }
+        return std::make_shared<Raw>(std::move(parts));
+    } catch (const PictureFault&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& e) {
+        throw PictureFault(e.what());
+    }
+}
+
+}  // namespace nemra::core
