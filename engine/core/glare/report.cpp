@@ -197,7 +197,7 @@ std::string glareText(const GlareView& view, const node::Node& report, const std
 }
 
 std::string glareCsv(const GlareView& view, const node::Node& report, const std::string& title) {
-    CsvText csv(CsvStyle{});
+    CsvText csv;
     csv.cell("title").cell(title).endLine();
     for (const Fact& fact : factsOf(view, report)) {
         csv.cell(fact.unit.empty() ? fact.name : fact.name + " [" + fact.unit + "]").cell(fact.value).endLine();

@@ -5,6 +5,7 @@
 
 #include "engine/common/log.h"
 #include "engine/core/output/spectral_weights.h"
+#include "engine/core/result/quantity_unit.h"
 
 namespace nemra::core {
 
@@ -13,34 +14,26 @@ namespace {
 struct QuantityName {
     const char* option;
     nemra_quantity_t quantity;
-    const char* photometric;  ///< unit
-    const char* radiometric;  ///< unit; per nm for a spectral channel
 };
-constexpr std::array<QuantityName, 7> kQuantities{{
-    {"raw", NEMRA_QUANTITY_RAW, "", ""},
-    {"scene_radiance", NEMRA_QUANTITY_SCENE_RADIANCE, "cd.m^-2", "W.m^-2.sr^-1"},
-    {"scene_irradiance", NEMRA_QUANTITY_SCENE_IRRADIANCE, "lx", "W.m^-2"},
-    {"sensor_irradiance", NEMRA_QUANTITY_SENSOR_IRRADIANCE, "lx", "W.m^-2"},
-    {"sensor_power", NEMRA_QUANTITY_SENSOR_POWER, "lm", "W"},
-    {"sensor_exposure", NEMRA_QUANTITY_SENSOR_EXPOSURE, "lx.s", "J.m^-2"},
-    {"bsdf", NEMRA_QUANTITY_COMPUTED_BSDF, "sr^-1", "sr^-1"},
+constexpr std::array<QuantityName, kQuantityCount> kQuantities{{
+    {"raw", NEMRA_QUANTITY_RAW},
+    {"scene_radiance", NEMRA_QUANTITY_SCENE_RADIANCE},
+    {"scene_irradiance", NEMRA_QUANTITY_SCENE_IRRADIANCE},
+    {"sensor_irradiance", NEMRA_QUANTITY_SENSOR_IRRADIANCE},
+    {"sensor_power", NEMRA_QUANTITY_SENSOR_POWER},
+    {"sensor_exposure", NEMRA_QUANTITY_SENSOR_EXPOSURE},
+    {"bsdf", NEMRA_QUANTITY_COMPUTED_BSDF},
 }};
 
-const QuantityName& quantityOf(const Raw& raw, const node::Node& output, const std::string& option) {
+nemra_quantity_t quantityOf(const Raw& raw, const node::Node& output, const std::string& option) {
     const auto found =
         std::find_if(kQuantities.begin(), kQuantities.end(), [&](const QuantityName& name) { return name.option == option; });
     const auto& provided = raw.quantities();
-    if (found != kQuantities.end() && std::find(provided.begin(), provided.end(), found->quantity) != provided.end())
-        return *found;
+    if (found != kQuantities.end() && std::find(provided.begin(), provided.end(), found->quantity) != provided.end()) {
+        return found->quantity;
+    }
     log::warning(output.label(), "this result has no " + option + "; its raw values are taken");
-    return kQuantities.front();
-}
-
-std::string unitOf(const QuantityName& name, const Channel& channel) {
-    if (name.quantity == NEMRA_QUANTITY_RAW) return channel.unit;
-    if (channel.kind == ChannelKind::luminous) return name.photometric;
-    const bool isDensity = channel.kind == ChannelKind::spectral && name.quantity != NEMRA_QUANTITY_COMPUTED_BSDF;
-    return std::string(name.radiometric) + (isDensity ? ".nm^-1" : "");
+    return NEMRA_QUANTITY_RAW;
 }
 
 std::vector<float> valuesOf(const LightView& view, int channel, int quantity) {
@@ -91,18 +84,18 @@ const Plane* ChannelValues::find(std::string_view name) const noexcept {
 ChannelValues channelValues(const Raw& raw, const node::Node& output, const ChannelChoice& choice, bool fast) {
     const auto film = raw.film();
     const auto view = raw.view();
-    const QuantityName& quantity = quantityOf(raw, output, choice.quantity);
+    const nemra_quantity_t quantity = quantityOf(raw, output, choice.quantity);
     const bool isFiltered = !output.list().empty();
-    const std::string luminous = quantity.quantity == NEMRA_QUANTITY_RAW ? "cd.m^-2" : quantity.photometric;
+    const std::string luminous = unitOf(Channel{"Y", ChannelKind::luminous, 0.0, 0.0, "cd.m^-2"}, quantity);
 
     std::vector<Plane> planes;
     for (int i = 0; i < view->channels; ++i) {
         const Channel& channel = film->channels[std::size_t(i)];
-        planes.push_back({channel.name, unitOf(quantity, channel), valuesOf(*view, i, quantity.quantity)});
+        planes.push_back({channel.name, unitOf(channel, quantity), valuesOf(*view, i, quantity)});
     }
     const auto image = [&] {
         XyzImage xyz = toXyz(*film, *view, "cie1931_2deg");
-        convert(xyz, *view, quantity.quantity);
+        convert(xyz, *view, quantity);
         return xyz;
     };
     if (!isFiltered) {

@@ -1,6 +1,5 @@
 #include "engine/core/output/color_space.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace nemra::core {
@@ -81,19 +80,6 @@ double ColorSpace::decode(double code) const noexcept {
 
 ColorSpace linearColorSpace(Chromaticity red, Chromaticity green, Chromaticity blue, Chromaticity white) {
     return make(red, green, blue, white, ColorSpace::Curve::linear);
-}
-
-std::optional<ColorSpace> colorSpaceOfMatrix(const std::array<float, 9>& xyzToRgb) {
-    Matrix matrix{};
-    std::copy(xyzToRgb.begin(), xyzToRgb.end(), matrix.begin());
-    const Matrix m = inverse(matrix);
-    const auto chromaticity = [](double X, double Y, double Z) { return Chromaticity{X / (X + Y + Z), Y / (X + Y + Z)}; };
-    const ColorSpace space =
-        linearColorSpace(chromaticity(m[0], m[3], m[6]), chromaticity(m[1], m[4], m[7]), chromaticity(m[2], m[5], m[8]),
-                         chromaticity(m[0] + m[1] + m[2], m[3] + m[4] + m[5], m[6] + m[7] + m[8]));
-    const bool usable =
-        std::all_of(space.fromXyz.begin(), space.fromXyz.end(), [](double entry) { return std::isfinite(entry); });
-    return usable ? std::optional(space) : std::nullopt;
 }
 
 const ColorSpace& radianceColorSpace() {

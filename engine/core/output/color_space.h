@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <optional>
 #include <string_view>
 
 namespace nemra::core {
@@ -36,8 +35,6 @@ struct ColorSpace {
 
 /// Linear light with those primaries and that white.
 ColorSpace linearColorSpace(Chromaticity red, Chromaticity green, Chromaticity blue, Chromaticity white);
-/// Linear light with the primaries of such a matrix (row-major, XYZ to R, G, B); none for a matrix that can't be inverted.
-std::optional<ColorSpace> colorSpaceOfMatrix(const std::array<float, 9>& xyzToRgb);
 /// The primaries that Radiance pictures have if they name none, with the white of equal energy (Ward, "The RADIANCE Picture File
 /// Format").
 const ColorSpace& radianceColorSpace();

@@ -1,32 +1,31 @@
 #include "engine/core/output/csv.h"
 
-#include <algorithm>
-
 #include "engine/core/output/false_color.h"
 
 namespace nemra::core {
 
-CsvStyle CsvStyle::named(std::string_view separator, int digits) {
-    if (separator == "semicolon") return {';', ',', digits};
-    if (separator == "tab") return {'\t', '.', digits};
-    return {',', '.', digits};
-}
-
-std::string CsvStyle::number(double value) const {
-    std::string text = significant(value, digits);
-    std::replace(text.begin(), text.end(), '.', decimal);
-    return text;
-}
-
-std::string CsvStyle::text(std::string_view value) const {
-    const bool isPlain = value.find_first_of(std::string("\"\r\n") + separator) == std::string_view::npos;
-    if (isPlain) return std::string(value);
+CsvText& CsvText::cell(std::string_view value) {
+    if (value.find_first_of("\"\r\n,") == std::string_view::npos) return put(value);
     std::string quoted = "\"";
     for (const char letter : value) {
         if (letter == '"') quoted += '"';
         quoted += letter;
     }
-    return quoted + '"';
+    return put(quoted + '"');
+}
+
+CsvText& CsvText::cell(double value) { return put(significant(value, 6)); }
+
+void CsvText::endLine() {
+    all_ += '\n';
+    isFirst_ = true;
+}
+
+CsvText& CsvText::put(std::string_view text) {
+    if (!isFirst_) all_ += ',';
+    isFirst_ = false;
+    all_ += text;
+    return *this;
 }
 
 }  // namespace nemra::core

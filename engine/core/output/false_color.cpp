@@ -144,12 +144,9 @@ Canvas withLegend(const Canvas& picture, const FalseColors& colors, const std::s
     return canvas;
 }
 
-DisplayImage displayOf(const Canvas& canvas) {
-    DisplayImage display;
-    display.width = canvas.width();
-    display.height = canvas.height();
-    display.colorSpace = "srgb";
-    display.bytes = canvas.codes();
+DisplayImage displayOf(const Canvas& canvas, int bits) {
+    DisplayImage display{canvas.width(), canvas.height(), "srgb", 0.0, {}, bits};
+    for (const unsigned char code : canvas.codes()) display.append(code / 255.0);
     return display;
 }
 

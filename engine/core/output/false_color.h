@@ -37,7 +37,7 @@ Canvas colorValues(const std::vector<float>& values, int width, int height, cons
 Canvas withLegend(const Canvas& picture, const FalseColors& colors, const std::string& unit);
 
 /// Codes of sRGB.
-DisplayImage displayOf(const Canvas& canvas);
+DisplayImage displayOf(const Canvas& canvas, int bits);
 
 /// With so many significant digits, by a decimal point; without zeros at the end.
 std::string significant(double value, int digits);

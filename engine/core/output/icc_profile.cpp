@@ -70,14 +70,17 @@ void fixDate(std::vector<char>& profile) {
     if (profile.size() >= kDate + sizeof date) std::copy(std::begin(date), std::end(date), profile.begin() + kDate);
 }
 
-std::vector<char> build(const ColorSpace& space, const Curve& curve, const char* name) {
+}  // namespace
+
+std::vector<char> iccProfile(const ColorSpace& space, double gamma) {
     const auto failed = [] { return std::runtime_error("the ICC profile can't be made"); };
+    const Curve curve = curveOf(space, gamma);
     if (!curve) throw failed();
     const cmsCIExyY white = toLcms(space.white);
     const cmsCIExyYTRIPLE primaries{toLcms(space.red), toLcms(space.green), toLcms(space.blue)};
     cmsToneCurve* curves[] = {curve.get(), curve.get(), curve.get()};
     const Profile profile(cmsCreateRGBProfile(&white, &primaries, curves));
-    if (!profile || !setText(profile.get(), cmsSigProfileDescriptionTag, name) ||
+    if (!profile || !setText(profile.get(), cmsSigProfileDescriptionTag, nameOf(space, gamma)) ||
         !setText(profile.get(), cmsSigCopyrightTag, "No copyright")) {
         throw failed();
     }
@@ -89,20 +92,8 @@ std::vector<char> build(const ColorSpace& space, const Curve& curve, const char*
     return bytes;
 }
 
-}  // namespace
-
-std::vector<char> iccProfile(const ColorSpace& space, double gamma) {
-    return build(space, curveOf(space, gamma), nameOf(space, gamma));
-}
-
-std::vector<char> iccProfile(const ColorSpace& primaries, const std::vector<float>& light) {
-    const auto count = static_cast<cmsUInt32Number>(light.size());
-    return build(primaries, Curve(cmsBuildTabulatedToneCurveFloat(nullptr, count, light.data())), "Measured display");
-}
-
 std::vector<char> profileOf(const DisplayImage& image) {
-    if (!image.profile.empty()) return image.profile;
-    return image.colorSpace == "device" ? std::vector<char>() : iccProfile(colorSpace(image.colorSpace), image.gamma);
+    return image.hasProfile ? iccProfile(image.space(), image.gamma) : std::vector<char>();
 }
 
 }  // namespace nemra::core

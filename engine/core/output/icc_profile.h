@@ -10,9 +10,8 @@ namespace nemra::core {
 /// The profile of pictures in that colour space with that display curve: `gamma` > 0 is the exponent of a power law, 0 stands for
 /// the space's own curve. ICC.1:2010 (version 4); the same bytes each time. Throws std::runtime_error.
 std::vector<char> iccProfile(const ColorSpace& space, double gamma);
-/// The same for a display that was measured: `light[i]` is the light, 1 for its white, of the code i / (size - 1).
-std::vector<char> iccProfile(const ColorSpace& primaries, const std::vector<float>& light);
-/// The profile that goes with a picture; empty for a device that has none.
+
+/// That of a picture's codes; empty where none describes them.
 std::vector<char> profileOf(const DisplayImage& image);
 
 }  // namespace nemra::core

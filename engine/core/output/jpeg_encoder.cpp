@@ -61,7 +61,6 @@ bool write(jpeg_compress_struct& jpeg, Errors& errors, const DisplayImage& image
 }  // namespace
 
 std::vector<char> encodeJpeg(const DisplayImage& image) {
-    if (image.bits != 8) throw std::runtime_error("the format has 8 bits per component");
     if (image.width > JPEG_MAX_DIMENSION || image.height > JPEG_MAX_DIMENSION) {
         throw std::runtime_error("the format takes at most " + std::to_string(JPEG_MAX_DIMENSION) + " pixels a side");
     }

@@ -46,7 +46,7 @@ std::optional<std::string> makeBsdf(const Raw& raw, const node::Node& output, st
     if (output.choice("layout") != "table") throw std::runtime_error("the XML of window simulation isn't written yet");
     const std::string& spectral = output.choice("spectral");
     if (spectral == "solar") throw std::runtime_error("weighing with the spectrum of the sun isn't available yet");
-    CsvText csv(CsvStyle{});
+    CsvText csv;
     if (spectral == "photopic" && hasSpectralChannels(*raw.film())) {
         writeBlock(csv, "photopic [sr^-1]", photopicMean(raw, output), raw.width(), raw.height());
         return csv.take();

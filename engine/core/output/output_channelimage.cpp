@@ -9,7 +9,7 @@
 namespace nemra::core {
 namespace {
 
-DisplayImage makeChannelImage(const Raw& raw, const node::Node& output, bool fast) {
+DisplayImage makeChannelImage(const Raw& raw, const node::Node& output, bool fast, int bits) {
     const ChannelValues values = channelValues(raw, output, {output.choice("quantity"), true, true}, fast);
     const std::string& name = output.text("channel");
     const Plane* const channel = values.find(name);
@@ -17,7 +17,7 @@ DisplayImage makeChannelImage(const Raw& raw, const node::Node& output, bool fas
     const FalseColors colors = falseColorsOf(output, channel->values);
     const std::string title = channel->unit.empty() ? channel->name : channel->name + " " + channel->unit;
     const Canvas canvas = withLegend(colorValues(channel->values, values.width, values.height, colors), colors, title);
-    return displayOf(canvas);
+    return displayOf(canvas, bits);
 }
 
 constexpr std::array<const char*, 2> kFormats{"png", "jpg"};

@@ -8,12 +8,12 @@
 namespace nemra::core {
 namespace {
 
-DisplayImage makeGlareMap(const Raw& raw, const node::Node& output, bool) {
+DisplayImage makeGlareMap(const Raw& raw, const node::Node& output, bool, int bits) {
     const GlareView view = glareViewOf(raw, output);
     const FalseColors colors = falseColorsOf(output, view.field.luminance);
     const Canvas canvas =
         withLegend(drawGlare(view, colors, {output.boolean("number_sources"), output.boolean("outline_only")}), colors, "cd/m2");
-    return displayOf(canvas);
+    return displayOf(canvas, bits);
 }
 
 constexpr std::array<const char*, 2> kFormats{"png", "jpg"};

@@ -8,7 +8,7 @@
 #include <functional>
 
 #include "engine/common/log.h"
-#include "engine/core/output/icc_profile.h"
+#include "engine/core/geometry/affine.h"
 #include "engine/core/output/picture.h"
 #include "engine/core/output/write_result.h"
 
@@ -70,44 +70,40 @@ Curve curveOf(const node::Node& output, double black, double peak) {
     return [power = 1.0 / output.real("gamma")](double value) { return std::pow(value, power); };
 }
 
-/// The display's profile: its primaries from the matrix, and what each of its codes shows, black included. Empty for a matrix
-/// that can't be inverted.
-std::vector<char> measuredProfile(const std::array<float, 9>& xyzToRgb, const Curve& curve, double black) {
-    const auto primaries = colorSpaceOfMatrix(xyzToRgb);
-    if (!primaries) return {};
-    constexpr std::size_t count = 1024;
-    std::vector<float> light(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        const double code = static_cast<double>(i) / (count - 1);
-        double low = 0.0;
-        double high = 1.0;
-        for (int step = 0; step < 40; ++step) {  // the curve rises
-            const double middle = (low + high) / 2.0;
-            (curve(middle) < code ? low : high) = middle;
-        }
-        light[i] = static_cast<float>(black + high * (1.0 - black));
-    }
-    return iccProfile(*primaries, light);
+/// What a profile can say: primaries and white by the inverse of the matrix, and a curve that it has words for.
+void describe(DisplayImage& display, const node::Node& output) {
+    const auto m = output.matrix3("xyz_to_rgb");
+    const std::array<Vec3, 3> rows{Vec3{m[0], m[1], m[2]}, Vec3{m[3], m[4], m[5]}, Vec3{m[6], m[7], m[8]}};
+    const Affine toRgb{rows, {}};
+    const std::string& curve = output.choice("curve");
+    display.hasProfile = (curve == "gamma" || curve == "srgb") && std::abs(toRgb.determinant()) > 1.0e-9;
+    if (!display.hasProfile) return;
+    const Affine toXyz = toRgb.inverse();
+    const auto chromaticity = [&](const Vec3& rgb) {
+        const Vec3 xyz = toXyz.vector(rgb);
+        const double sum = xyz[0] + xyz[1] + xyz[2];
+        return Chromaticity{xyz[0] / sum, xyz[1] / sum};
+    };
+    display.device =
+        linearColorSpace(chromaticity({1, 0, 0}), chromaticity({0, 1, 0}), chromaticity({0, 0, 1}), chromaticity({1, 1, 1}));
+    for (const double entry : display.device->fromXyz) display.hasProfile = display.hasProfile && std::isfinite(entry);
+    if (curve == "srgb") display.device->curve = ColorSpace::Curve::srgb;
+    if (curve == "gamma") display.gamma = output.real("gamma");
 }
 
-DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast) {
+DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast, int bits) {
     const auto film = raw.film();
     const auto view = raw.view();
     Picture picture{*film, *view, toXyz(*film, *view, "cie1931_2deg"), fast, {}, &raw};
     runFilters(output, picture);
     const double peak = output.real("peak_luminance");
     const double black = std::min(output.real("black_luminance"), 0.999 * peak);
-    const int depth = output.integer("bit_depth");
-    const double steps = std::ldexp(1.0, depth) - 1.0;
     const Curve curve = curveOf(output, black, peak);
     const auto matrix = output.matrix3("xyz_to_rgb");
-    DisplayImage display;
-    display.width = picture.image.width;
-    display.height = picture.image.height;
-    display.colorSpace = "device";
-    display.bits = depth > 8 ? 16 : 8;
-    display.profile = measuredProfile(matrix, curve, black / peak);
-    display.bytes.resize(picture.image.values.size() * static_cast<std::size_t>(display.bits / 8));
+    DisplayImage display{picture.image.width, picture.image.height, "srgb", 0.0, {}, bits};
+    describe(display, output);
+    display.bytes.reserve(picture.image.values.size() * std::size_t(bits / 8));
+    const double steps = std::exp2(std::min(bits, output.integer("bit_depth"))) - 1.0;
     for (std::size_t i = 0; i + 2 < picture.image.values.size(); i += 3) {
         const float* const xyz = picture.image.values.data() + i;
         for (std::size_t row = 0; row < 3; ++row) {
@@ -115,14 +111,14 @@ DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast) {
             for (std::size_t c = 0; c < 3; ++c) linear += double(matrix[3 * row + c]) * double(xyz[c]);
             // Black adds to all that the display shows, so that much less is to be shown.
             const double shown = (linear * peak - black) / (peak - black);
-            const double code = std::clamp(curve(shown > 0.0 ? std::min(shown, 1.0) : 0.0), 0.0, 1.0);
-            display.set(i + row, std::round(code * steps) / steps);
+            const double code = curve(shown > 0.0 ? std::min(shown, 1.0) : 0.0);
+            display.append(std::round(steps * std::clamp(code, 0.0, 1.0)) / steps);
         }
     }
     return display;
 }
 
-constexpr std::array<const char*, 2> kFormats{"png", "jpg"};
+constexpr std::array<const char*, 3> kFormats{"png", "jpg", "png16"};
 const bool kKnown = addDisplayClass("special", makeSpecial);
 const bool kFormatsKnown = outputClasses().add("special", [] { return std::span<const char* const>(kFormats); });
 

@@ -1,109 +1,56 @@
-// Numbers as CSV, with names and units in the first row.
+// Tables of what the filters of an output make of the channels, and of meta channels. Those of the sensor's channels alone come
+// straight from the result (table_text.h).
 #include <algorithm>
-#include <array>
-#include <stdexcept>
 
 #include "engine/core/output/channel_values.h"
-#include "engine/core/output/csv.h"
 #include "engine/core/output/document.h"
-#include "engine/core/output/write_result.h"
+#include "engine/core/output/table_text.h"
 
 namespace nemra::core {
 namespace {
 
-std::string heading(const Plane& channel) {
-    return channel.unit.empty() ? channel.name : channel.name + " [" + channel.unit + "]";
-}
-
-/// The channels that the text names, with commas between, in its order; all of the sensor's for an empty text.
-std::vector<const Plane*> chosenChannels(const ChannelValues& values, const std::string& names) {
-    std::vector<const Plane*> chosen;
-    if (names.empty()) {
-        for (const Plane& channel : values.channels) chosen.push_back(&channel);
-        return chosen;
+/// The channels as a result of their own, so that one writer serves both.
+Raw resultOf(const ChannelValues& values) {
+    auto film = std::make_shared<Film>();
+    film->width = values.width;
+    film->height = values.height;
+    for (const Plane& channel : values.channels) {
+        film->channels.push_back({channel.name, ChannelKind::unknown, 0.0, 0.0, channel.unit.empty() ? "1" : channel.unit});
     }
-    for (std::size_t from = 0; from <= names.size();) {
-        const std::size_t comma = std::min(names.find(',', from), names.size());
-        std::string name = names.substr(from, comma - from);
-        name.erase(0, name.find_first_not_of(' '));
-        name.erase(name.find_last_not_of(' ') + 1);
-        const Plane* const channel = values.find(name);
-        if (!channel || name.empty()) throw std::runtime_error("there is no channel \"" + name + "\"");
-        chosen.push_back(channel);
-        from = comma + 1;
-    }
-    return chosen;
-}
-
-void writePixels(CsvText& csv, const ChannelValues& values, const std::vector<const Plane*>& channels) {
-    csv.cell("x").cell("y");
-    for (const Plane* const channel : channels) csv.cell(heading(*channel));
-    csv.endLine();
-    for (int y = 0; y < values.height; ++y) {
-        for (int x = 0; x < values.width; ++x) {
-            csv.cell(std::to_string(x)).cell(std::to_string(y));
-            const std::size_t pixel = std::size_t(y) * std::size_t(values.width) + std::size_t(x);
-            for (const Plane* const channel : channels) csv.cell(channel->values[pixel]);
-            csv.endLine();
-        }
-    }
-}
-
-void writeGrids(CsvText& csv, const ChannelValues& values, const std::vector<const Plane*>& channels) {
-    for (const Plane* const channel : channels) {
-        csv.cell(heading(*channel));
-        for (int x = 0; x < values.width; ++x) csv.cell(std::to_string(x));
-        csv.endLine();
+    const std::size_t pixels = std::size_t(values.width) * std::size_t(values.height);
+    film->high.resize(pixels * film->channels.size());
+    film->low.resize(film->high.size());
+    film->samples.assign(pixels, 1);
+    film->squares.resize(pixels);
+    film->depth.resize(pixels);
+    film->depthSamples.resize(pixels);
+    for (int x = 0; x < values.width; ++x) {
         for (int y = 0; y < values.height; ++y) {
-            csv.cell(std::to_string(y));
-            for (int x = 0; x < values.width; ++x) {
-                csv.cell(channel->values[std::size_t(y) * std::size_t(values.width) + std::size_t(x)]);
+            for (std::size_t c = 0; c < values.channels.size(); ++c) {
+                film->high[film->cell(x, y, static_cast<int>(c))] =
+                    values.channels[c].values[std::size_t(y) * std::size_t(values.width) + std::size_t(x)];
             }
-            csv.endLine();
         }
-        if (channel != channels.back()) csv.endLine();
     }
-}
-
-/// Uniformity is the smallest over the mean value, and the diversity the smallest over the largest (EN 12665:2018).
-void writeSummary(CsvText& csv, const std::vector<const Plane*>& channels) {
-    for (const char* const title : {"channel", "unit", "mean", "minimum", "maximum", "minimum/mean", "minimum/maximum"})
-        csv.cell(title);
-    csv.endLine();
-    for (const Plane* const channel : channels) {
-        if (channel->values.empty()) continue;
-        double sum = 0.0;
-        for (const float value : channel->values) sum += value;
-        const auto [least, most] = std::minmax_element(channel->values.begin(), channel->values.end());
-        const double mean = sum / double(channel->values.size());
-        csv.cell(channel->name).cell(channel->unit).cell(mean).cell(*least).cell(*most);
-        csv.cell(mean != 0.0 ? *least / mean : 0.0).cell(*most != 0.0F ? double(*least) / double(*most) : 0.0);
-        csv.endLine();
-    }
+    RawParts parts;
+    parts.film = std::move(film);
+    return Raw(std::move(parts));
 }
 
 std::optional<std::string> makeTable(const Raw& raw, const node::Node& output, std::string_view format) {
     if (format != "csv") return std::nullopt;
-    const std::string& names = output.text("channels");
-    const ChannelValues values =
-        channelValues(raw, output, {output.choice("quantity"), !names.empty(), !names.empty()}, raw.isDraft());
-    const auto channels = chosenChannels(values, names);
-    if (channels.empty()) throw std::runtime_error("the result has no channels");
-    CsvText csv(CsvStyle::named(output.choice("separator"), output.integer("digits")));
-    const std::string& layout = output.choice("layout");
-    if (layout == "summary") {
-        writeSummary(csv, channels);
-    } else if (layout == "grid") {
-        writeGrids(csv, values, channels);
-    } else {
-        writePixels(csv, values, channels);
-    }
-    return csv.take();
+    TableLayout layout = tableLayoutOf(output);
+    const auto& names = layout.channels;
+    const bool withMeta =
+        std::any_of(names.begin(), names.end(), [&](const std::string& name) { return raw.hasMetaChannel(name); });
+    if (output.list().empty() && !withMeta) return std::nullopt;
+    const Raw shown = resultOf(channelValues(raw, output, {output.choice("quantity"), withMeta, false}, raw.isDraft()));
+    layout.quantity = NEMRA_QUANTITY_RAW;  // they are in the wanted one by now
+    const Buffer text = writeTable(shown, layout);
+    return std::string(text.bytes().begin(), text.bytes().end());
 }
 
-constexpr std::array<const char*, 1> kFormats{"csv"};
 const bool kKnown = addDocumentClass("table", makeTable);
-const bool kFormatsKnown = outputClasses().add("table", [] { return std::span<const char* const>(kFormats); });
 
 }  // namespace
 }  // namespace nemra::core

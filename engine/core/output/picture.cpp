@@ -53,30 +53,33 @@ std::string colorSpaceOf(const node::Node* output) {
 }
 
 DisplayImage encodeDisplay(const XyzImage& image, const std::string& name, double gamma, int bits) {
-    DisplayImage display;
-    display.width = image.width;
-    display.height = image.height;
-    display.colorSpace = name;
-    display.gamma = gamma;
-    display.bits = bits;
+    DisplayImage display{image.width, image.height, name, gamma, {}, bits};
     const ColorSpace& space = colorSpace(name);
-    display.bytes.resize(image.values.size() * static_cast<std::size_t>(bits / 8));
+    display.bytes.reserve(image.values.size() * static_cast<std::size_t>(bits / 8));
     for (std::size_t i = 0; i + 2 < image.values.size(); i += 3) {
         const float* const xyz = image.values.data() + i;
-        const auto linear = space.linear(xyz[0], xyz[1], xyz[2]);
-        for (std::size_t c = 0; c < 3; ++c) {
-            const double code = gamma > 0.0 ? std::pow(std::clamp(linear[c], 0.0, 1.0), 1.0 / gamma) : space.encode(linear[c]);
-            display.set(i + c, code);
+        for (const double linear : space.linear(xyz[0], xyz[1], xyz[2])) {
+            display.append(gamma > 0.0 ? std::pow(std::clamp(linear, 0.0, 1.0), 1.0 / gamma) : space.encode(linear));
         }
     }
     return display;
+}
+
+void DisplayImage::append(double code) {
+    if (bits == 16) {
+        const long wide = std::lround(code * 65535.0);
+        bytes.push_back(static_cast<unsigned char>(wide >> 8));
+        bytes.push_back(static_cast<unsigned char>(wide & 0xff));
+    } else {
+        bytes.push_back(static_cast<unsigned char>(std::lround(code * 255.0)));
+    }
 }
 
 DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits) {
     const auto output = raw.output();
     if (output) {
         const auto own = displayClasses().find(output->type());
-        if (own != displayClasses().end()) return own->second(raw, *output, fast);
+        if (own != displayClasses().end()) return own->second(raw, *output, fast, bits);
         if (!outputClasses().find(output->type())) {
             log::warning(output->label(), "outputs of this class aren't written yet; an rgbimage takes its place");
         }

@@ -1,7 +1,7 @@
 /// From a sensor's channels to display values: what an output node of type rgbimage asks for.
 #pragma once
 
-#include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,29 +54,23 @@ XyzImage toXyz(const Film& film, const LightView& view, std::string_view observe
 struct DisplayImage {
     int width = 0;
     int height = 0;
-    std::string colorSpace;  ///< of an output, or "device" for codes of a display that no colour space describes
+    std::string colorSpace;  ///< of an output
     double gamma = 0.0;      ///< exponent of the display curve; 0: the colour space's own curve
     std::vector<unsigned char> bytes;
     int bits = 8;
-    std::vector<char> profile{};  ///< ICC, of a device; empty: that of the colour space, or none for a device
+    std::optional<ColorSpace> device{};  ///< that of a display which no named colour space describes, in place of `colorSpace`
+    bool hasProfile = true;              ///< false for codes by a curve that no profile here has words for
 
-    /// Stores a code value in [0, 1] as the index-th component; `bytes` must have its size.
-    void set(std::size_t index, double code) noexcept {
-        if (bits == 8) {
-            bytes[index] = static_cast<unsigned char>(std::lround(code * 255.0));
-        } else {
-            const long wide = std::lround(code * 65535.0);
-            bytes[2 * index] = static_cast<unsigned char>(wide >> 8);
-            bytes[2 * index + 1] = static_cast<unsigned char>(wide & 0xff);
-        }
-    }
+    const ColorSpace& space() const { return device ? *device : nemra::core::colorSpace(colorSpace); }
+    /// A component's code from 0 to 1 behind those that there are.
+    void append(double code);
 };
 
 /// Code values of tristimulus values relative to the display's white.
-DisplayImage encodeDisplay(const XyzImage& image, const std::string& space, double gamma, int bits = 8);
+DisplayImage encodeDisplay(const XyzImage& image, const std::string& space, double gamma, int bits);
 
-/// How an output of a class of its own becomes a picture, of as many bits as it decides; an rgbimage needs none.
-using MakeDisplay = DisplayImage (*)(const Raw& raw, const node::Node& output, bool fast);
+/// How an output of a class of its own becomes a picture; an rgbimage needs none.
+using MakeDisplay = DisplayImage (*)(const Raw& raw, const node::Node& output, bool fast, int bits);
 /// By the type of the output.
 bool addDisplayClass(std::string_view type, MakeDisplay make);
 

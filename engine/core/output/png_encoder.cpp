@@ -46,11 +46,9 @@ void ignoreWarning(png_structp, png_const_charp) {}
 
 void setColors(png_structp png, png_infop info, const DisplayImage& image, const ColorSpace& space,
                const std::vector<char>& profile) {
-    if (!profile.empty()) {
-        png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, reinterpret_cast<png_const_bytep>(profile.data()),
-                     static_cast<png_uint_32>(profile.size()));
-    }
-    if (image.colorSpace == "device") return;  // codes of a display of its own kind: no other chunk has words for it
+    if (profile.empty()) return;
+    png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, reinterpret_cast<png_const_bytep>(profile.data()),
+                 static_cast<png_uint_32>(profile.size()));
     // For programs that read no profiles, the nearest power.
     double fileGamma = 1.0;
     if (space.curve == ColorSpace::Curve::rec2020) fileGamma = 1.0 / 2.2;
@@ -82,7 +80,7 @@ bool write(png_structp png, png_infop info, const DisplayImage& image, const Col
 std::vector<char> encodePng(const DisplayImage& image) {
     Sink sink;
     const std::vector<char> profile = profileOf(image);
-    const ColorSpace& space = colorSpace(image.colorSpace);
+    const ColorSpace& space = image.space();
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &sink, takeFault, ignoreWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!info) {

@@ -9,7 +9,7 @@
 #include "engine/common/log.h"
 #include "engine/core/output/document.h"
 #include "engine/core/output/encode.h"
-#include "engine/core/output/raw_csv.h"
+#include "engine/core/output/table_text.h"
 #include "engine/core/output/write_file.h"
 #include "engine/core/result/svraw.h"
 
@@ -18,7 +18,9 @@ namespace nemra::core {
 namespace {
 
 constexpr std::array<const char*, 5> kPictureFormats{"png", "jpg", "exr", "hdr", "png16"};
+constexpr std::array<const char*, 1> kTableFormats{"csv"};
 const bool kPictureKnown = outputClasses().add("rgbimage", [] { return std::span<const char* const>(kPictureFormats); });
+const bool kTableKnown = outputClasses().add("table", [] { return std::span<const char* const>(kTableFormats); });
 constexpr std::array<const char*, 4> kRawFormats{"svraw", "csv", "exr", "hdr"};
 
 std::string lower(std::string_view text) {
@@ -58,15 +60,30 @@ void refuse(const std::string& source, const std::string& format, const char* wh
 
 Bytes adopt(std::vector<char> bytes) { return Bytes(std::move(bytes)); }
 
+Bytes document(const Raw& raw, std::string_view format) {
+    auto text = encodeDocument(raw, format);
+    if (!text) throw std::runtime_error("the output is no report");
+    return adopt(std::move(*text));
+}
+
 using Encode = Bytes (*)(const Raw& raw);
 
-/// What becomes of the output's picture; null for a format that pictures aren't written in.
-Encode pictureEncoder(std::string_view format) {
+/// What becomes of the output in a format that pictures or tables are written in; null for an unknown one.
+Encode resultEncoder(std::string_view format) {
     if (format == "png") return [](const Raw& raw) { return adopt(encodePng(makeDisplayImage(raw, raw.isDraft()))); };
     if (format == "png16") return [](const Raw& raw) { return adopt(encodePng(makeDisplayImage(raw, raw.isDraft(), 16))); };
     if (format == "jpg") return [](const Raw& raw) { return adopt(encodeJpeg(makeDisplayImage(raw, raw.isDraft()))); };
     if (format == "exr") return [](const Raw& raw) { return adopt(encodeExr(raw, ExrColors::rgb)); };
     if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
+    if (format == "txt") return [](const Raw& raw) { return document(raw, "txt"); };
+    if (format == "html") return [](const Raw& raw) { return document(raw, "html"); };
+    if (format == "csv") {
+        return [](const Raw& raw) {
+            if (auto text = encodeDocument(raw, "csv")) return adopt(std::move(*text));
+            const auto output = raw.output();
+            return Bytes(writeTable(raw, output && output->type() == "table" ? tableLayoutOf(*output) : TableLayout{}));
+        };
+    }
     return nullptr;
 }
 
@@ -75,12 +92,13 @@ Encode rawEncoder(std::string_view format) {
     if (format == "svraw") return [](const Raw& raw) { return Bytes(writeSvraw(raw)); };
     if (format == "exr") return [](const Raw& raw) { return adopt(encodeExr(raw, ExrColors::xyz)); };
     if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
-    if (format == "csv") return [](const Raw& raw) { return Bytes(writeRawCsv(raw)); };
+    if (format == "csv") {
+        return [](const Raw& raw) { return Bytes(writeTable(raw, {.withSampling = raw.spp() > 1.0})); };
+    }
     return nullptr;
 }
 
-template <class Encoder>
-std::optional<Bytes> encode(const Encoder& encoder, const Raw& raw, const std::string& format, const std::string& source) {
+std::optional<Bytes> encode(Encode encoder, const Raw& raw, const std::string& format, const std::string& source) {
     try {
         if (raw.film()->channels.empty() && format != "svraw") throw std::runtime_error("the result has no channels");
         return encoder(raw);
@@ -111,19 +129,13 @@ std::span<const char* const> outputFormats(const Raw& raw) {
 std::optional<Bytes> encodeResult(const Raw& raw, std::string_view wanted, const std::string& source) {
     const std::string format = formatNamed(wanted);
     const auto offered = outputFormats(raw);
-    const Encode encoder = pictureEncoder(format);
+    const Encode encoder = resultEncoder(format);
     // An output that nothing is known of has no list; a picture of it is made all the same.
-    if (offered.empty() ? encoder == nullptr : !isAmong(offered, format)) {
-        const bool known = encoder || rawEncoder(format) || format == "txt" || format == "html";
-        refuse(source, format, known ? "this output isn't written in the format " : "unknown format: ");
+    if (!encoder || (!offered.empty() && !isAmong(offered, format))) {
+        refuse(source, format, encoder || rawEncoder(format) ? "this output isn't written in the format " : "unknown format: ");
         return std::nullopt;
     }
-    const auto encodeAny = [&](const Raw& result) {
-        if (auto document = encodeDocument(result, format)) return adopt(std::move(*document));
-        if (!encoder) throw std::runtime_error("the output has nothing to write in this format");
-        return encoder(result);
-    };
-    return encode(encodeAny, raw, format, source);
+    return encode(encoder, raw, format, source);
 }
 
 bool writeResult(const Raw& raw, const std::string& path, std::string_view format) {
@@ -134,7 +146,7 @@ bool writeResult(const Raw& raw, const std::string& path, std::string_view forma
 bool writeRaw(const Raw& raw, const std::string& path, std::string_view wanted) {
     const std::string format = formatNamed(wanted);
     if (const Encode encoder = rawEncoder(format)) return write(encoder, raw, format, path);
-    refuse(path, format, pictureEncoder(format) ? "results aren't written as they are in the format " : "unknown format: ");
+    refuse(path, format, resultEncoder(format) ? "results aren't written as they are in the format " : "unknown format: ");
     return false;
 }
 

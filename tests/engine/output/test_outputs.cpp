@@ -23,48 +23,31 @@ std::string written(const core::Raw& raw, const char* format = "csv") {
     return bytes ? std::string(bytes->span().begin(), bytes->span().end()) : "nothing";
 }
 
-TEST(Outputs, TableLayouts) {
-    const auto table = [](const Settings& settings) {
-        return written(*result(ramp(xyzChannels()), nullptr, make("output", "table", settings)));
-    };
-    EXPECT_EQ(table({}),
-              "x,y,X [cd.m^-2],Y [cd.m^-2],Z [cd.m^-2]\n"
-              "0,0,0.25,100.25,200.25\n1,0,1.25,101.25,201.25\n0,1,10.25,110.25,210.25\n1,1,11.25,111.25,211.25\n");
-    EXPECT_EQ(table({{"layout", text("grid")}, {"channels", text("Y")}, {"separator", text("semicolon")}}),
-              "Y [cd.m^-2];0;1\n0;100,25;101,25\n1;110,25;111,25\n");
-    EXPECT_EQ(
-        table({{"layout", text("summary")}, {"channels", text(" Z ,X")}, {"digits", integer(3)}, {"separator", text("tab")}}),
-        "channel\tunit\tmean\tminimum\tmaximum\tminimum/mean\tminimum/maximum\n"
-        "Z\tcd.m^-2\t206\t200\t211\t0.973\t0.948\nX\tcd.m^-2\t5.75\t0.25\t11.2\t0.0435\t0.0222\n");
-    EXPECT_NE(table({{"channels", text("spp")}}).find("\n1,1,4\n"), std::string::npos) << "meta channels by their name";
-    lighttest::Messages messages;
-    EXPECT_EQ(table({{"channels", text("Y,W")}}), "nothing");
-    EXPECT_TRUE(messages.mention("there is no channel \"W\""));
-}
-
-TEST(Outputs, TablesOfQuantitiesAndOfFilteredChannels) {
+// A table without filters is that of the sensor's channels, which the tests of files check.
+TEST(Outputs, TablesOfFilteredAndOfMetaChannels) {
     NoScene scene;
     scene.content = ramp(xyzChannels());
-    scene.factors = {0.25, 1.0e-9, 0.01};
+    scene.factors = {.sensorIrradiance = 0.25, .sensorPower = 1.0e-9, .exposureTime = 0.01};
     core::Raw raw(scene.content, scene, {});
-    raw.setOutput(make("output", "table", {{"quantity", text("sensor_irradiance")}, {"channels", text("Y")}}));
-    EXPECT_EQ(written(raw).substr(0, 21), "x,y,Y [lx]\n0,0,25.062");
+    const auto filtered = [&](const Settings& settings, const NodeHandle& filter) {
+        const NodeHandle table = make("output", "table", settings);
+        std::string why;
+        EXPECT_TRUE(table->addItem(filter, why)) << why;
+        raw.setOutput(table);
+        return written(raw);
+    };
+    const auto twice = [] { return make("filter", "gain", {{"gain", number(2)}}); };
+    EXPECT_EQ(filtered({{"channels", text("Y")}}, twice()), "x,y,Y [1]\n0,0,200.5\n1,0,202.5\n0,1,220.5\n1,1,222.5\n");
+    EXPECT_EQ(filtered({{"channels", text("Y")}, {"quantity", text("sensor_irradiance")}}, twice()).substr(0, 24),
+              "x,y,Y [1]\n0,0,50.125\n1,0");
+    const NodeHandle half = make("filter", "resize", {{"size", text("pixels")}, {"width", integer(1)}, {"height", integer(1)}});
+    EXPECT_EQ(filtered({{"channels", text("Z,X")}, {"separator", text("semicolon")}}, half),
+              "x;y;Z [1];X [1]\n0;0;205,75;5,75\n");
     lighttest::Messages messages;
-    raw.setOutput(make("output", "table", {{"quantity", text("bsdf")}}));
-    EXPECT_NE(written(raw).find("Y [cd.m^-2]"), std::string::npos);
-    EXPECT_TRUE(messages.mention("has no bsdf"));
-    const NodeHandle filtered = make("output", "table", {{"channels", text("Y")}});
-    std::string why;
-    ASSERT_TRUE(filtered->addItem(make("filter", "gain", {{"gain", number(2)}}), why)) << why;
-    raw.setOutput(filtered);
-    EXPECT_NE(written(raw).find("\n0,0,200.5\n"), std::string::npos) << written(raw);
-}
-
-TEST(Outputs, CellsWithSeparatorsAreQuoted) {
-    Channels odd{{"a,\"b\"", core::ChannelKind::unknown, 0, 0, ""}};
-    EXPECT_EQ(
-        written(*result(film(1, 1, odd, [](int, int, int) { return 1.0; }), nullptr, make("output", "table"))).substr(0, 13),
-        "x,y,\"a,\"\"b\"\"\"");
+    EXPECT_EQ(filtered({{"channels", text("Y,W")}}, twice()), "nothing");
+    EXPECT_TRUE(messages.mention("there is no channel \"W\""));
+    raw.setOutput(make("output", "table", {{"channels", text("Y,spp")}}));
+    EXPECT_EQ(written(raw).substr(0, 38), "x,y,Y [cd.m^-2],spp [1]\n0,0,100.25,4\n1");
 }
 
 TEST(Outputs, FalseColorsRunFromTheSmallestToTheLargestValue) {
@@ -119,16 +102,23 @@ TEST(Outputs, CurvesOfSpecialDisplays) {
     EXPECT_EQ(code(0.5, {{"black_luminance", number(10)}}), std::lround(255 * std::pow(40.0 / 90.0, 1 / 2.2)));
 }
 
-TEST(Outputs, SpecialDisplaysHaveAProfileAndCodesOfTheirBits) {
-    const auto shown = [](const Settings& settings) {
+TEST(Outputs, SpecialDisplaysAreTaggedWithTheirPrimariesWhereAProfileCan) {
+    const auto shown = [](const Settings& settings, int bits = 8) {
         const auto content = film(1, 1, xyzChannels(), [](int, int, int c) {
             return 0.5 * std::array{0.9505, 1.0, 1.089}[std::size_t(c)];
         });
-        return core::makeDisplayImage(*result(content, nullptr, make("output", "special", settings)), false);
+        return core::makeDisplayImage(*result(content, nullptr, make("output", "special", settings)), false, bits);
     };
-    EXPECT_FALSE(core::profileOf(shown({})).empty());
-    EXPECT_FALSE(core::profileOf(shown({{"curve", text("pq")}})).empty());
-    const auto fine = shown({{"bit_depth", integer(10)}});
+    const auto usual = shown({});
+    ASSERT_TRUE(usual.device && usual.hasProfile);
+    EXPECT_NEAR(usual.device->red.x, 0.64, 1e-3);  // the default matrix is that of IEC 61966-2-1
+    EXPECT_NEAR(usual.device->blue.y, 0.06, 1e-3);
+    EXPECT_NEAR(usual.device->white.x, 0.3127, 1e-3);
+    EXPECT_EQ(usual.gamma, 2.2);
+    EXPECT_FALSE(core::profileOf(usual).empty());
+    EXPECT_TRUE(core::profileOf(shown({{"curve", text("pq")}})).empty());
+    // Ten bits, in a picture of 16: codes of 1023 steps.
+    const auto fine = shown({{"bit_depth", integer(10)}}, 16);
     ASSERT_EQ(fine.bytes.size(), 6U);
     const double code = (fine.bytes[2] * 256 + fine.bytes[3]) / 65535.0 * 1023.0;
     EXPECT_NEAR(code, std::round(code), 0.01);

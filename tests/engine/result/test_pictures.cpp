@@ -316,5 +316,45 @@ TEST_F(Pictures, EmbeddedFilesOfEveryFormatAreReadAndDamagedOnesRefused) {
     }
 }
 
+TEST_F(Pictures, TablesAreTidyOrGrids) {
+    FakeScene scene;
+    scene.pixelsWide = 3;
+    scene.pixelsHigh = 2;
+    const auto raw = makeRaw(scene, 1);
+    const auto text = [&](const char* format) {
+        const auto bytes = core::encodeResult(*raw, format, "test");
+        return bytes ? std::string(bytes->span().begin(), bytes->span().end()) : std::string();
+    };
+    auto output = std::make_shared<node::Node>(*node::findClass("output", "table"), "t");
+    std::string why;
+    raw->setOutput(output);
+    EXPECT_TRUE(text("csv").starts_with("x,y,X [cd.m^-2],Y [cd.m^-2],Z [cd.m^-2]\n0,0,"));
+    EXPECT_EQ(text("png"), "") << "a table isn't a picture";
+    auto grid = std::make_shared<node::Node>(*node::findClass("output", "table"), "t");
+    ASSERT_TRUE(grid->set("layout", node::Value{std::string("grid")}, why));
+    ASSERT_TRUE(grid->set("channels", node::Value{std::string(" Y ")}, why));
+    ASSERT_TRUE(grid->set("quantity", node::Value{std::string("sensor_irradiance")}, why));
+    ASSERT_TRUE(grid->set("separator", node::Value{std::string("semicolon")}, why));
+    ASSERT_TRUE(grid->set("digits", node::Value{std::int32_t{17}}, why));
+    raw->setOutput(grid);
+    std::string wanted = "Y [lx]\ny \\ x;0;1;2\n";
+    for (int y = 0; y < 2; ++y) {
+        wanted += std::to_string(y);
+        for (int x = 0; x < 3; ++x) {
+            std::string number = node::toText(FakeScene::sample(x, y, 0, 1) * 0.25 * (x == 0 ? 0.5 : 1.0));
+            std::replace(number.begin(), number.end(), '.', ',');
+            wanted += ";" + number;
+        }
+        wanted += "\n";
+    }
+    EXPECT_EQ(text("csv"), wanted);
+    auto missing = std::make_shared<node::Node>(*node::findClass("output", "table"), "t");
+    ASSERT_TRUE(missing->set("channels", node::Value{std::string("no")}, why));
+    raw->setOutput(missing);
+    messages_.errors.clear();
+    EXPECT_EQ(text("csv"), "");
+    EXPECT_EQ(messages_.errors.size(), 1U);
+}
+
 }  // namespace
 }  // namespace nemra::test
