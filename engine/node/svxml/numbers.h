@@ -45,4 +45,14 @@ inline std::string_view takeWord(std::string_view& text) noexcept {
     return word;
 }
 
+inline std::size_t countWords(std::string_view text) noexcept {
+    std::size_t words = 0;
+    bool inWord = false;
+    for (const char c : text) {
+        words += !inWord && !isBlank(c) ? 1 : 0;
+        inWord = !isBlank(c);
+    }
+    return words;
+}
+
 }  // namespace nemra::node::svxml
