@@ -1,12 +1,11 @@
 #include "engine/node/read_scene.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
-#include <vector>
 
 #include "engine/common/buffer.h"
 #include "engine/common/log.h"
@@ -32,8 +31,20 @@ Encoding encodingOf(std::span<const char> bytes) {
     return first != std::string_view::npos && text[first] == '<' ? Encoding::svxml : Encoding::unknown;
 }
 
-struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+class OpenFile {
+public:
+    /// Not blocking, since opening a pipe would wait for its other end.
+    explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
+    ~OpenFile() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    int descriptor() const noexcept { return descriptor_; }
+
+private:
+    int descriptor_;
 };
 
 /// The whole of a regular file. On failure one error message, and false.
@@ -42,16 +53,20 @@ bool readBytes(const std::string& path, Buffer& bytes) {
         log::error(path, "can't read the scene: " + why);
         return false;
     };
-    errno = 0;
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(resolvePath(path).c_str(), "rb"));
-    if (!file) return fail(std::strerror(errno));
+    const OpenFile file(resolvePath(path));
     struct stat about {};
-    if (fstat(fileno(file.get()), &about) != 0) return fail(std::strerror(errno));
+    if (file.descriptor() < 0 || fstat(file.descriptor(), &about) != 0) return fail(std::strerror(errno));
     if (!S_ISREG(about.st_mode)) return fail("it isn't a regular file");
     if (about.st_size > static_cast<off_t>(kMaxFileBytes)) return fail("it is larger than 2 GiB");
     const auto size = static_cast<std::size_t>(about.st_size);
-    bytes.grow(std::fread(bytes.room(size), 1, size, file.get()));
-    if (std::ferror(file.get())) return fail(std::strerror(errno));
+    char* const room = bytes.room(size);
+    while (bytes.size() < size) {
+        const ssize_t got = ::read(file.descriptor(), room + bytes.size(), size - bytes.size());
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return fail(std::strerror(errno));
+        if (got == 0) break;
+        bytes.grow(static_cast<std::size_t>(got));
+    }
     return true;
 }
 

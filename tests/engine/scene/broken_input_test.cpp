@@ -1,5 +1,6 @@
 // Damaged scenes: false with one error that says the place, and the scene as it was; never a crash.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -159,8 +160,10 @@ TEST_F(BrokenInput, Files) {
     std::ofstream(file) << "\xEF\xBB\xBF" << kSmallScene;
     Scene scene;
     EXPECT_TRUE(readSceneFile(file.string(), scene));
-    for (const std::string& path :
-         {folder.string(), (folder / "missing").string(), std::string("/dev/zero"), std::string(), std::string(5000, 'x')}) {
+    const std::string pipe = (folder / "pipe").string();  // nobody will ever write into it
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {folder.string(), (folder / "missing").string(), pipe, std::string("/dev/zero"), std::string(),
+                                    std::string(5000, 'x')}) {
         Messages messages;
         EXPECT_FALSE(readSceneFile(path, scene));
         EXPECT_EQ(messages.errors(), 1) << messages.text();
