@@ -1,4 +1,6 @@
 // Meshes through the flat interface.
+#include <span>
+
 #include "engine/common/guarded.h"
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
@@ -11,8 +13,8 @@ using namespace nemra;
 using namespace nemra::node;
 
 template <class Number>
-std::vector<Number> copyOf(const Number* numbers, std::size_t count) {
-    return numbers == nullptr ? std::vector<Number>{} : std::vector<Number>(numbers, numbers + count);
+std::span<const Number> view(const Number* numbers, std::size_t count) {
+    return {numbers, numbers == nullptr ? 0 : count};
 }
 
 /// Null for anything but a live mesh.
@@ -62,11 +64,10 @@ nemra_geom_t* nemraMesh_create(const char* name, const double* vertices, const f
         if ((vertices == nullptr && verticesCount > 0) || (triangles == nullptr && trianglesCount > 0))
             return refuse("array missing");
         Mesh mesh;
-        mesh.vertices = copyOf(vertices, static_cast<std::size_t>(verticesCount));
-        mesh.normals = copyOf(normals, static_cast<std::size_t>(verticesCount));
-        mesh.uvs = copyOf(uvs, static_cast<std::size_t>(verticesCount) / 3 * 2);
-        mesh.triangles = copyOf(triangles, static_cast<std::size_t>(trianglesCount));
-        if (const std::string why = whyRefused(mesh); !why.empty()) return refuse(why);
+        const auto count = static_cast<std::size_t>(verticesCount);
+        const std::string why = copyChecked(mesh, view(vertices, count), view(normals, count), view(uvs, count / 3 * 2),
+                                            view(triangles, static_cast<std::size_t>(trianglesCount)));
+        if (!why.empty()) return refuse(why);
         geometry->shape = std::move(mesh);
         return publish<nemra_geom_t>(geometry);
     });

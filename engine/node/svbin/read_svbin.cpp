@@ -21,10 +21,13 @@ std::shared_ptr<Node> readOwn(FileView& file, const fb::Node* material) {
 }
 
 Mesh readMesh(FileView& file, const fb::Mesh& mesh) {
-    return {.vertices = file.copy(mesh.vertices()),
-            .normals = file.copy(mesh.normals()),
-            .uvs = file.copy(mesh.uvs()),
-            .triangles = file.copy(mesh.triangles()),
+    const auto copy = [&]<class Number>(const flatbuffers::Vector<Number>* numbers) {
+        return file.copy<Number, LargeVector<Number>>(numbers);
+    };
+    return {.vertices = copy(mesh.vertices()),
+            .normals = copy(mesh.normals()),
+            .uvs = copy(mesh.uvs()),
+            .triangles = copy(mesh.triangles()),
             .triangleNormals = {}};
 }
 
