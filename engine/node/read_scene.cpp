@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "engine/common/buffer.h"
 #include "engine/common/log.h"
@@ -70,17 +71,30 @@ bool readBytes(const std::string& path, Buffer& bytes) {
     return true;
 }
 
-bool readPlain(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
-    switch (encodingOf(bytes)) {
+bool refuse(std::span<const char> bytes, std::string_view origin) {
+    log::error(origin,
+               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor svbin nor one of these gzipped");
+    return false;
+}
+
+/// Bytes of our own, whose memory may be used up.
+bool readPlain(Buffer bytes, std::string_view origin, Scene& scene, Unknown unknown) {
+    switch (encodingOf(bytes.bytes())) {
         case Encoding::svxml:
-            return readSvxml(bytes, origin, scene, unknown);
+            return readSvxml(std::move(bytes), origin, scene, unknown);
         case Encoding::svbin:
-            return readSvbin(bytes, origin, scene, unknown);
+            return readSvbin(bytes.bytes(), origin, scene, unknown);
         case Encoding::unknown:
             break;
     }
-    log::error(origin,
-               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor svbin nor one of these gzipped");
+    return refuse(bytes.bytes(), origin);
+}
+
+/// Inflates what is gzipped. False after one error message.
+bool inflate(std::span<const char> bytes, std::string_view origin, Buffer& inflated) {
+    std::string why;
+    if (gunzip(bytes, inflated, why)) return true;
+    log::error(origin, why);
     return false;
 }
 
@@ -88,11 +102,17 @@ bool readPlain(std::span<const char> bytes, std::string_view origin, Scene& scen
 
 bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
     try {
-        if (!isGzip(bytes)) return readPlain(bytes, origin, scene, unknown);
+        switch (encodingOf(bytes)) {
+            case Encoding::svxml:
+                return readSvxml(bytes, origin, scene, unknown);
+            case Encoding::svbin:
+                return readSvbin(bytes, origin, scene, unknown);
+            case Encoding::unknown:
+                break;
+        }
+        if (!isGzip(bytes)) return refuse(bytes, origin);
         Buffer inflated;
-        std::string why;
-        if (gunzip(bytes, inflated, why)) return readPlain(inflated.bytes(), origin, scene, unknown);
-        log::error(origin, why);
+        return inflate(bytes, origin, inflated) && readPlain(std::move(inflated), origin, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(origin, "not enough memory to read this");
     }
@@ -102,7 +122,13 @@ bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scen
 bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown) {
     try {
         Buffer bytes;
-        return readBytes(path, bytes) && readScene(bytes.bytes(), path, scene, unknown);
+        if (!readBytes(path, bytes)) return false;
+        if (isGzip(bytes.bytes())) {
+            Buffer inflated;
+            if (!inflate(bytes.bytes(), path, inflated)) return false;
+            bytes = std::move(inflated);
+        }
+        return readPlain(std::move(bytes), path, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(path, "not enough memory to read this");
         return false;
