@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -67,13 +68,30 @@ private:
 
 }  // namespace
 
+namespace {
+
+std::string lineOf(const Message& message) {
+    return message.source.empty() ? message.text : message.source + ": " + message.text;
+}
+
+}  // namespace
+
+bool hasHostSink() { return !sinks().current()->empty(); }
+
+void print(const Message& message) {
+    if (message.level != NEMRA_LOG_WARNING && message.level != NEMRA_LOG_ERROR && message.level != NEMRA_LOG_CRITICAL) return;
+    const char* const kind = message.level == NEMRA_LOG_WARNING ? "warning" : "error";
+    const std::string line = std::string("nemra: ") + kind + ": " + lineOf(message) + "\n";
+    std::fputs(line.c_str(), stderr);
+}
+
 void deliverToHost(const Message& message) {
     const Nested nested;
     if (!nested) return;
     try {
         const auto list = sinks().current();
         if (list->empty()) return;
-        const std::string line = message.source.empty() ? message.text : message.source + ": " + message.text;
+        const std::string line = lineOf(message);
         for (const Sink& sink : *list) {
             if (sink.throws->load() >= kThrowsUntilSilenced) continue;
             const HostCall outcome = callHost([&] { sink.function(sink.user, line.c_str(), message.level); });
@@ -92,8 +110,10 @@ void emit(LogLevel_t level, std::string_view source, std::string_view text) {
         if (Capture* const capture = innermost) {
             const Outward outward(capture->outer_);
             capture->sink_(message);
-        } else {
+        } else if (hasHostSink()) {
             deliverToHost(message);
+        } else {
+            print(message);
         }
     } catch (const abi::__forced_unwind&) {
         throw;

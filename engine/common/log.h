@@ -16,7 +16,8 @@ struct Message {
     std::string text;
 };
 
-/// Sends a message to this thread's innermost Capture, else to the sinks that the host has installed, from this thread.
+/// Sends a message to this thread's innermost Capture, else to the sinks that the host has installed, from this thread; a warning
+/// or an error that finds neither goes to the standard error.
 /// Never throws, never holds a lock while a sink runs.
 NEMRA_API void emit(LogLevel_t level, std::string_view source, std::string_view text);
 
@@ -41,6 +42,11 @@ private:
 
 /// Gives a message to the host's global sinks, on this thread, whatever Capture is active.
 NEMRA_API void deliverToHost(const Message& message);
+
+/// Has the host ever installed a sink?
+NEMRA_API bool hasHostSink();
+/// For what nobody else would hear: a warning or an error as one line on the standard error, at once; other levels are dropped.
+NEMRA_API void print(const Message& message);
 
 using HostSink = void (*)(void* user, const char* message, LogLevel_t level);
 /// Installs a sink; the same function and user pointer given again replaces itself.

@@ -29,7 +29,7 @@ public:
     virtual QuantityFactors quantities() const noexcept = 0;
     /// What the sensor's quantities lose off the axis at the middle of a pixel, in (0, 1]: the fourth power of the cosine of the
     /// field angle.
-    virtual double offAxis(int, int) const noexcept { return 1.0; }
+    virtual double offAxis(int, int) const { return 1.0; }
     /// The nodes that a result carries on: the instrument, and the outputs that it lists.
     virtual std::shared_ptr<const node::Node> instrument() const noexcept = 0;
     /// Bytes that this scene keeps in memory for rendering.

@@ -1,11 +1,15 @@
 """Command line: python -m sarvo render SCENE -o picture.png"""
 
 import argparse
+import contextlib
+import math
 import os
 import sys
 
 from . import SVLIB_PATH, examples, nemra
 from ._render import EXIT_FAILED, RenderJob
+
+PICTURES = ("png", "exr")
 
 
 def build_parser() -> argparse.ArgumentParser:
@@ -34,17 +38,17 @@ def build_parser() -> argparse.ArgumentParser:
 
 
 def positive_number(text: str) -> float:
-    value = float(text)
-    if not 0 < value < float("inf"):
-        raise argparse.ArgumentTypeError(f"{text} isn't a number above 0")
-    return value
+    with contextlib.suppress(ValueError):
+        if 0 < float(text) < math.inf:
+            return float(text)
+    raise argparse.ArgumentTypeError(f"{text} isn't a number above 0")
 
 
 def positive_integer(text: str) -> int:
-    value = int(text)
-    if not 0 < value < 2**31:
-        raise argparse.ArgumentTypeError(f"{text} isn't a whole number above 0")
-    return value
+    with contextlib.suppress(ValueError):
+        if 0 < int(text) < 2**31:
+            return int(text)
+    raise argparse.ArgumentTypeError(f"{text} isn't a whole number above 0")
 
 
 def usable_cores() -> int:
@@ -58,6 +62,21 @@ def find_scene(scene: str) -> str:
     return examples[scene]
 
 
+def why_unwritable(output: str) -> str:
+    """Why no picture can be written there; empty if nothing stands against it."""
+    folder, name = os.path.split(output)
+    kind = os.path.splitext(name)[1].removeprefix(".").lower()
+    if kind not in PICTURES:
+        return f"{output}: the extension must say the kind of picture, one of {', '.join(PICTURES)}"
+    if not os.path.isdir(folder or "."):
+        return f"no folder {folder} to write {name} to"
+    if os.path.isdir(output):
+        return f"{output} is a folder"
+    if not os.access(output if os.path.exists(output) else folder or ".", os.W_OK):
+        return f"no permission to write {output}"
+    return ""
+
+
 def render(options: argparse.Namespace) -> int:
     scene = find_scene(options.scene)
     if not os.path.isfile(scene):
@@ -65,9 +84,8 @@ def render(options: argparse.Namespace) -> int:
         print(f"sarvo: no scene file {scene} (examples: {known})", file=sys.stderr)
         return EXIT_FAILED
     output = options.output or os.path.splitext(os.path.basename(scene))[0] + ".png"
-    folder = os.path.dirname(output) or "."
-    if not os.path.isdir(folder):  # Better told now than after an hour of rendering.
-        print(f"sarvo: no folder {folder} to write {os.path.basename(output)} to", file=sys.stderr)
+    if fault := why_unwritable(output):  # Better told now than after an hour of rendering.
+        print(f"sarvo: {fault}", file=sys.stderr)
         return EXIT_FAILED
 
     spp = options.spp or (0 if options.time else 64)

@@ -26,9 +26,8 @@ class RenderJob:
         self._written = False
         self._summary = ""
         self._renderer = nemra.Renderer()
-        self._renderer.onMessage(self._on_message)
         self._renderer.onFinish(self._on_finish)
-        nemra.onMessage(self._on_global_message)
+        nemra.onMessage(self._log)  # what the renderer says comes here too
 
     def set_parameter(self, name: str, value: str | int) -> None:
         self._renderer.setParameter(name, value)
@@ -38,7 +37,12 @@ class RenderJob:
         renderer = self._renderer
         renderer.setHaltCondition(time=self._seconds, spp=self._spp, action=nemra.Renderer.halt_cond.stops)
         renderer.addLocalNode()
-        if not renderer.start(scene):
+        try:
+            started = renderer.start(scene)
+        except KeyboardInterrupt:
+            self._say("sarvo: interrupted, nothing written")
+            return EXIT_INTERRUPTED
+        if not started:
             self._complained.wait(1.0)  # the reason comes as a message, from the engine's thread
             self._say(f"sarvo: {scene} can't be rendered")
             return EXIT_FAILED
@@ -71,16 +75,10 @@ class RenderJob:
         finally:
             self._finished.set()
 
-    def _on_message(self, source: str, message: str, level) -> None:
-        self._log(f"{source}: {message}" if source else message, int(level))
-
-    def _on_global_message(self, message: str, level) -> None:
-        self._log(message, int(level))
-
-    def _log(self, message: str, level: int) -> None:
-        if level in _LEVEL_NAMES:
-            self._say("sarvo: " + _LEVEL_NAMES[level] + message)
-        if level in (int(nemra.Error), int(nemra.Critcal)):
+    def _log(self, message: str, level) -> None:
+        if int(level) in _LEVEL_NAMES:
+            self._say("sarvo: " + _LEVEL_NAMES[int(level)] + message)
+        if int(level) in (int(nemra.Error), int(nemra.Critcal)):
             self._complained.set()
 
     def _say(self, line: str) -> None:

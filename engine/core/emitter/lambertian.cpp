@@ -24,7 +24,7 @@ EmitterModel makeLambertian(const node::Node& node, Translation& translation) {
     EmitterModel model;
     const std::string& side = node.choice("side");
     model.sides = side == "both" ? kEmitsFront | kEmitsBack : side == "back" ? kEmitsBack : kEmitsFront;
-    model.radiance = makeSpectrum(node.child("radiance"), translation);
+    model.radiance = makeRadiance(node.child("radiance"), node, translation);
     const std::string& quantity = node.choice("quantity");
     for (const Level& level : kLevels) {
         if (quantity != level.option) continue;

@@ -2,6 +2,8 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+#include <iterator>
 #include <thread>
 #include <type_traits>
 #include <utility>
@@ -55,7 +57,10 @@ Dispatcher::Callback Dispatcher::callbackOf(Slot slot) const {
 }
 
 void Dispatcher::postState(NemraRendererState_t state, From from) { post(StateEvent{state}, from); }
-void Dispatcher::postMessage(log::Message message, From from) { post(MessageEvent{std::move(message), true}, from); }
+void Dispatcher::postMessage(log::Message message, From from) {
+    if (!log::hasHostSink() && !wants(Slot::message)) return log::print(message);
+    post(MessageEvent{std::move(message), true}, from);
+}
 
 void Dispatcher::postFinish(std::shared_ptr<Raw> raw) {
     std::shared_ptr<Raw> dropped;
@@ -115,6 +120,9 @@ void Dispatcher::close() {
         const std::lock_guard lock(mutex_);
         closed_ = true;
         queue.swap(queue_);
+        // What went wrong is still told to the host's own sinks: a script that drops a renderer whose start has failed.
+        std::copy_if(std::make_move_iterator(queue.begin()), std::make_move_iterator(queue.end()), std::back_inserter(queue_),
+                     [](const Queued& queued) { return std::holds_alternative<MessageEvent>(queued.event); });
         update.swap(update_);
         given.swap(given_);
     }
@@ -133,7 +141,7 @@ void Dispatcher::run() {
 std::optional<Dispatcher::Event> Dispatcher::take() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        if (closed_) return std::nullopt;
+        if (closed_ && queue_.empty()) return std::nullopt;
         if (!queue_.empty()) {
             const auto notBefore = queue_.front().notBefore;
             if (notBefore > Clock::now()) {
@@ -218,8 +226,10 @@ void Dispatcher::noteFault(Slot slot, const std::string& what) {
             callbacks_[indexOf(slot)] = {};
             text += " (after " + std::to_string(faults_) + " faults of callbacks it is called no more)";
         }
-        if (closed_) return;
-        queue_.push_front({MessageEvent{{NEMRA_LOG_ERROR, "renderer", text}, slot != Slot::message}, Clock::now()});
+        const bool toRenderer = slot != Slot::message && callbacks_[indexOf(Slot::message)].function;
+        log::Message message{NEMRA_LOG_ERROR, "renderer", text};
+        if (closed_ || (!toRenderer && !log::hasHostSink())) return log::print(message);
+        queue_.push_front({MessageEvent{std::move(message), toRenderer}, Clock::now()});
     }
 }
 

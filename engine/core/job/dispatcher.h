@@ -41,12 +41,14 @@ public:
     enum class From { host, engine };
     void postState(NemraRendererState_t state, From from);
     void postMessage(log::Message message, From from);
+    /// Null if there was no memory for a result: the callback then gets a null handle.
     void postFinish(std::shared_ptr<Raw> raw);
     void postUpdate(std::shared_ptr<Raw> raw);
     void postStatistics();
 
-    /// After the return no new callback starts, what is queued is dropped, and the raws given to callbacks are stale. A callback
-    /// that is under way goes on. May be called from inside a callback.
+    /// After the return no new callback starts, what is queued is dropped but for messages, which still go to the host's own
+    /// sinks, and the raws given to callbacks are stale. A callback that is under way goes on. May be called from inside a
+    /// callback.
     void close();
 
 private:

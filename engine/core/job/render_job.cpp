@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -73,16 +74,12 @@ void RenderJob::guardThread(void (RenderJob::*body)()) {
     try {
         (this->*body)();
     } catch (const std::exception& e) {
-        // Out of memory, most likely. The render ends with what there is; a conductor that fails takes its result along.
+        // Out of memory, most likely. The render ends with what there is.
         log::error("renderer", std::string("the render ends early: ") + e.what());
-        const std::lock_guard lock(mutex_);
         if (body == &RenderJob::conduct) {
-            silent_ = true;
-            cancel_ = true;
-            if (state_ != NEMRA_RENDERER_STOPPING) setState(NEMRA_RENDERER_STOPPING, Dispatcher::From::engine);
-            setState(NEMRA_RENDERER_IDLE, Dispatcher::From::engine);
-            workers_.notify_all();
+            endWithoutResult();
         } else {
+            const std::lock_guard lock(mutex_);
             --outstanding_;
             if (state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED) beginStopping(Dispatcher::From::engine);
             conductor_.notify_all();
@@ -228,9 +225,7 @@ void RenderJob::conduct() {
         if (state_ == NEMRA_RENDERER_RUNNING) {
             whileRunning(lock);
         } else if (std::exchange(updateRequested_, false)) {
-            lock.unlock();
-            dispatcher_->postUpdate(makeRaw(copyFilm()));
-            lock.lock();
+            postUpdate(lock);
         } else {
             conductor_.wait(lock);
         }
@@ -252,9 +247,7 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
         nextUpdate_ = now + ticks<Clock::duration>(updateInterval_);
     }
     if (std::exchange(updateRequested_, false) || isDue) {
-        lock.unlock();
-        if (dispatcher_->wants(Dispatcher::Slot::update)) dispatcher_->postUpdate(makeRaw(copyFilm()));
-        lock.lock();
+        postUpdate(lock);
         return;  // much may have changed meanwhile
     }
     auto until = std::min(nextStatistics_, nextUpdate_);
@@ -287,11 +280,18 @@ void RenderJob::halt(std::unique_lock<std::mutex>& lock) {
     }
     // Where the condition is a number of samples, the render threads still stand at its limit: the copy has just that many in
     // each pixel. Only then may they go on.
-    samplesAtFinish_ = samples_;
-    finishPosted_ = true;
+    const std::uint64_t samples = samples_;
     lock.unlock();
-    dispatcher_->postFinish(makeRaw(copyFilm()));
+    std::shared_ptr<Raw> raw = snapshot();
+    if (!raw) log::error("renderer", "there is no memory for a copy of the result: the render stops");
     lock.lock();
+    if (!raw) {
+        if (state_ != NEMRA_RENDERER_STOPPING) beginStopping(Dispatcher::From::engine);
+        return;
+    }
+    samplesAtFinish_ = samples;
+    finishPosted_ = true;
+    dispatcher_->postFinish(std::move(raw));
     if (generation == haltGeneration_) haltDone_ = true;
     workers_.notify_all();
 }
@@ -310,6 +310,31 @@ void RenderJob::finish(std::unique_lock<std::mutex>& lock) {
     lock.unlock();
     scene_.reset();  // the job itself lives on for its statistics
     film_.reset();
+}
+
+/// After a failure of the conductor: whoever waits for the finish must not wait for ever.
+void RenderJob::endWithoutResult() {
+    std::unique_lock lock(mutex_);
+    if (state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED) beginStopping(Dispatcher::From::engine);
+    conductor_.wait(lock, [&] { return outstanding_ == 0; });
+    if (state_ == NEMRA_RENDERER_STOPPING) setState(NEMRA_RENDERER_IDLE, Dispatcher::From::engine);
+    if (!silent_ && !finishPosted_) dispatcher_->postFinish(nullptr);
+    lock.unlock();
+    scene_.reset();
+    film_.reset();
+}
+
+void RenderJob::postUpdate(std::unique_lock<std::mutex>& lock) {
+    lock.unlock();
+    std::shared_ptr<Raw> raw;
+    const bool isWanted = dispatcher_->wants(Dispatcher::Slot::update);
+    if (isWanted) raw = snapshot();
+    if (raw) {
+        dispatcher_->postUpdate(std::move(raw));
+    } else if (isWanted && !std::exchange(saidNoUpdates_, true)) {
+        log::warning("renderer", "there is no memory for a copy of the result: this update is left out");
+    }
+    lock.lock();
 }
 
 void RenderJob::tickStatistics(Clock::time_point now) {
@@ -355,8 +380,21 @@ std::shared_ptr<Raw> RenderJob::makeRaw(std::shared_ptr<const Film> film) const 
         now = counts(Clock::now());
     }
     auto raw = std::make_shared<Raw>(std::move(film), *scene_, now);
-    raw->view();  // made here, so that the host doesn't wait for it at its first pixel
+    try {
+        raw->view();  // made here, so that the host doesn't wait for it at its first pixel
+    } catch (const std::bad_alloc&) {
+        // Without a view there is still a result, which can be kept, and read when there is memory again.
+    }
     return raw;
+}
+
+/// The result so far; null if there is no memory for it.
+std::shared_ptr<Raw> RenderJob::snapshot() const {
+    try {
+        return makeRaw(copyFilm());
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 std::uint32_t RenderJob::sampleLimit() const { return haltDone_ ? HaltCondition::kEndOfSamples : halt_.sampleLimit(); }

@@ -61,10 +61,13 @@ private:
     bool haltReached() const;
     void halt(std::unique_lock<std::mutex>& lock);
     void finish(std::unique_lock<std::mutex>& lock);
+    void endWithoutResult();
+    void postUpdate(std::unique_lock<std::mutex>& lock);
     void setState(NemraRendererState_t state, Dispatcher::From from);
     void beginStopping(Dispatcher::From from);
     void tickStatistics(Clock::time_point now);
     std::shared_ptr<Raw> makeRaw(std::shared_ptr<const Film> film) const;
+    std::shared_ptr<Raw> snapshot() const;
     std::shared_ptr<Film> copyFilm() const;
     std::uint32_t sampleLimit() const;
     double elapsed(Clock::time_point now) const;
@@ -96,6 +99,7 @@ private:
     std::uint64_t haltGeneration_ = 0;  ///< conditions set so far
     bool silent_ = false;               ///< cancelled: no result is wanted
     bool updateRequested_ = false;
+    bool saidNoUpdates_ = false;  ///< the conductor's own
     bool finishPosted_ = false;
     std::uint64_t samplesAtFinish_ = 0;  ///< that the last posted finish showed
     double elapsedBefore_ = 0.0;         ///< s, of running spans that are over

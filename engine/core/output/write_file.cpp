@@ -84,10 +84,14 @@ bool writeFileWhole(const std::string& requested, std::span<const char> bytes) {
 
     // A short name of its own: the wanted one may already be as long as the file system takes.
     static std::atomic<unsigned> counter{0};
-    const std::string temporary =
-        folder + "/.nemra-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1)) + ".part";
-    Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (file.get() < 0) return failed(requested, "create the file", errno);
+    std::string temporary;
+    int descriptor = -1;
+    do {  // a killed process of the same number may have left its files behind
+        temporary = folder + "/.nemra-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1)) + ".part";
+        descriptor = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EEXIST);
+    if (descriptor < 0) return failed(requested, "create the file", errno);
+    Descriptor file(descriptor);
 
     const auto giveUp = [&](const char* step) {
         const int reason = errno;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/core/spectrum/observer.h"
+
 namespace nemra::core {
 
 namespace {
@@ -69,6 +71,19 @@ SpectralCurve makeSpectrum(const NodePointer& node, Translation& translation) {
     if (const MakeSpectrum make = spectrumClasses().find(resolved->type())) return make(*resolved, translation);
     translation.warnUnlit(*resolved, "spectra of this class aren't simulated yet; it counts as zero");
     return constantCurve(0.0);
+}
+
+SpectralCurve makeRadiance(const NodePointer& node, const node::Node& owner, Translation& translation) {
+    SpectralCurve curve = makeSpectrum(node, translation);
+    const auto isLight = [&](double lambda) { return curve(lambda) >= 0.0; };
+    bool cut = !std::all_of(curve.knots.begin(), curve.knots.end(), isLight);
+    for (double lambda = kVisibleFirst; lambda <= kVisibleLast && !cut; lambda += 1.0) cut = !isLight(lambda);
+    if (cut) translation.warn(owner, "its radiance is below zero at some wavelengths; it is cut there");
+    curve.value = [inner = std::move(curve.value)](double lambda) {
+        const double value = inner(lambda);
+        return value > 0.0 ? value : 0.0;  // what is no number counts as 0
+    };
+    return curve;
 }
 
 }  // namespace nemra::core

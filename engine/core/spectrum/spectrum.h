@@ -33,4 +33,7 @@ ClassTable<MakeSpectrum>& spectrumClasses();
 /// zero.
 SpectralCurve makeSpectrum(const NodePointer& node, Translation& translation);
 
+/// The curve of such a node as light that `owner` gives off: what is below zero, or no number, is cut to zero, with one warning.
+SpectralCurve makeRadiance(const NodePointer& node, const node::Node& owner, Translation& translation);
+
 }  // namespace nemra::core

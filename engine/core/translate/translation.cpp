@@ -49,7 +49,10 @@ std::string Translation::missing(std::string_view family, std::string_view name)
     return before.front() == '"' ? text + "\")" : text;
 }
 
-void Translation::warn(const node::Node& node, std::string_view text) { warn(node.label(), text); }
+void Translation::warn(const node::Node& node, std::string_view text) {
+    if (!paths_) paths_.emplace(scene_);  // most scenes give no cause
+    warn(paths_->of(node), text);
+}
 
 void Translation::warn(std::string_view source, std::string_view text) {
     if (said_.emplace(source, text).second) log::warning(source, text);

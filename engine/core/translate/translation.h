@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -10,6 +11,7 @@
 #include <utility>
 
 #include "engine/core/library/libraries.h"
+#include "engine/core/translate/node_paths.h"
 #include "engine/node/scene.h"
 
 namespace nemra::core {
@@ -46,7 +48,7 @@ public:
     /// What to tell of a name that find() didn't find: that there is no such node, and which names come near.
     std::string missing(std::string_view family, std::string_view name) const;
 
-    /// A warning about a node, given once however often the node is met.
+    /// A warning about a node, given once however often the node is met. Its source is the node's path in the scene.
     void warn(const node::Node& node, std::string_view text);
     void warn(std::string_view source, std::string_view text);
 
@@ -59,6 +61,7 @@ public:
 private:
     const node::Scene& scene_;
     Libraries* const libraries_;
+    std::optional<NodePaths> paths_;
     std::set<std::pair<std::string, std::string>> said_;
     std::set<const node::Node*> unlit_;    ///< told of by warnUnlit
     std::set<const node::Node*> visited_;  ///< by reportUnlit

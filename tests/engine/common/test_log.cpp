@@ -50,6 +50,21 @@ TEST(Log, ReachesTheHostOrTheInnermostCapture) {
     EXPECT_EQ(heard.lines.back(), "direct");
 }
 
+TEST(Log, WhatNobodyHearsIsPrinted) {
+    const auto printed = [](const std::function<void()>& speak) {
+        testing::internal::CaptureStderr();
+        speak();
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(printed([] { log::print({NEMRA_LOG_ERROR, "scene.svxml:3", "broken"}); }), "nemra: error: scene.svxml:3: broken\n");
+    EXPECT_EQ(printed([] { log::print({NEMRA_LOG_WARNING, "", "odd"}); }), "nemra: warning: odd\n");
+    EXPECT_EQ(printed([] { log::print({NEMRA_LOG_INFO, "", "fine"}); }), "");
+    static Heard heard;
+    log::addHostSink(listen, &heard, "");
+    EXPECT_TRUE(log::hasHostSink());
+    EXPECT_EQ(printed([] { log::error("", "heard"); }), "");
+}
+
 TEST(Log, BearsHostsThatThrowOrAnswerWithMessages) {
     static Heard heard;
     log::addHostSink(listen, &heard, "");

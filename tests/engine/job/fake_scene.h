@@ -10,7 +10,7 @@
 
 namespace nemra::test {
 
-class FakeScene final : public core::PreparedScene {
+class FakeScene : public core::PreparedScene {
 public:
     enum class Sensor { xyz, spectral, energy };
     int pixelsWide = 20;
@@ -38,7 +38,7 @@ public:
     int width() const noexcept override { return pixelsWide; }
     int height() const noexcept override { return pixelsHigh; }
     core::QuantityFactors quantities() const noexcept override { return factors; }
-    double offAxis(int x, int) const noexcept override { return x == 0 ? 0.5 : 1.0; }
+    double offAxis(int x, int) const override { return x == 0 ? 0.5 : 1.0; }
     std::shared_ptr<const node::Node> instrument() const noexcept override { return camera; }
     std::size_t memory() const noexcept override { return 0; }
 

@@ -96,7 +96,7 @@ TEST(Callbacks, AfterReleaseNoneStartsAndReleaseDoesNotWait) {
         std::atomic<int> inside{0};
     };
     // The hosts outlive the test, as the memory of a host that is being destroyed does for a callback under way.
-    static std::deque<Host> hosts;
+    static auto& hosts = *new std::deque<Host>;
     for (int repeat = 0; repeat < 30; ++repeat) {
         Host* const host = &hosts.emplace_back();
         nemra_renderer_t* handle = nemraRendererCreate();
@@ -184,7 +184,7 @@ int dropUnderTheHostsLock() {
             if (!static_cast<Host*>(user)->alive) ++faults;
         }
     };
-    static std::deque<Host> hosts;
+    static auto& hosts = *new std::deque<Host>;
     for (int i = 0; i < 200; ++i) {
         std::unique_lock lock(mutex);
         Host& host = hosts.emplace_back();

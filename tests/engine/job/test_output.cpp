@@ -189,6 +189,14 @@ TEST_F(Output, WhatCannotBeWrittenIsSaidOnceAndTheOldFileStays) {
     refused(path("a"), "no extension");
     EXPECT_EQ(entries(), 2U);
 
+    for (int i = 0; i < 1000; ++i) {  // what a killed process of the same number has left behind
+        std::ofstream(path(".nemra-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".part")) << "half";
+    }
+    EXPECT_TRUE(core::writeAuto(*raw, path("new.png")));
+    for (int i = 0; i < 1000; ++i) fs::remove(path(".nemra-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".part"));
+    fs::remove(path("new.png"));
+    EXPECT_EQ(entries(), 2U);
+
     std::ofstream(path("old.png")) << "old";
     struct rlimit before {};
     getrlimit(RLIMIT_FSIZE, &before);

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <new>
 #include <thread>
 
 #include "tests/engine/job/recorder.h"
@@ -235,6 +237,52 @@ TEST(RenderJob, AStormOfRequestsKeepsToTheArrows) {
         EXPECT_TRUE(isArrow(state, next)) << state << " to " << next;
         state = next;
     }
+}
+
+/// A scene for which memory runs out when results are made.
+class ScarceScene final : public FakeScene {
+public:
+    mutable std::atomic<int> films{1000};  ///< that can be made before there is no memory for more
+    bool noResult = false;
+
+    std::unique_ptr<core::Film> makeFilm() const override {
+        if (films-- <= 0) throw std::bad_alloc();
+        return FakeScene::makeFilm();
+    }
+    double offAxis(int x, int y) const override {
+        if (noResult) throw std::bad_alloc();
+        return FakeScene::offAxis(x, y);
+    }
+};
+
+TEST(RenderJob, WithoutMemoryForAResultWhoeverWaitsForTheFinishHearsIt) {
+    for (const auto action :
+         {NEMRA_HALT_PAUSES, NEMRA_HALT_NOCHANGE}) {  // no copy can be made: the render stops with what it has
+        auto scene = std::make_shared<ScarceScene>();
+        scene->films = 1;
+        Recorder& recorder = makeRecorder();
+        auto renderer = rendererWith(2, {0.0, 2.0, action});
+        recorder.attach(*renderer);
+        ASSERT_TRUE(renderer->start(loaderOf(scene)));
+        ASSERT_TRUE(recorder.waitForFinish());
+        EXPECT_GE(nemraRawSPP(recorder.finished[0]), 2.0);
+        EXPECT_EQ(recorder.states.back(), kIdle);
+        ASSERT_EQ(recorder.messages.size(), 1U);
+        EXPECT_NE(recorder.messages[0].find("no memory for a copy"), std::string::npos);
+    }
+    auto scene = std::make_shared<ScarceScene>();  // not even the result itself
+    scene->noResult = true;
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(2, {0.0, 2.0, NEMRA_HALT_STOPS});
+    recorder.attach(*renderer);
+    ASSERT_TRUE(renderer->start(loaderOf(scene)));
+    ASSERT_TRUE(recorder.waitForFinish());
+    EXPECT_EQ(recorder.handles[0], nullptr);
+    EXPECT_EQ(recorder.states, (std::vector<int>{kRunning, kStopping, kIdle}));
+    scene->noResult = false;
+    ASSERT_TRUE(renderer->start(loaderOf(scene)));
+    ASSERT_TRUE(recorder.waitForFinish(2));
+    EXPECT_EQ(nemraRawSPP(recorder.finished[1]), 2.0);
 }
 
 TEST(RenderJob, SeveralNodesAddTheirThreadsAndRenderersDontDisturbEachOther) {

@@ -191,7 +191,9 @@ TEST(ShippedLibraries, HaveEveryPresetThatTheCatalogueNames) {
     node::registerClasses();
     Libraries libraries({kShipped});
     const auto check = [&](const std::string& family, const std::string& name, const std::string& where) {
-        if (!name.empty()) EXPECT_NE(libraries.find(family, name), nullptr) << where << ": " << name;
+        if (!name.empty()) {
+            EXPECT_NE(libraries.find(family, name), nullptr) << where << ": " << name;
+        }
         return !name.empty();
     };
     int count = 0;

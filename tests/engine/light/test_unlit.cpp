@@ -73,8 +73,15 @@ std::vector<std::string> messagesOf(SceneMaker& maker) {
     return messages.all;
 }
 
-std::ptrdiff_t about(const std::vector<std::string>& messages, const std::string& label) {
-    return std::count_if(messages.begin(), messages.end(), [&](const auto& text) { return text.starts_with(label + ": "); });
+/// How many messages come from that node: by its label, or by its path with its class behind.
+std::ptrdiff_t about(const std::vector<std::string>& messages, const Node& node) {
+    const std::string asClass = " (" + node.family() + '/' + node.type() + "): ";
+    const auto isFrom = [&](const std::string& text, const std::string& path) {
+        return text.find('/' + path + asClass) != std::string::npos;
+    };
+    return std::count_if(messages.begin(), messages.end(), [&](const std::string& text) {
+        return text.starts_with(node.label() + ": ") || isFrom(text, node.name()) || isFrom(text, "material");
+    });
 }
 
 std::string joined(const std::vector<std::string>& messages) {
@@ -97,7 +104,7 @@ TEST(Unlit, ANodeInAnySlotOfAKnownClassIsNamedOnce) {
             SceneMaker maker;
             if (!place(maker, node)) continue;
             const auto messages = messagesOf(maker);
-            EXPECT_EQ(about(messages, odd->label()), 1) << joined(messages);
+            EXPECT_EQ(about(messages, *odd), 1) << joined(messages);
             const auto isComplaint = [](const std::string& text) { return text.find("simulated yet") != std::string::npos; };
             EXPECT_EQ(std::count_if(messages.begin(), messages.end(), isComplaint), 1) << joined(messages);
             families.insert(family);
@@ -114,7 +121,7 @@ TEST(Unlit, AMaterialIsNamedOnceForAllItsSurfacesAndASetupIsRefused) {
     const NodeHandle odd = stranger("material");
     place(maker, odd);
     place(maker, odd);
-    EXPECT_EQ(about(messagesOf(maker), odd->label()), 1);
+    EXPECT_EQ(about(messagesOf(maker), *odd), 1);
     SceneMaker other;
     other.setup = stranger("setup");
     EXPECT_EQ(messagesOf(other),
@@ -134,8 +141,8 @@ TEST(Unlit, NothingIsSaidOfDefaultsNorOfWhatLiesBelowAnUnknownNode) {
     addToList(*outer, inner);
     place(maker, with(make("material", "generic"), "bsdf", outer));
     const auto messages = messagesOf(maker);
-    EXPECT_EQ(about(messages, outer->label()), 1) << joined(messages);
-    EXPECT_EQ(about(messages, inner->label()), 0) << joined(messages);
+    EXPECT_EQ(about(messages, *outer), 1) << joined(messages);
+    EXPECT_EQ(about(messages, *inner), 0) << joined(messages);
     maker = SceneMaker();  // the node goes before its class
 }
 
@@ -144,7 +151,7 @@ TEST(Unlit, LinksAreFollowedToTheNodeThatIsNamed) {
     const NodeHandle odd = stranger("environment");
     maker.scene.nodes = {maker.setup, odd};
     with(maker.setup, "environment", make("environment", "linked", {{"node", text("stranger")}}));
-    EXPECT_EQ(about(messagesOf(maker), odd->label()), 1);
+    EXPECT_EQ(about(messagesOf(maker), *odd), 1);
 }
 
 // A result outlives its scene, so its outputs must not need the scene any more.
@@ -155,7 +162,8 @@ TEST(Unlit, OutputsOfAResultHoldNoLinksThatLeadSomewhere) {
     maker.scene.nodes = {maker.setup, shared, make("filter", "gain", {{"gain", number(7.0)}}, "bright")};
     const NodeHandle instrument = make("instrument", "stdcam");
     addToList(*instrument, make("output", "linked", {{"node", text("shared")}}, "picture"));
-    addToList(*instrument, make("output", "linked", {{"node", text("nowhere")}}, "lost"));
+    const NodeHandle lost = make("output", "linked", {{"node", text("nowhere")}}, "lost");
+    addToList(*instrument, lost);
     with(maker.setup, "instrument", instrument);
     Messages messages;
     const auto outputs = prepare(maker.finish())->instrument()->list();
@@ -165,7 +173,7 @@ TEST(Unlit, OutputsOfAResultHoldNoLinksThatLeadSomewhere) {
     ASSERT_EQ(outputs[0]->list().size(), 1U);
     EXPECT_EQ(outputs[0]->list()[0]->label(), "filter/gain first");
     EXPECT_EQ(outputs[0]->list()[0]->real("gain"), 7.0);
-    EXPECT_EQ(about(messages.all, "output/linked lost"), 1) << joined(messages.all);
+    EXPECT_EQ(about(messages.all, *lost), 1) << joined(messages.all);
     EXPECT_EQ(shared->name(), "shared") << "the scene's own node stays what it is";
 }
 

@@ -191,6 +191,29 @@ TEST(Materials, ReflectancesBeyondOneAreCut) {
     EXPECT_TRUE(messages.mention("bsdf/lambertian"));
 }
 
+TEST(Emitters, LightBelowZeroIsCutAndNamedByItsPath) {
+    const auto below = [] {
+        return make("spectrum", "tabulated", {{"samples", samples({{300, -5.0}, {595, -5.0}, {596, 2.0}, {900, 2.0}})}});
+    };
+    for (const bool everywhere : {false, true}) {
+        SceneMaker made;
+        const NodeHandle spectrum =
+            everywhere ? make("spectrum", "tabulated", {{"samples", samples({{300, -5.0}, {900, -5.0}})}}) : below();
+        const NodeHandle glowing = material(make("bsdf", "black"), with(make("emitter", "lambertian"), "radiance", spectrum));
+        glowing->setName("lamp");
+        made.scene.nodes = {made.setup, glowing};
+        made.add(polygon(kSquare), glowing);
+        Messages messages;
+        EXPECT_NEAR(seen(made), everywhere ? 0.0 : 2.0 * (830.0 - 595.5), everywhere ? 0.0 : 10.0);
+        EXPECT_TRUE(messages.mention("material/generic lamp/emitter (emitter/lambertian): its radiance is below zero"));
+    }
+    SceneMaker made;
+    with(made.setup, "environment", with(make("environment", "uniform"), "radiance", below()));
+    Messages messages;
+    EXPECT_NEAR(seen(made), 2.0 * (830.0 - 595.5), 10.0);
+    EXPECT_TRUE(messages.mention("its radiance is below zero"));
+}
+
 NodeHandle linked(const char* family, const char* target, const char* name) {
     return make(family, "linked", {{"node", text(target)}}, name);
 }
