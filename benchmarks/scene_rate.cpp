@@ -25,20 +25,23 @@ constexpr int kRuns = 5;
 Scene gridScene() {
     auto geometry = std::make_shared<Geometry>();
     Mesh& mesh = geometry->shape.emplace<Mesh>();
+    auto& vertices = mesh.vertices.edit();
+    auto& normals = mesh.normals.edit();
+    auto& uvs = mesh.uvs.edit();
+    auto& triangles = mesh.triangles.edit();
     for (int y = 0; y <= kSide; ++y) {
         for (int x = 0; x <= kSide; ++x) {
             const double u = x / static_cast<double>(kSide);
             const double v = y / static_cast<double>(kSide);
-            mesh.vertices.insert(mesh.vertices.end(), {u, v, 0.1 * std::sin(7.0 * u) * std::cos(5.0 * v)});
+            vertices.insert(vertices.end(), {u, v, 0.1 * std::sin(7.0 * u) * std::cos(5.0 * v)});
             const double slope = 0.7 * std::cos(7.0 * u) * std::cos(5.0 * v);
             const double length = std::hypot(1.0, slope);
-            mesh.normals.insert(mesh.normals.end(),
-                                {static_cast<float>(-slope / length), 0.0F, static_cast<float>(1.0 / length)});
-            mesh.uvs.insert(mesh.uvs.end(), {static_cast<float>(u), static_cast<float>(v)});
+            normals.insert(normals.end(), {static_cast<float>(-slope / length), 0.0F, static_cast<float>(1.0 / length)});
+            uvs.insert(uvs.end(), {static_cast<float>(u), static_cast<float>(v)});
             if (x == kSide || y == kSide) continue;
             const int a = y * (kSide + 1) + x;
             const int b = a + kSide + 1;
-            mesh.triangles.insert(mesh.triangles.end(), {a, a + 1, b, a + 1, b + 1, b});
+            triangles.insert(triangles.end(), {a, a + 1, b, a + 1, b + 1, b});
         }
     }
     Scene scene;

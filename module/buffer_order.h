@@ -1,7 +1,8 @@
-/// Array arguments enter by one copy in the order of the buffer's memory; strides aren't honoured.
+/// Array arguments are read in the order of the buffer's memory; strides aren't honoured.
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "module/binding.h"
@@ -21,14 +22,20 @@ bool spansElements(const py::array_t<T>& array, py::ssize_t count) {
     return count * static_cast<py::ssize_t>(sizeof(T)) <= last + static_cast<py::ssize_t>(sizeof(T));
 }
 
+/// True if the first `count` elements in memory order can be used where they lie.
+template <class T>
+bool liesInBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
+    return spansElements(array, count) && reinterpret_cast<std::uintptr_t>(array.data()) % alignof(T) == 0;
+}
+
 /// The first `count` elements in memory order. Where the memory that the array spans holds fewer, they are taken in the order of
 /// the indices, as far as there are any, since there is nothing else to read.
-template <class T>
-std::vector<T> inBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
+template <class T, class Vector = std::vector<T>>
+Vector inBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
     if (count <= 0) return {};
-    if (spansElements(array, count)) return std::vector<T>(array.data(), array.data() + count);
+    if (spansElements(array, count)) return Vector(array.data(), array.data() + count);
     const auto ordered = py::array_t<T, py::array::c_style | py::array::forcecast>(array);
-    return std::vector<T>(ordered.data(), ordered.data() + std::min(count, ordered.size()));
+    return Vector(ordered.data(), ordered.data() + std::min(count, ordered.size()));
 }
 
 }  // namespace Nemra

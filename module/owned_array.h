@@ -11,11 +11,12 @@ namespace Nemra {
 
 /// C-ordered array of the given shape over the vector's own storage; a capsule that holds the vector becomes its base.
 /// The product of `shape` must not exceed data.size().
-template <class T>
-py::array_t<T> ownedArray(std::vector<T>&& data, py::array::ShapeContainer shape) {
-    auto block = std::make_unique<std::vector<T>>(std::move(data));
+template <class T, class Allocator>
+py::array_t<T> ownedArray(std::vector<T, Allocator>&& data, py::array::ShapeContainer shape) {
+    using Vector = std::vector<T, Allocator>;
+    auto block = std::make_unique<Vector>(std::move(data));
     T* elements = block->data();
-    py::capsule owner(block.get(), [](void* pointer) { delete static_cast<std::vector<T>*>(pointer); });
+    py::capsule owner(block.get(), [](void* pointer) { delete static_cast<Vector*>(pointer); });
     block.release();
     return py::array_t<T>(std::move(shape), elements, owner);
 }

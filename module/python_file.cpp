@@ -28,11 +28,12 @@ SerialFormat formatOfMode(const py::object& file) {
     return mode.find('b') == std::string::npos ? SerialFormat::svxml : SerialFormat::svbin;
 }
 
-void writeText(const py::object& file, const std::function<std::string()>& text) {
+void writeText(const py::object& file, const std::function<void(std::ostream&)>& put) {
     FileBuffer buffer(file);
     std::ostream stream(&buffer);
     stream.exceptions(std::ios::badbit);  // else the stream swallows what the file's write raises
-    stream << text() << std::flush;
+    put(stream);
+    stream.flush();
 }
 
 void writeBytes(const py::object& file, const std::string& data) { file.attr("write")(py::bytes(data)); }
@@ -41,7 +42,7 @@ void dump(const py::object& file, const std::function<std::string(SerialFormat)>
     requireFile(file);
     const SerialFormat format = formatOfMode(file);
     if (format == SerialFormat::svxml) {
-        writeText(file, [&] { return payload(format); });
+        writeText(file, [&](std::ostream& out) { out << payload(format); });
     } else {
         writeBytes(file, payload(format));
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 
 #include "module/binding.h"
@@ -18,8 +19,8 @@ void requireFile(const py::object& file);
 SerialFormat formatOfMode(const py::object& file);
 
 /// Writes text through the file's `write` in pieces, each followed by `flush`. What these raise passes on. The file is opened
-/// first, then `text` is asked for it.
-void writeText(const py::object& file, const std::function<std::string()>& text);
+/// first, then `put` writes into it.
+void writeText(const py::object& file, const std::function<void(std::ostream&)>& put);
 
 /// Writes all bytes in one call of the file's `write`. What it raises passes on.
 void writeBytes(const py::object& file, const std::string& data);

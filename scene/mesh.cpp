@@ -17,30 +17,27 @@ using DataOf = const T* (*)(nemra_geom_t*);
 
 /// Copy of one of the engine's buffers; empty for a null handle, and where the engine has none.
 template <class T>
-std::vector<T> readBuffer(nemra_geom_t* mesh, SizeOf sizeOf, DataOf<T> dataOf) {
+nemra::LargeVector<T> readBuffer(nemra_geom_t* mesh, SizeOf sizeOf, DataOf<T> dataOf) {
     if (!mesh) return {};
     const std::uint32_t size = sizeOf(mesh);
     const T* const data = dataOf(mesh);
     if (size == 0 || !data) return {};
-    return std::vector<T>(data, data + size);
+    return nemra::LargeVector<T>(data, data + size);
 }
 
 template <class T>
-py::array_t<T> asRows(std::vector<T>&& data, std::size_t width) {
+py::array_t<T> asRows(nemra::LargeVector<T>&& data, std::size_t width) {
     const auto rows = static_cast<py::ssize_t>(data.size() / width);
     return Nemra::ownedArray(std::move(data), {rows, static_cast<py::ssize_t>(width)});
 }
 
-/// All rows of an array of that width; empty, with a printed line, for another shape.
+/// All rows of an array of that width, which has to stay; empty, with a printed line, for another shape.
 template <class T>
-std::vector<T> takeRows(const py::array_t<T>& array, int width) {
+Numbers<T> takeRows(const py::array_t<T>& array, int width) {
     if (!hasShape(array, -1, width)) return {};
-    return Nemra::inBufferOrder(array, array.shape(0) * width);
-}
-
-template <class T>
-const T* orNull(const std::vector<T>& data) {
-    return data.empty() ? nullptr : data.data();
+    const py::ssize_t count = array.shape(0) * width;
+    if (Nemra::liesInBufferOrder(array, count)) return {array.data(), static_cast<std::size_t>(count)};
+    return Nemra::inBufferOrder<T, nemra::LargeVector<T>>(array, count);
 }
 
 std::shared_ptr<Mesh> meshOfArrays(const std::string& name, const py::array_t<double>& vertices,
@@ -66,10 +63,10 @@ Mesh::Mesh(const std::string& name, MeshBuffers buffers) {
     }
     // The engine takes one normal per vertex for granted. Where the script gave fewer, zeros stand for the missing ones, so that
     // it doesn't read past the end.
-    if (!buffers.normals.empty() && buffers.normals.size() < buffers.vertices.size())
-        buffers.normals.resize(buffers.vertices.size());
-    handle = nemraMesh_create(name.c_str(), orNull(buffers.vertices), orNull(buffers.normals), orNull(buffers.uvs),
-                              static_cast<std::int32_t>(buffers.vertices.size()), orNull(buffers.triangles),
+    if (buffers.normals.size() != 0 && buffers.normals.size() < buffers.vertices.size())
+        buffers.normals.padTo(buffers.vertices.size());
+    handle = nemraMesh_create(name.c_str(), buffers.vertices.orNull(), buffers.normals.orNull(), buffers.uvs.orNull(),
+                              static_cast<std::int32_t>(buffers.vertices.size()), buffers.triangles.orNull(),
                               static_cast<std::int32_t>(buffers.triangles.size()));
 }
 

@@ -1,20 +1,47 @@
 /// Triangle meshes, built from numpy arrays and read back as such.
 #pragma once
 
+#include <span>
 #include <string>
-#include <vector>
 
+#include "engine/common/large_vector.h"
 #include "scene/geometry.h"
 
 namespace NemraNode {
 
+/// Numbers on their way to the engine, which copies them: where they lie in somebody's memory, or a vector of their own.
+template <class T>
+class Numbers {
+public:
+    Numbers() = default;
+    /// The memory has to stay as long as this.
+    Numbers(const T* first, std::size_t count) : lent_(first, count) {}
+    Numbers(nemra::LargeVector<T> own) : own_(std::move(own)), lent_(own_) {}
+    Numbers(Numbers&&) = default;  // a vector keeps its storage when it is moved
+    Numbers& operator=(Numbers&&) = default;
+
+    std::size_t size() const noexcept { return lent_.size(); }
+    const T* orNull() const noexcept { return lent_.empty() ? nullptr : lent_.data(); }
+    void clear() noexcept { lent_ = {}; }
+    /// Zeros at the end.
+    void padTo(std::size_t count) {
+        if (own_.empty()) own_.assign(lent_.begin(), lent_.end());
+        own_.resize(count);
+        lent_ = own_;
+    }
+
+private:
+    nemra::LargeVector<T> own_;
+    std::span<const T> lent_;
+};
+
 /// Flat buffers of a mesh as the engine takes them: x y z per vertex (metres) and per normal, three indices per triangle, u v
 /// per vertex. Any but the vertices may be empty.
 struct MeshBuffers {
-    std::vector<double> vertices;
-    std::vector<float> normals;
-    std::vector<std::int32_t> triangles;
-    std::vector<float> uvs;
+    Numbers<double> vertices;
+    Numbers<float> normals;
+    Numbers<std::int32_t> triangles;
+    Numbers<float> uvs;
 };
 
 class Mesh final : public Geometry {

@@ -71,7 +71,7 @@ public:
     bool readBytes(const py::bytes& data) const;
     /// A text file takes SVXML, a binary one the others; a mismatch raises the binding library's type_error.
     void write(const py::object& file, nemraScene_format format) const;
-    std::string print() const;
+    py::str print() const;
 };
 
 /// What add() of a geometry returns to Python: declared as the wanted class, made by the type that the engine told.

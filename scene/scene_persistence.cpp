@@ -1,5 +1,9 @@
 #include <algorithm>
 #include <clocale>
+#include <optional>
+#include <ostream>
+#include <stdexcept>
+#include <string_view>
 
 #include "module/engine_text.h"
 #include "scene/scene.h"
@@ -28,6 +32,12 @@ bool isBinary(const py::object& file) {
     return mode.find('b') != std::string::npos;
 }
 
+/// A text as long as the engine keeps it. Null raises std::logic_error, as the string's own constructor does.
+std::string_view textOf(const char* text, std::optional<std::size_t> size = std::nullopt) {
+    if (text == nullptr) throw std::logic_error("basic_string: construction from null is not valid");
+    return size ? std::string_view(text, *size) : std::string_view(text);
+}
+
 }  // namespace
 
 bool Scene::read(const std::string& path) const {
@@ -52,7 +62,7 @@ void Scene::write(const py::object& file, nemraScene_format format) const {
     std::int32_t size = 0;
     char* const data = nemraScene_writeToChar(handle, format, &size);
     if (format == SVXML) {
-        Nemra::writeText(file, [&] { return std::string(data); });
+        Nemra::writeText(file, [&](std::ostream& out) { out << textOf(data); });
     } else {
         file.attr("write")(py::bytes(data, static_cast<std::size_t>(std::max(size, 0))));
         file.attr("seek")(0);  // so that a BytesIO reads from its start
@@ -60,11 +70,11 @@ void Scene::write(const py::object& file, nemraScene_format format) const {
     freeCharArray(data);
 }
 
-std::string Scene::print() const {
+py::str Scene::print() const {
     std::int32_t size = 0;
     const Nemra::EngineText text(nemraScene_writeToChar(handle, SVXML, &size));
-    if (!text) return std::string(text.get());  // raises as every null text does
-    return std::string(text.get(), static_cast<std::size_t>(std::max(size, 0)));
+    const std::string_view bytes = textOf(text.get(), static_cast<std::size_t>(std::max(size, 0)));
+    return py::str(bytes.data(), bytes.size());
 }
 
 }  // namespace NemraNode

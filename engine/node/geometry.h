@@ -11,6 +11,7 @@
 #include "engine/node/mesh_frame.h"
 #include "engine/node/node.h"
 #include "engine/node/scene_place.h"
+#include "engine/node/shared_array.h"
 
 namespace nemra::node {
 
@@ -23,11 +24,11 @@ struct MeshFile {
 
 /// Either its arrays, or the name of a file and no arrays.
 struct Mesh {
-    std::vector<double> vertices;                ///< 3 N: x y z
-    std::vector<float> normals;                  ///< 3 N, or empty: flat triangles
-    std::vector<float> uvs;                      ///< 2 N, or empty
-    std::vector<std::int32_t> triangles;         ///< 3 M vertex indices
-    mutable std::vector<float> triangleNormals;  ///< 3 M, made when first asked for
+    SharedArray<double> vertices;                ///< 3 N: x y z
+    SharedArray<float> normals;                  ///< 3 N, or empty: flat triangles
+    SharedArray<float> uvs;                      ///< 2 N, or empty
+    SharedArray<std::int32_t> triangles;         ///< 3 M vertex indices
+    mutable SharedArray<float> triangleNormals;  ///< 3 M, made when first asked for
     MeshFile file;
 };
 

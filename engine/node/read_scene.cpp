@@ -2,6 +2,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 #include "engine/common/buffer.h"
 #include "engine/common/log.h"
@@ -26,17 +27,30 @@ Encoding encodingOf(std::span<const char> bytes) {
     return first != std::string_view::npos && text[first] == '<' ? Encoding::svxml : Encoding::unknown;
 }
 
-bool readPlain(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
-    switch (encodingOf(bytes)) {
+bool refuse(std::span<const char> bytes, std::string_view origin) {
+    log::error(origin,
+               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor svbin nor one of these gzipped");
+    return false;
+}
+
+/// Bytes of our own, whose memory may be used up.
+bool readPlain(Buffer bytes, std::string_view origin, Scene& scene, Unknown unknown) {
+    switch (encodingOf(bytes.bytes())) {
         case Encoding::svxml:
-            return readSvxml(bytes, origin, scene, unknown);
+            return readSvxml(std::move(bytes), origin, scene, unknown);
         case Encoding::svbin:
-            return readSvbin(bytes, origin, scene, unknown);
+            return readSvbin(bytes.bytes(), origin, scene, unknown);
         case Encoding::unknown:
             break;
     }
-    log::error(origin,
-               bytes.empty() ? "no scene: there is nothing in it" : "no scene: neither svxml nor svbin nor one of these gzipped");
+    return refuse(bytes.bytes(), origin);
+}
+
+/// Inflates what is gzipped. False after one error message.
+bool inflate(std::span<const char> bytes, std::string_view origin, Buffer& inflated) {
+    std::string why;
+    if (gunzip(bytes, inflated, why)) return true;
+    log::error(origin, why);
     return false;
 }
 
@@ -44,11 +58,17 @@ bool readPlain(std::span<const char> bytes, std::string_view origin, Scene& scen
 
 bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
     try {
-        if (!isGzip(bytes)) return readPlain(bytes, origin, scene, unknown);
+        switch (encodingOf(bytes)) {
+            case Encoding::svxml:
+                return readSvxml(bytes, origin, scene, unknown);
+            case Encoding::svbin:
+                return readSvbin(bytes, origin, scene, unknown);
+            case Encoding::unknown:
+                break;
+        }
+        if (!isGzip(bytes)) return refuse(bytes, origin);
         Buffer inflated;
-        std::string why;
-        if (gunzip(bytes, inflated, why)) return readPlain(inflated.bytes(), origin, scene, unknown);
-        log::error(origin, why);
+        return inflate(bytes, origin, inflated) && readPlain(std::move(inflated), origin, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(origin, "not enough memory to read this");
     }
@@ -58,9 +78,16 @@ bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scen
 bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown) {
     try {
         Buffer bytes;
-        const std::string why = readFileBytes(path, bytes);
-        if (why.empty()) return readScene(bytes.bytes(), path, scene, unknown);
-        log::error(path, "can't read the scene: " + why);
+        if (const std::string why = readFileBytes(path, bytes); !why.empty()) {
+            log::error(path, "can't read the scene: " + why);
+            return false;
+        }
+        if (isGzip(bytes.bytes())) {
+            Buffer inflated;
+            if (!inflate(bytes.bytes(), path, inflated)) return false;
+            bytes = std::move(inflated);
+        }
+        return readPlain(std::move(bytes), path, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(path, "not enough memory to read this");
     }

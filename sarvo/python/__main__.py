@@ -9,7 +9,7 @@ import sys
 from . import SVLIB_PATH, examples, nemra
 from ._render import EXIT_FAILED, RenderJob
 
-PICTURES = ("png", "exr")
+KINDS = ("png", "jpg", "jpeg", "exr", "hdr", "svraw", "csv")
 
 
 def build_parser() -> argparse.ArgumentParser:
@@ -66,8 +66,8 @@ def why_unwritable(output: str) -> str:
     """Why no picture can be written there; empty if nothing stands against it."""
     folder, name = os.path.split(output)
     kind = os.path.splitext(name)[1].removeprefix(".").lower()
-    if kind not in PICTURES:
-        return f"{output}: the extension must say the kind of picture, one of {', '.join(PICTURES)}"
+    if kind not in KINDS:
+        return f"{output}: the extension must say the kind of file, one of {', '.join(KINDS)}"
     if not os.path.isdir(folder or "."):
         return f"no folder {folder} to write {name} to"
     if os.path.isdir(output):

@@ -1,4 +1,6 @@
 // Meshes through the flat interface.
+#include <span>
+
 #include "engine/common/guarded.h"
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
@@ -11,12 +13,12 @@ using namespace nemra;
 using namespace nemra::node;
 
 template <class Number>
-std::vector<Number> copyOf(const Number* numbers, std::size_t count) {
-    return numbers == nullptr ? std::vector<Number>{} : std::vector<Number>(numbers, numbers + count);
+std::span<const Number> view(const Number* numbers, std::size_t count) {
+    return {numbers, numbers == nullptr ? 0 : count};
 }
 
 /// How many normals have no length. A caller with fewer normals than vertices fills up with zeros, so the last one tells.
-std::size_t missingNormals(const std::vector<float>& normals) {
+std::size_t missingNormals(std::span<const float> normals) {
     const auto isMissing = [&](std::size_t at) {
         return normals[at] == 0.0F && normals[at + 1] == 0.0F && normals[at + 2] == 0.0F;
     };
@@ -73,12 +75,11 @@ nemra_geom_t* nemraMesh_create(const char* name, const double* vertices, const f
         if ((vertices == nullptr && verticesCount > 0) || (triangles == nullptr && trianglesCount > 0))
             return refuse("array missing");
         Mesh mesh;
-        mesh.vertices = copyOf(vertices, static_cast<std::size_t>(verticesCount));
-        mesh.normals = copyOf(normals, static_cast<std::size_t>(verticesCount));
-        mesh.uvs = copyOf(uvs, static_cast<std::size_t>(verticesCount) / 3 * 2);
-        mesh.triangles = copyOf(triangles, static_cast<std::size_t>(trianglesCount));
-        if (const std::string why = whyRefused(mesh); !why.empty()) return refuse(why);
-        if (const std::size_t missing = missingNormals(mesh.normals))
+        const auto count = static_cast<std::size_t>(verticesCount);
+        const std::string why = copyChecked(mesh, view(vertices, count), view(normals, count), view(uvs, count / 3 * 2),
+                                            view(triangles, static_cast<std::size_t>(trianglesCount)));
+        if (!why.empty()) return refuse(why);
+        if (const std::size_t missing = missingNormals({mesh.normals.data(), mesh.normals.size()}))
             log::warning(label(*geometry), std::to_string(missing) + " of its " + std::to_string(mesh.normals.size() / 3) +
                                                " normals have no length; triangles at those vertices are rendered flat");
         geometry->shape = std::move(mesh);

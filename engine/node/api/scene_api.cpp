@@ -103,7 +103,8 @@ bool nemraScene_readFromChar(nemra_scene_t* scene, const char* data, int32_t siz
         const auto found = find<SceneObject>(scene);
         if (!found) return false;
         if (data == nullptr || size < 0) {
-            log::error("buffer", "no scene: there is nothing in it");
+            log::error("buffer",
+                       size < 0 ? "can't read the scene: the bytes are more than 2 GiB" : "no scene: there is nothing in it");
             return false;
         }
         Scene read;

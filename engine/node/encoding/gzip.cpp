@@ -2,9 +2,12 @@
 
 #include <libdeflate.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 
 #include "engine/node/encoding/limits.h"
 
@@ -14,9 +17,8 @@ namespace {
 
 // Higher levels save a few percent of a mesh and take five times as long.
 constexpr int kLevel = 1;
-constexpr std::size_t kLeastMember = 18;  // header and trailer
-constexpr std::size_t kAlwaysTaken = std::size_t{64} << 20;
-constexpr std::size_t kMaxRatio = 200;
+constexpr std::size_t kLeastMember = 18;                                   // header and trailer
+constexpr std::string_view kHeader("\x1f\x8b\x08\0\0\0\0\0\x04\xff", 10);  // deflate, no name, no time, fast, any system
 
 struct FreeCompressor {
     void operator()(libdeflate_compressor* it) const noexcept { libdeflate_free_compressor(it); }
@@ -25,6 +27,10 @@ struct FreeDecompressor {
     void operator()(libdeflate_decompressor* it) const noexcept { libdeflate_free_decompressor(it); }
 };
 
+void appendNumber(Buffer& out, std::uint32_t number, int bytes) {
+    for (int i = 0; i < bytes; ++i) out += static_cast<char>(number >> (8 * i));
+}
+
 /// The last four bytes of a member: the size of its contents, modulo 2^32.
 std::size_t statedSize(std::span<const char> bytes) noexcept {
     std::size_t size = 0;
@@ -32,19 +38,48 @@ std::size_t statedSize(std::span<const char> bytes) noexcept {
     return size;
 }
 
+bool isTaken(std::size_t contents, std::size_t compressed) noexcept {
+    return contents <= kFreeInflatedBytes || contents / kMaxGzipRatio <= compressed;
+}
+
+/// Blocks that hold the bytes as they are (RFC 1951, 3.2.4); another block has to follow.
+void appendStored(Buffer& out, std::span<const char> bytes) {
+    constexpr std::size_t kMaxBlock = 0xffff;
+    while (!bytes.empty()) {
+        const std::size_t size = std::min(bytes.size(), kMaxBlock);
+        out += '\0';
+        appendNumber(out, static_cast<std::uint32_t>(size), 2);
+        appendNumber(out, ~static_cast<std::uint32_t>(size), 2);
+        out.append({bytes.data(), size});
+        bytes = bytes.subspan(size);
+    }
+}
+
+/// One member, of which the first `stored` bytes of the contents aren't compressed.
+Buffer member(std::span<const char> bytes, std::size_t stored) {
+    const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(libdeflate_alloc_compressor(kLevel));
+    if (!compressor) throw std::bad_alloc();
+    Buffer out;
+    out += kHeader;
+    appendStored(out, bytes.first(stored));
+    const auto rest = bytes.subspan(stored);
+    const std::size_t bound = libdeflate_deflate_compress_bound(compressor.get(), rest.size());
+    const std::size_t size = libdeflate_deflate_compress(compressor.get(), rest.data(), rest.size(), out.room(bound), bound);
+    if (size == 0) throw std::logic_error("gzip found its own bound too small");
+    out.grow(size);
+    appendNumber(out, libdeflate_crc32(0, bytes.data(), bytes.size()), 4);
+    appendNumber(out, static_cast<std::uint32_t>(bytes.size()), 4);
+    return out;
+}
+
 }  // namespace
 
 Buffer gzip(std::span<const char> bytes) {
     if (bytes.size() > kMaxInflatedBytes)
         throw std::length_error("more than 1 GiB can't be gzipped: no reader would take it back");
-    const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(libdeflate_alloc_compressor(kLevel));
-    if (!compressor) throw std::bad_alloc();
-    Buffer out;
-    const std::size_t bound = libdeflate_gzip_compress_bound(compressor.get(), bytes.size());
-    const std::size_t size = libdeflate_gzip_compress(compressor.get(), bytes.data(), bytes.size(), out.room(bound), bound);
-    if (size == 0) throw std::logic_error("gzip found its own bound too small");
-    out.grow(size);
-    return out;
+    Buffer out = member(bytes, 0);
+    // What compresses so well that readers would take it for a bomb gets a part stored as it is.
+    return isTaken(bytes.size(), out.size()) ? std::move(out) : member(bytes, bytes.size() / kMaxGzipRatio);
 }
 
 bool isGzip(std::span<const char> bytes) noexcept { return bytes.size() >= 2 && bytes[0] == '\x1f' && bytes[1] == '\x8b'; }
@@ -58,7 +93,7 @@ bool gunzip(std::span<const char> bytes, Buffer& out, std::string& why) {
     const std::size_t stated = statedSize(bytes);
     if (stated > kMaxInflatedBytes)
         return refuse("the gzip data would inflate to " + std::to_string(stated) + " bytes, more than 1 GiB");
-    if (stated > kAlwaysTaken && stated / kMaxRatio > bytes.size())
+    if (!isTaken(stated, bytes.size()))
         return refuse("the gzip data would inflate to " + std::to_string(stated / bytes.size()) +
                       " times its size, which no scene does");
     const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(libdeflate_alloc_decompressor());

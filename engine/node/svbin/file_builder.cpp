@@ -25,7 +25,11 @@ void FileBuilder::checkRoom(std::size_t more) const {
 }
 
 Buffer FileBuilder::finishFile(fb::Contents type, Offset<void> contents) {
-    fb::FinishFileBuffer(builder_, fb::CreateFile(tables(), static_cast<std::uint16_t>(kSvbinVersion), type, contents));
+    constexpr std::uint32_t kNotYetKnown = 1;
+    fb::FinishFileBuffer(builder_,
+                         fb::CreateFile(tables(), static_cast<std::uint16_t>(kSvbinVersion), type, contents, kNotYetKnown));
+    flatbuffers::GetMutableRoot<flatbuffers::Table>(builder_.GetBufferPointer())
+        ->SetField(fb::File::VT_SIZE, builder_.GetSize(), 0U);
     std::size_t reserved = 0;
     std::size_t front = 0;
     auto* const block = reinterpret_cast<char*>(builder_.ReleaseRaw(reserved, front));

@@ -42,10 +42,7 @@ public:
         builder_.ForceVectorAlignment(count, sizeof(Number), 16);
         return builder_.CreateVector(first, count);
     }
-    template <class Number>
-    auto numbers(const std::vector<Number>& all) {
-        return numbers(all.data(), all.size());
-    }
+    auto numbers(const auto& all) { return numbers(all.data(), all.size()); }
 
     /// Tables or texts; none for an empty list.
     template <class T>

@@ -44,6 +44,9 @@ FileView::FileView(std::span<const char> bytes, std::string_view origin, Unknown
                     "damaged or cut off: a part of it lies outside of the file, which ends here, or parts nest deeper than " +
                         std::to_string(kMaxFileDepth) + " or hold one another"};
     file_ = fb::GetFile(begin);
+    // The last bytes may be padding, which nothing refers to.
+    if (file_->size() != 0 && file_->size() != bytes_.size())
+        throw Fault{bytes_.size(), "damaged or cut off: the file says that it has " + std::to_string(file_->size()) + " bytes"};
     if (file_->version() < 1) throw Fault{offsetOf(file_), "the version of the form isn't a number from 1"};
     if (file_->version() > kSvbinVersion)
         throw Fault{offsetOf(file_), "written in version " + std::to_string(file_->version()) +

@@ -39,8 +39,8 @@ public:
     std::string copy(const flatbuffers::String* text);
 
     /// An array of the file as vector of its own; empty where it is absent.
-    template <class Number>
-    std::vector<Number> copy(const flatbuffers::Vector<Number>* numbers) {
+    template <class Number, class Vector = std::vector<Number>>
+    Vector copy(const flatbuffers::Vector<Number>* numbers) {
         if (numbers == nullptr) return {};
         charge(copied_, std::size_t{numbers->size()} * sizeof(Number), numbers);
         return {numbers->data(), numbers->data() + numbers->size()};

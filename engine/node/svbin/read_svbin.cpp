@@ -29,11 +29,14 @@ MeshFrame readFrame(FileView& file, const fb::MeshFrame* stored) {
 }
 
 Mesh readMesh(FileView& file, const fb::Mesh& mesh) {
+    const auto copy = [&]<class Number>(const flatbuffers::Vector<Number>* numbers) {
+        return file.copy<Number, LargeVector<Number>>(numbers);
+    };
     Mesh read;
-    read.vertices = file.copy(mesh.vertices());
-    read.normals = file.copy(mesh.normals());
-    read.uvs = file.copy(mesh.uvs());
-    read.triangles = file.copy(mesh.triangles());
+    read.vertices = copy(mesh.vertices());
+    read.normals = copy(mesh.normals());
+    read.uvs = copy(mesh.uvs());
+    read.triangles = copy(mesh.triangles());
     read.file.path = file.copy(mesh.file());
     if (!read.file.path.empty()) {
         read.file.part = file.copy(mesh.part());

@@ -26,11 +26,13 @@ std::vector<std::string> splitLayerPath(std::string_view path) {
 }
 
 template <class Number>
-void readArray(Source& source, pugi::xml_node element, const Geometry& geometry, std::vector<Number>& numbers) {
+void readArray(Source& source, pugi::xml_node element, const Geometry& geometry, SharedArray<Number>& numbers) {
     if (!numbers.empty()) source.fail(element, label(geometry) + ": a second element '" + element.name() + "'");
     source.checkAttributes(element, {});
-    const ElementText text(element);
-    numbers = readNumbers<Number>(source, text.view(), source.offsetOf(element), label(geometry) + ": " + element.name());
+    const ElementText text(source, element);
+    numbers = readNumbers<Number, LargeVector<Number>>(source, text.view(), source.offsetOf(element),
+                                                       label(geometry) + ": " + element.name());
+    source.drop(text.view());
 }
 
 template <class Number>
@@ -38,7 +40,8 @@ Number readScalar(Source& source, pugi::xml_node element, const Geometry& geomet
     const pugi::xml_attribute found = element.attribute(attribute);
     if (!found) return otherwise;
     Number number{};
-    if (parseNumber(std::string_view(found.value()), number) != NumberFault::none)
+    std::string_view text = found.value();
+    if (parseNumber(takeWord(text), number) != NumberFault::none || !takeWord(text).empty())
         throw Fault{source.offsetOf(found), label(geometry) + ": " + attribute + " isn't a number"};
     return number;
 }
@@ -81,7 +84,7 @@ void readMaterialOnly(Source& source, pugi::xml_node element, Geometry& geometry
 void readTransform(Source& source, pugi::xml_node element, Instance& instance) {
     source.checkAttributes(element, {});
     const std::string what = "instance of '" + instance.geometryName + "': transform";
-    const ElementText text(element);
+    const ElementText text(source, element);
     const auto numbers = readNumbers<double>(source, text.view(), source.offsetOf(element), what);
     if (numbers.size() != 16) source.fail(element, what + ": 16 numbers expected, " + std::to_string(numbers.size()) + " found");
     std::copy(numbers.begin(), numbers.end(), instance.transform.begin());

@@ -29,7 +29,7 @@ public:
         for (const pugi::xml_node part : node.children()) {
             const string_view name = part.name();
             if (name == "comments") {
-                comments_ = ElementText(part);
+                comments_ = ElementText(source_, part);
                 found = comments_.view();
             } else if (name != "parameter" && name != "table" && name != "raw" && name != "child" && name != "item") {
                 source_.warnUnknown(part);
@@ -80,7 +80,7 @@ public:
     }
 
     Value rawValue(pugi::xml_node element, const RawSlotSpec& slot, const std::string& what) const {
-        return readRawData(source_, slot.type, ElementText(element).view(), source_.offsetOf(element), what);
+        return readRawData(source_, slot.type, ElementText(source_, element).view(), source_.offsetOf(element), what);
     }
 
 private:
@@ -150,10 +150,11 @@ private:
         if (isTextCell(column.type)) return readTextCells(element);
         const CellKind kind = kindOfCells(element, column, what);
         const bool isDouble = kind.name() == "double";
-        const ElementText text(element);
+        const ElementText text(source_, element);
         string_view rest = text.view();
         const std::size_t at = source_.offsetOf(element);
         std::vector<Value> cells;
+        cells.reserve(countWords(rest));  // growing would take three times the memory
         for (string_view word = takeWord(rest); !word.empty(); word = takeWord(rest)) {
             if (double number = 0.0; isDouble && parseNumber(word, number) == NumberFault::none) {
                 cells.push_back({number});  // what a cell is most often
@@ -172,7 +173,7 @@ private:
         for (const pugi::xml_node cell : element.children()) {
             const string_view name = cell.name();
             if (name == "cell") {
-                cells.push_back({std::string(ElementText(cell).view())});
+                cells.push_back({std::string(ElementText(source_, cell).view())});
             } else if (name == kUnset) {
                 cells.emplace_back();
             } else {
@@ -191,7 +192,7 @@ private:
     }
 
     Source& source_;
-    ElementText comments_{pugi::xml_node()};
+    ElementText comments_;
 };
 
 }  // namespace

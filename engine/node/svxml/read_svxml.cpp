@@ -65,14 +65,14 @@ namespace {
 
 /// Runs `body` on the parsed text and turns a Fault into one error message.
 template <class Body>
-bool read(std::span<const char> text, std::string_view origin, Unknown unknown, Body&& body) {
+bool read(svxml::Text text, std::string_view origin, Unknown unknown, Body&& body) {
     try {
         svxml::Source source(text, origin, unknown);
         body(source, source.root());
         source.report().finish();
         return true;
     } catch (const Fault& fault) {
-        log::error(svxml::placeOf(text, origin, fault.at), fault.text);
+        log::error(text.placeOf(fault.at), fault.text);
     } catch (const std::bad_alloc&) {
         log::error(origin, "not enough memory to read this");
     }
@@ -82,13 +82,18 @@ bool read(std::span<const char> text, std::string_view origin, Unknown unknown, 
 }  // namespace
 
 bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene, Unknown unknown) {
-    return read(text, origin, unknown,
+    return read({text, origin, false}, origin, unknown,
+                [&](svxml::Source& source, pugi::xml_node root) { scene = svxml::readScene(source, root); });
+}
+
+bool readSvxml(Buffer text, std::string_view origin, Scene& scene, Unknown unknown) {
+    return read({text.bytes(), origin, true}, origin, unknown,
                 [&](svxml::Source& source, pugi::xml_node root) { scene = svxml::readScene(source, root); });
 }
 
 std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin, Unknown unknown) {
     std::shared_ptr<Node> node;
-    read(text, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
+    read({text, origin, false}, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
         if (std::string_view(root.name()) != "node")
             source.fail(root, "element 'node' expected, not '" + std::string(root.name()) + "'");
         node = svxml::readNode(source, root);
@@ -98,7 +103,7 @@ std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view
 
 std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::string_view origin, Unknown unknown) {
     std::shared_ptr<Geometry> geometry;
-    read(text, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
+    read({text, origin, false}, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
         if (!svxml::isGeometryElement(root.name()))
             source.fail(root, "element 'mesh', 'sphere' or 'cone' expected, not '" + std::string(root.name()) + "'");
         geometry = svxml::readGeometry(source, root);
@@ -108,7 +113,7 @@ std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::str
 
 std::shared_ptr<Instance> readSvxmlInstance(std::span<const char> text, std::string_view origin, Unknown unknown) {
     std::shared_ptr<Instance> instance;
-    read(text, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
+    read({text, origin, false}, origin, unknown, [&](svxml::Source& source, pugi::xml_node root) {
         if (std::string_view(root.name()) != "instance")
             source.fail(root, "element 'instance' expected, not '" + std::string(root.name()) + "'");
         instance = svxml::readInstance(source, root);

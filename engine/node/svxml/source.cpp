@@ -1,6 +1,9 @@
 #include "engine/node/svxml/source.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 
 #include "engine/node/encoding/limits.h"
@@ -8,45 +11,93 @@
 
 namespace nemra::node::svxml {
 
-std::string placeOf(std::span<const char> text, std::string_view origin, std::size_t at) {
-    at = std::min(at, text.size());
-    const auto before = text.first(at);
-    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-    const auto lineStart = std::find(before.rbegin(), before.rend(), '\n').base();
-    const auto column = 1 + (before.end() - lineStart);
-    return std::string(origin) + ":" + std::to_string(line) + ":" + std::to_string(column);
+namespace {
+
+constexpr std::size_t kPage = 4096;
+constexpr std::size_t kLeastDropped = 64 * kPage;
+
+}  // namespace
+
+std::string Text::placeOf(std::size_t at) const {
+    at = std::min(at, bytes_.size());
+    std::size_t lines = 0;
+    std::size_t lineStart = 0;
+    const auto count = [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            if (bytes_[i] != '\n') continue;
+            ++lines;
+            lineStart = i + 1;
+        }
+    };
+    std::size_t next = 0;
+    for (const Dropped& part : dropped_) {
+        if (part.begin >= at) break;
+        count(next, part.begin);
+        lines += part.lines;
+        if (part.lines > 0) lineStart = part.lastLineEnd;
+        next = part.end;
+    }
+    count(next, at);
+    return origin_ + ":" + std::to_string(lines + 1) + ":" + std::to_string(at - std::min(at, lineStart) + 1);
 }
 
-ElementText::ElementText(pugi::xml_node element) {
+void Text::drop(std::string_view part) {
+    const std::less<const char*> before;
+    const char* const end = bytes_.data() + bytes_.size();
+    if (!isOurs_ || before(part.data(), bytes_.data()) || !before(part.data(), end)) return;
+    const auto address = reinterpret_cast<std::uintptr_t>(part.data());
+    const std::size_t first = (address + kPage - 1) / kPage * kPage - address;
+    const std::size_t last = (address + part.size()) / kPage * kPage - address;
+    if (part.size() < kLeastDropped) return;
+    const std::string_view pages = part.substr(first, last - first);
+    const std::size_t begin = static_cast<std::size_t>(pages.data() - bytes_.data());
+    const auto lines = static_cast<std::size_t>(std::count(pages.begin(), pages.end(), '\n'));
+    dropped_.push_back({begin, begin + pages.size(), lines, lines == 0 ? 0 : begin + pages.rfind('\n') + 1});
+    ::madvise(const_cast<char*>(pages.data()), pages.size(), MADV_DONTNEED);
+}
+
+ElementText::ElementText(const Source& source, pugi::xml_node element) {
     for (const pugi::xml_node piece : element.children()) {
         if (piece.type() != pugi::node_pcdata && piece.type() != pugi::node_cdata) continue;
         if (whole_.data() == nullptr) {
-            whole_ = piece.value();
+            whole_ = source.valueOf(piece);
         } else {
             if (joined_.empty()) joined_ = whole_;
-            joined_ += piece.value();
+            joined_ += source.valueOf(piece);
         }
     }
 }
 
-Source::Source(std::span<const char> text, std::string_view origin, Unknown unknown)
+Source::Source(Text& text, std::string_view origin, Unknown unknown)
     : text_(text),
-      report_(origin, unknown, [text, origin = std::string(origin)](std::size_t at) { return placeOf(text, origin, at); }) {
-    checkBytes();
+      report_(origin, unknown, [&text](std::size_t at) { return text.placeOf(at); }),
+      outline_(checked(text.view())) {
     // Parsing in place writes its ends of text over the markup behind them; one spare byte takes the last.
-    buffer_.reserve(text.size() + 1);
-    buffer_.assign(text.begin(), text.end());
+    std::vector<char>& buffer = outline_.reduced();
+    buffer.reserve(buffer.size() + 1);
     constexpr unsigned kOptions = pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_doctype;
     const pugi::xml_parse_result result =
-        document_.load_buffer_inplace(buffer_.data(), buffer_.size(), kOptions, pugi::encoding_utf8);
-    if (!result) throw Fault{static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), result.description()};
+        document_.load_buffer_inplace(buffer.data(), buffer.size(), kOptions, pugi::encoding_utf8);
+    if (!result)
+        throw Fault{
+            outline_.original(static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0))),
+            std::string(result.description()) + (outline_.isWhole() ? "" : "; the text ends too early, it may be cut off")};
     checkStructure();
 }
 
-void Source::checkBytes() const {
-    if (text_.size() > kMaxFileBytes) throw Fault{0, "the text is larger than 2 GiB"};
-    const std::size_t at = firstNotText({text_.data(), text_.size()});
-    if (at < text_.size()) throw Fault{at, text_[at] == '\0' ? "a zero byte stands in the text" : "the text isn't UTF-8"};
+std::string_view Source::checked(std::string_view text) {
+    if (text.size() > kMaxFileBytes) throw Fault{0, "the text is larger than 2 GiB"};
+    const std::size_t at = firstNotText(text);
+    if (at < text.size()) throw Fault{at, text[at] == '\0' ? "a zero byte stands in the text" : "the text isn't UTF-8"};
+    return text;
+}
+
+std::string_view Source::valueOf(pugi::xml_node piece) const {
+    const std::string_view value = piece.value();
+    const std::vector<char>& buffer = outline_.reduced();
+    const std::less<const char*> before;
+    if (before(value.data(), buffer.data()) || !before(value.data(), buffer.data() + buffer.size())) return value;
+    return outline_.textAt(static_cast<std::size_t>(value.data() - buffer.data())).value_or(value);
 }
 
 void Source::checkStructure() {
@@ -81,8 +132,13 @@ std::size_t Source::offsetOf(pugi::xml_node element) const { return offsetOf(ele
 
 std::size_t Source::offsetOf(const char* character, std::size_t otherwise) const {
     const std::less<const char*> before;
-    const bool inside = !before(character, buffer_.data()) && before(character, buffer_.data() + buffer_.size());
-    return inside ? static_cast<std::size_t>(character - buffer_.data()) : otherwise;
+    const auto isIn = [&](const char* begin, std::size_t size) {
+        return !before(character, begin) && before(character, begin + size);
+    };
+    const std::vector<char>& reduced = outline_.reduced();
+    if (isIn(reduced.data(), reduced.size())) return outline_.original(static_cast<std::size_t>(character - reduced.data()));
+    const std::string_view whole = text_.view();
+    return isIn(whole.data(), whole.size()) ? static_cast<std::size_t>(character - whole.data()) : otherwise;
 }
 
 std::string_view Source::required(pugi::xml_node element, const char* attribute) const {

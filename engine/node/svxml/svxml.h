@@ -18,6 +18,8 @@ inline constexpr int kSvxmlVersion = 1;
 // Reading. `origin` names the source in messages. What is unknown among elements and attributes is skipped with a warning;
 // unknown classes and parameters as `unknown` says. Broken input gives one error message with the place, and false or null.
 NEMRA_API bool readSvxml(std::span<const char> text, std::string_view origin, Scene& scene, Unknown unknown = Unknown::refuse);
+/// Gives the memory of the text back while reading, so that a text and what it says are never there at once.
+NEMRA_API bool readSvxml(Buffer text, std::string_view origin, Scene& scene, Unknown unknown = Unknown::refuse);
 NEMRA_API std::shared_ptr<Node> readSvxmlNode(std::span<const char> text, std::string_view origin,
                                               Unknown unknown = Unknown::refuse);
 NEMRA_API std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text, std::string_view origin,

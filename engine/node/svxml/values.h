@@ -17,11 +17,10 @@ void appendValue(std::string& out, const Value& value);
 
 /// Words of `text` (which lies in `source`) as numbers. Throws a Fault with the word's place, `what` and its position in the
 /// list.
-template <class Number>
-std::vector<Number> readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
-    std::vector<Number> numbers;
-    // Memory that isn't written costs nothing, growing by copying does.
-    if (constexpr std::size_t kUsualWord = 8; text.size() > 1024 * kUsualWord) numbers.reserve(text.size() / kUsualWord);
+template <class Number, class Vector = std::vector<Number>>
+Vector readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
+    Vector numbers;
+    numbers.reserve(countWords(text));  // growing would take three times the memory
     for (;;) {
         const std::string_view word = takeWord(text);
         if (word.empty()) return numbers;

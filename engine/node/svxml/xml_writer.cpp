@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "engine/node/encoding/limits.h"
+#include "engine/node/svxml/outline.h"
 
 namespace nemra::node::svxml {
 
@@ -60,7 +61,14 @@ void XmlWriter::newLine(std::size_t depth) {
 }
 
 void XmlWriter::escape(std::string_view text, bool inAttribute) {
-    for (const char c : text) {
+    std::string unwritable;
+    while (!text.empty()) {
+        if (takeUnwritable(text, unwritable)) {
+            out_ += unwritable;
+            continue;
+        }
+        const char c = text.front();
+        text.remove_prefix(1);
         switch (c) {
             case '&':
                 out_ += "&amp;";
@@ -77,7 +85,7 @@ void XmlWriter::escape(std::string_view text, bool inAttribute) {
             default:
                 // Readers turn line ends into blanks inside attributes, and \r into \n everywhere, unless they are written as
                 // numbers.
-                if (static_cast<unsigned char>(c) < 0x20 && (inAttribute || (c != '\n' && c != '\t'))) {
+                if (c == '\r' || (inAttribute && (c == '\n' || c == '\t'))) {
                     out_ += "&#" + std::to_string(static_cast<int>(c)) + ";";
                 } else {
                     out_ += c;

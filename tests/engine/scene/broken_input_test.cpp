@@ -1,5 +1,6 @@
 // Damaged scenes: false with one error that says the place, and the scene as it was; never a crash.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -105,6 +106,10 @@ TEST_F(BrokenInput, SaysWhatAndWhere) {
         {replaced("small &amp; whole", "small \xff"), "test:2:32: the text isn't UTF-8"},
         {replaced("small &amp; whole", std::string_view("\0", 1)), "zero byte"},
         {std::string(kSmallScene) + "<scene/>", "second outermost"},
+        {std::string(kSmallScene) + "garbage", "text stands outside of the outermost element"},
+        {std::string(kSmallScene.substr(0, kSmallScene.find("<search_path") + 7)), "it may be cut off"},
+        {std::string(kSmallScene.substr(0, kSmallScene.find("</scene>"))), "it may be cut off"},
+        {replaced("radius=\"0.5\"", "radius=\"0.5 1\""), "radius isn't a number"},
         {"<!DOCTYPE scene [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;\">]>\n<scene name=\"&b;\"/>",
          "document type declaration isn't allowed"},
         {"<!DOCTYPE scene SYSTEM \"file:///etc/passwd\"><scene/>", "document type declaration isn't allowed"},
@@ -129,6 +134,49 @@ TEST_F(BrokenInput, UnknownIsSkippedWithAWarning) {
         EXPECT_TRUE(readOrExplain(odd.text, &said)) << odd.said;
         EXPECT_NE(said.find(odd.said), std::string::npos) << "said:     " << said << "expected: " << odd.said;
     }
+}
+
+// Places stay right where long arrays are looked at by themselves, and where these have been given back already.
+TEST_F(BrokenInput, PlacesBehindLongArrays) {
+    std::string lines;
+    for (int i = 0; i < 200000; ++i) lines += "0 0 1\n";
+    const std::string mesh = "<mesh name=\"m\"><vertices>\n" + lines + "</vertices></mesh>\n";
+    const std::string broken =
+        "<scene>\n" + mesh + "<mesh name=\"n\"><vertices>\n" + lines + "0 0 x1\n" + lines + "</vertices></mesh></scene>";
+    const auto folder = std::filesystem::temp_directory_path() / ("scene_places_" + std::to_string(std::random_device{}()));
+    std::filesystem::create_directories(folder);
+    const std::string file = (folder / "s.svxml").string();
+    std::ofstream(file) << broken;
+    Scene scene;
+    Messages inMemory;
+    EXPECT_FALSE(readScene(broken, "test", scene));
+    EXPECT_NE(inMemory.text().find("test:400004:5: mesh 'n': vertices: 'x1' at position 600002"), std::string::npos)
+        << inMemory.text();
+    Messages inFile;
+    EXPECT_FALSE(readSceneFile(file, scene));
+    EXPECT_NE(inFile.text().find("s.svxml:400004:5: mesh 'n'"), std::string::npos) << inFile.text();
+
+    std::ofstream(file) << "<scene>\n" + mesh + "\n  <odd/>\n</scene>";
+    Messages behind;
+    EXPECT_TRUE(readSceneFile(file, scene));
+    EXPECT_NE(behind.text().find("s.svxml:200005:4: unknown element 'odd'"), std::string::npos) << behind.text();
+    std::filesystem::remove_all(folder);
+}
+
+// A comment or a quoted '>' doesn't mislead the search for long arrays.
+TEST_F(BrokenInput, LongArraysBesideOddMarkup) {
+    std::string zeros;
+    for (int i = 0; i < 3000; ++i) zeros += " 0";
+    const std::string text =
+        "<?xml version='1.0'?><!-- > <a> \" --><scene name='a>b\"'><!-- <mesh> --><mesh name=\"c>d'\"><vertices>" + zeros +
+        "<!-- " + zeros + "-->" + zeros + "<![CDATA[" + zeros + "]]></vertices></mesh></scene>";
+    Messages messages;
+    Scene scene;
+    ASSERT_TRUE(readScene(text, "test", scene)) << messages.text();
+    EXPECT_EQ(messages.warnings(), 0) << messages.text();
+    EXPECT_EQ(scene.name, "a>b\"");
+    EXPECT_EQ(scene.geometries.at(0)->name, "c>d'");
+    EXPECT_EQ(std::get<Mesh>(scene.geometries[0]->shape).vertices.size(), 9000U);
 }
 
 TEST_F(BrokenInput, Bombs) {
@@ -159,8 +207,10 @@ TEST_F(BrokenInput, Files) {
     std::ofstream(file) << "\xEF\xBB\xBF" << kSmallScene;
     Scene scene;
     EXPECT_TRUE(readSceneFile(file.string(), scene));
-    for (const std::string& path :
-         {folder.string(), (folder / "missing").string(), std::string("/dev/zero"), std::string(), std::string(5000, 'x')}) {
+    const std::string pipe = (folder / "pipe").string();  // nobody will ever write into it
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {folder.string(), (folder / "missing").string(), pipe, std::string("/dev/zero"), std::string(),
+                                    std::string(5000, 'x')}) {
         Messages messages;
         EXPECT_FALSE(readSceneFile(path, scene));
         EXPECT_EQ(messages.errors(), 1) << messages.text();

@@ -3,6 +3,7 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <locale>
@@ -10,6 +11,7 @@
 #include "engine/node/encoding/encode.h"
 #include "engine/node/mesh.h"
 #include "engine/node/read_scene.h"
+#include "engine/node/svxml/numbers.h"
 #include "tests/engine/scene/messages.h"
 #include "tests/engine/scene/same_nodes.h"
 #include "tests/engine/scene/small_scene.h"
@@ -36,8 +38,10 @@ Scene readWhole(std::string_view text) {
 }
 
 TEST_F(RoundTrip, AwkwardTexts) {
-    for (const std::string text : {" ", "\n", "\r\n", "a\rb", "\t", "<![CDATA[x]]>", "]]>", "&amp;", "&#10;", "\x01", "\"'",
-                                   "äö\U0001F4A1", " leading", "trailing ", "--", "<!-- x -->"}) {
+    for (const std::string text :
+         {" ",     "\n",         "\r\n",   "a\rb",         "\t",       "<![CDATA[x]]>", "]]>", "&amp;",
+          "&#10;", "\x01",       "\"'",    "äö\U0001F4A1", " leading", "trailing ",     "--",  "<!-- x -->",
+          "\x1f",  "a\x02\x03z", "\u241b", "\u241b0001",   "\u241bzz", "\uFFFE\uFFFF"}) {
         Scene scene;
         scene.name = text;
         scene.searchPaths = {text};
@@ -53,7 +57,10 @@ TEST_F(RoundTrip, AwkwardTexts) {
         auto instance = std::make_shared<Instance>();
         instance->layers = {{text, "b/c\\"}, {}};
         scene.instances = {instance};
-        const Scene read = readWhole(svxmlOf(scene));
+        const std::string written = svxmlOf(scene);
+        for (const char c : written) ASSERT_TRUE(static_cast<unsigned char>(c) >= 0x20 || c == '\n' || c == '\t') << written;
+        for (const char* const notXml : {"&#1;", "&#2;", "\uFFFE", "\uFFFF"}) ASSERT_EQ(written.find(notXml), std::string::npos);
+        const Scene read = readWhole(written);
         EXPECT_EQ(read.name, text);
         EXPECT_EQ(read.searchPaths, scene.searchPaths);
         ASSERT_EQ(read.nodes.size() + read.geometries.size() + read.instances.size(), 3U);
@@ -81,6 +88,23 @@ TEST_F(RoundTrip, NumbersKeepTheirBits) {
     EXPECT_EQ(again.normals, mesh.normals);
     EXPECT_EQ(again.uvs, mesh.uvs);
     EXPECT_EQ(again.triangles, mesh.triangles);
+}
+
+// As other programs write numbers.
+TEST_F(RoundTrip, NumbersOfOthers) {
+    const Scene scene = readWhole(R"(<scene><sphere name="s" radius=" 1.5 "/><mesh name="m"><vertices>
+        1e-400 -0.00000e-399 +2  1e-99999999999999999999 0.5E+00 -4.9e-324 0e999 123e-2 1E-330</vertices></mesh></scene>)");
+    EXPECT_EQ(std::get<Sphere>(scene.geometries.at(0)->shape).radius, 1.5F);
+    const auto& numbers = std::get<Mesh>(scene.geometries.at(1)->shape).vertices;
+    EXPECT_EQ(numbers, SharedArray<double>({0, 0, 2, 0, 0.5, -4.9e-324, 0, 1.23, 0}));
+    double number = 1.0;
+    EXPECT_EQ(svxml::parseNumber("-1e-400", number), svxml::NumberFault::none);
+    EXPECT_TRUE(number == 0.0 && std::signbit(number));
+    float single = 1.0F;
+    EXPECT_EQ(svxml::parseNumber("0." + std::string(60, '0') + "1", single), svxml::NumberFault::none);
+    EXPECT_EQ(single, 0.0F);
+    for (const std::string large : {"1e400", "-1e400", "1e99999999999999999999", "1" + std::string(400, '0') + "e-5"})
+        EXPECT_EQ(svxml::parseNumber(large, number), svxml::NumberFault::outOfRange) << large;
 }
 
 TEST_F(RoundTrip, WholeScene) {
@@ -147,6 +171,8 @@ TEST_F(RoundTrip, LocaleDoesNotMatter) {
     const char* found = nullptr;
     for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"})
         if (found == nullptr) found = std::setlocale(LC_NUMERIC, name);
+    // tools/test makes such a locale and says so: there it has to be found.
+    ASSERT_TRUE(found != nullptr || std::getenv("NEMRA_TEST_LOCALE") == nullptr) << "the locale that was made isn't found";
     if (found == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed: only the C++ locale was tried";
     ASSERT_EQ(*std::localeconv()->decimal_point, ',');
     EXPECT_EQ(svxmlOf(readWhole(kSmallScene)), expected);
