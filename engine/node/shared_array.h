@@ -42,6 +42,7 @@ public:
 
     // What is changed most often, as a vector has it.
     void push_back(Number number) { edit().push_back(number); }
+    void clear() noexcept { numbers_.reset(); }
     void resize(std::size_t count) { edit().resize(count); }
     void assign(std::size_t count, Number number) { edit().assign(count, number); }
     template <class Iterator>

@@ -46,7 +46,7 @@ std::vector<float> valuesOf(const LightView& view, int channel, int quantity) {
 }
 
 /// The picture in another quantity, which differs from the raw values by a factor for each pixel.
-void convert(XyzImage& image, const LightView& view, int quantity) {
+void convert(XyzImage& image, const LightView& view, nemra_quantity_t quantity) {
     if (quantity == NEMRA_QUANTITY_RAW) return;
     for (int y = 0; y < view.height; ++y) {
         for (int x = 0; x < view.width; ++x) {

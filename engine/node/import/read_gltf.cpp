@@ -166,9 +166,9 @@ private:
         if (const auto normal = GltfData::whole(*attributes, "NORMAL", where))
             part.mesh.normals = floats(data_.numbers(*normal, "VEC3", 3));
         if (const auto uv = GltfData::whole(*attributes, "TEXCOORD_0", where)) {
-            part.mesh.uvs = floats(data_.numbers(*uv, "VEC2", 2));
-            for (std::size_t i = 1; i < part.mesh.uvs.size(); i += 2)
-                part.mesh.uvs[i] = 1.0F - part.mesh.uvs[i];  // from the top there
+            auto uvs = floats(data_.numbers(*uv, "VEC2", 2));
+            for (std::size_t i = 1; i < uvs.size(); i += 2) uvs[i] = 1.0F - uvs[i];  // from the top there
+            part.mesh.uvs = uvs;
         }
         std::vector<std::uint32_t> indices;
         if (const auto accessor = GltfData::whole(primitive, "indices", where)) {

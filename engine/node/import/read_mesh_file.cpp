@@ -46,12 +46,12 @@ void change(MeshParts& read, const MeshFrame& frame) {
     if (frame.up != UpAxis::z && (frame.unit == LengthUnit::unset || frame.unit == LengthUnit::m)) return;
     const auto [rotation, scale] = changeOf(frame);
     for (MeshPart& part : read.parts) {
-        auto& vertices = part.mesh.vertices;
+        auto& vertices = part.mesh.vertices.edit();
         for (std::size_t i = 0; i + 2 < vertices.size(); i += 3) {
             const auto turned = times(rotation, &vertices[i]);
             for (std::size_t k = 0; k < 3; ++k) vertices[i + k] = turned[k] * scale;
         }
-        auto& normals = part.mesh.normals;
+        auto& normals = part.mesh.normals.edit();
         for (std::size_t i = 0; i + 2 < normals.size(); i += 3) {
             const double normal[] = {normals[i], normals[i + 1], normals[i + 2]};
             const auto turned = times(rotation, normal);

@@ -140,7 +140,7 @@ private:
             if (corners_.size() > kMaxCorners) fail("a face has more than " + std::to_string(kMaxCorners) + " corners");
         }
         if (corners_.size() < 3) fail("a face needs three corners");
-        triangulate(growing.part.mesh.vertices, corners_, growing.part.mesh.triangles);
+        triangulate(growing.part.mesh.vertices, corners_, growing.part.mesh.triangles.edit());
     }
 
     Growing& current() {

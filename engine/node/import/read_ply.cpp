@@ -256,6 +256,9 @@ void readVertices(Data& data, const Element& element, Mesh& mesh) {
     for (std::size_t k = 0; k < std::size(kU) && mesh.uvs.empty(); ++k)
         if (element.find({kU[k]}) && element.find({kV[k]}) && assign(uv, 0, {kU[k]}) && assign(uv, 1, {kV[k]}))
             mesh.uvs.resize(2 * count);
+    auto& vertices = mesh.vertices.edit();
+    auto& normals = mesh.normals.edit();
+    auto& uvs = mesh.uvs.edit();
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t p = 0; p < targets.size(); ++p) {
             if (element.properties[p].countKind) {
@@ -264,9 +267,9 @@ void readVertices(Data& data, const Element& element, Mesh& mesh) {
             }
             const double value = data.number(element.properties[p].kind);
             const std::size_t component = targets[p].component;
-            if (targets[p].use == position) mesh.vertices[3 * i + component] = value;
-            if (targets[p].use == normal && !mesh.normals.empty()) mesh.normals[3 * i + component] = static_cast<float>(value);
-            if (targets[p].use == uv && !mesh.uvs.empty()) mesh.uvs[2 * i + component] = static_cast<float>(value);
+            if (targets[p].use == position) vertices[3 * i + component] = value;
+            if (targets[p].use == normal && !normals.empty()) normals[3 * i + component] = static_cast<float>(value);
+            if (targets[p].use == uv && !uvs.empty()) uvs[2 * i + component] = static_cast<float>(value);
         }
     }
 }
@@ -294,7 +297,7 @@ void readFaces(Data& data, const Element& element, Mesh& mesh) {
                               std::to_string(mesh.vertices.size() / 3));
                 corners.push_back(static_cast<std::int32_t>(index));
             }
-            triangulate(mesh.vertices, corners, mesh.triangles);
+            triangulate(mesh.vertices, corners, mesh.triangles.edit());
         }
     }
 }

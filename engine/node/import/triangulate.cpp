@@ -55,7 +55,7 @@ bool isEar(const std::vector<Point>& points, const std::vector<std::size_t>& lef
 
 }  // namespace
 
-void triangulate(std::span<const double> vertices, std::span<const std::int32_t> corners, std::vector<std::int32_t>& triangles) {
+void triangulate(std::span<const double> vertices, std::span<const std::int32_t> corners, LargeVector<std::int32_t>& triangles) {
     if (corners.size() < 3) return;
     if (corners.size() == 3) {
         triangles.insert(triangles.end(), corners.begin(), corners.end());

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
+#include "engine/common/large_vector.h"
 #include "module/flat/nemra_types.h"
 
 namespace nemra::node {
@@ -15,6 +15,6 @@ constexpr std::size_t kMaxCorners = 1024;
 /// Appends the triangles of a flat or nearly flat polygon, which may have dents but no holes, by cutting ears off (Meisters
 /// 1975). `vertices` has x y z each; the corners are valid numbers of vertices. They keep their sense of turning.
 NEMRA_API void triangulate(std::span<const double> vertices, std::span<const std::int32_t> corners,
-                           std::vector<std::int32_t>& triangles);
+                           LargeVector<std::int32_t>& triangles);
 
 }  // namespace nemra::node

@@ -196,8 +196,9 @@ TEST_F(Gzip, TakesBackWhatItWrote) {
     }
     Scene scene;
     auto geometry = std::make_shared<Geometry>();
-    geometry->shape =
-        Mesh{.vertices = std::vector<double>(3'000'000), .normals = {}, .uvs = {}, .triangles = {}, .triangleNormals = {}};
+    Mesh empty;
+    empty.vertices = std::vector<double>(3'000'000);
+    geometry->shape = std::move(empty);
     scene.geometries = {geometry};
     for (const Format format : {Format::svxmlz, Format::svbinz}) {
         Messages messages;

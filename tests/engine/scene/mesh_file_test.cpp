@@ -137,7 +137,7 @@ TEST(MeshFiles, DentedPolygons) {
             }
             Mesh mesh;
             mesh.vertices = vertices;
-            triangulate(vertices, corners, mesh.triangles);
+            triangulate(vertices, corners, mesh.triangles.edit());
             ASSERT_EQ(mesh.triangles.size(), 3 * (shape.size() - 2));
             double sum = 0.0;
             for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {

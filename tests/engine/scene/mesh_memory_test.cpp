@@ -46,7 +46,7 @@ TEST(MeshMemory, CheckedCopiesFindEachFault) {
             const std::string why = put(copy, damaged);
             EXPECT_NE(why.find(said), std::string::npos) << why;
         };
-        for (const double number : {NAN, INFINITY, -INFINITY, 1.1e18, -1.1e18})
+        for (const double number : std::initializer_list<double>{NAN, INFINITY, -INFINITY, 1.1e18, -1.1e18})
             refused(vertices, number, "vertex", [&](Mesh& copy, const auto& damaged) {
                 const std::string why = copyChecked(copy, damaged, normals, uvs, triangles);
                 copy.vertices = damaged;
