@@ -89,7 +89,7 @@ TEST(MeshMemory, ReadingTakesLittleMoreThanTheArrays) {
         }
         Scene read;
         const double memory = test::peakMemory([&] { EXPECT_TRUE(readSceneFile(file, read)); });
-        EXPECT_LT(memory, (format == Format::svxmlz ? 3.6 : 2.9) * data) << static_cast<int>(format);
+        EXPECT_LT(memory, (format == Format::svxmlz ? 3.6 : 3.0) * data) << static_cast<int>(format);
         EXPECT_EQ(std::get<Mesh>(read.geometries.at(1)->shape).vertices, std::get<Mesh>(scene.geometries[1]->shape).vertices);
     }
     std::filesystem::remove_all(folder);
