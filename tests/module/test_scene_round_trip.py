@@ -1,7 +1,12 @@
 """A scene that a script builds, with the engine that ships: what goes in comes out, also after it was written and read."""
 
 import io
+import locale
+import os
+import shutil
+import subprocess
 import threading
+import xml.etree.ElementTree
 
 import numpy
 import pytest
@@ -141,3 +146,77 @@ def test_a_render_starts_from_each_encoding_and_gives_the_same_bits(tmp_path):
         pictures.append(picture_of("start", str(path)))
     for picture in pictures[1:]:
         assert (picture == pictures[0]).all()
+
+
+def test_text_is_xml_whatever_the_names(scene):
+    scene.setName("a\x01\x1f\u241b\ufffe\"<&>'\r\n\t")
+    text = scene.print()
+    assert xml.etree.ElementTree.fromstring(text).tag == "scene"
+    assert scene.readBytes(text.encode())
+    assert scene.name() == "a\x01\x1f\u241b\ufffe\"<&>'\r\n\t"
+
+
+@pytest.mark.skipif(shutil.which("localedef") is None, reason="no localedef to make the locale")
+def test_reading_sets_the_numeric_locale_and_writing_does_not(scene, tmp_path, monkeypatch):
+    made = subprocess.run(["localedef", "-i", "en_US", "-f", "UTF-8", tmp_path / "en_US.UTF-8"], check=False, capture_output=True)
+    if made.returncode > 1:
+        pytest.skip("localedef lacks its sources")
+    monkeypatch.setenv("LOCPATH", str(tmp_path))
+    before = locale.setlocale(locale.LC_NUMERIC)
+
+    def after(call):
+        locale.setlocale(locale.LC_NUMERIC, "C")
+        call()
+        return locale.setlocale(locale.LC_NUMERIC)
+
+    try:
+        text = scene.print().encode()
+        assert after(lambda: scene.read(str(tmp_path / "missing"))) == "en_US.UTF-8"
+        assert after(lambda: scene.readBytes(text)) == "en_US.UTF-8"
+        assert after(lambda: scene.readBytes(b"")) == "en_US.UTF-8"
+        assert after(scene.print) == "C"
+        assert after(lambda: scene.write(io.StringIO())) == "C"
+        assert after(lambda: scene.write(io.BytesIO(), Scene.SVBINZ)) == "C"
+    finally:
+        locale.setlocale(locale.LC_NUMERIC, before)
+
+
+@pytest.mark.parametrize("form", [Scene.SVXMLZ, Scene.SVBINZ])
+def test_what_compresses_very_well_is_read_back(form):
+    made = Scene("zeros")
+    made.add(geometries.Mesh("z", numpy.zeros((400_000, 3)), numpy.zeros((0, 3), numpy.float32), TRIANGLES))
+    file = io.BytesIO()
+    made.write(file, form)
+    assert len(file.getvalue()) < 400_000
+    again = Scene("")
+    assert again.readBytes(file.getvalue())
+    assert again.getMeshes()[0].getVertices().shape == (400_000, 3)
+
+
+def test_a_pipe_is_refused_at_once(scene, tmp_path):
+    os.mkfifo(tmp_path / "pipe")
+    assert not scene.read(str(tmp_path / "pipe"))
+    assert scene.name() == "room"
+
+
+def test_arrays_of_any_layout_are_read_as_they_lie(scene):
+    """Those that numpy didn't align, and views that span less memory than their size says."""
+    packed = numpy.zeros(1 + SQUARE.nbytes, numpy.uint8)[1:].view(numpy.float64).reshape(SQUARE.shape)
+    packed[:] = SQUARE
+    no_normals = numpy.zeros((0, 3), numpy.float32)
+    for vertices in (packed, numpy.broadcast_to(SQUARE[1], SQUARE.shape), SQUARE[::-1]):
+        mesh = geometries.Mesh("m", vertices, no_normals, TRIANGLES)
+        assert mesh.getVertices().shape == SQUARE.shape
+    assert (geometries.Mesh("m", packed, no_normals, TRIANGLES).getVertices() == SQUARE).all()
+
+
+def test_copies_of_a_mesh_are_its_own(scene):
+    """Also where the engine lets copies share their arrays."""
+    mesh = geometries.Mesh("m", SQUARE, numpy.zeros((0, 3), numpy.float32), TRIANGLES)
+    kept = scene.add(mesh, keepOriginal=True)
+    kept.getVertices()[:] = 7.0
+    kept.setName("other")
+    assert (mesh.getVertices() == SQUARE).all() and (kept.getVertices() == SQUARE).all()
+    assert mesh.name() == "m"
+    scene.clear()
+    assert (mesh.getVertices() == SQUARE).all()
