@@ -48,7 +48,7 @@ std::vector<std::shared_ptr<core::Film>> films() {
 
 NodeHandle eye() { return make("instrument", "idealrectcam", {{"width", integer(12)}, {"height", integer(9)}}, "eye"); }
 
-TEST(EveryClass, FiltersLeaveNumbers) {
+TEST(EveryOutputClass, FiltersLeaveNumbers) {
     const auto all = films();
     for (const node::NodeClass* const filterClass : classesOf("filter")) {
         for (const NodeHandle& filter : variants(*filterClass)) {
@@ -68,7 +68,7 @@ TEST(EveryClass, FiltersLeaveNumbers) {
     }
 }
 
-TEST(EveryClass, OutputsAreWrittenInEachOfTheirFormatsOrSayWhyNot) {
+TEST(EveryOutputClass, OutputsAreWrittenInEachOfTheirFormatsOrSayWhyNot) {
     const auto all = films();
     for (const node::NodeClass* const outputClass : classesOf("output")) {
         for (const NodeHandle& output : variants(*outputClass)) {
