@@ -22,7 +22,6 @@ public:
 
     bool ok() const noexcept { return ok_; }
     std::size_t left() const noexcept { return rest_.size(); }
-    void fail() noexcept { ok_ = false; }
 
     /// The next `count` bytes as they lie there.
     std::span<const char> take(std::size_t count) noexcept {

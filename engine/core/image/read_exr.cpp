@@ -17,6 +17,7 @@
 #include <optional>
 
 #include "engine/common/log.h"
+#include "engine/core/image/exr_head.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/spectral_layout.h"
 #include "engine/core/result/in_strips.h"
@@ -267,6 +268,7 @@ std::shared_ptr<Raw> readExr(std::span<const char> bytes, const std::string& ori
     // The library would allocate by what a header claims before we see it.
     static const bool limited = (Imf::Header::setMaxImageSize(kMaxSide, kMaxSide), true);
     static_cast<void>(limited);
+    checkExrHead(bytes);
     try {
         File file(bytes, origin);
         RawParts parts;

@@ -8,6 +8,7 @@
 #include <lcms2.h>
 #include <unistd.h>
 
+#include <clocale>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -354,6 +355,29 @@ TEST_F(Pictures, TablesAreTidyOrGrids) {
     messages_.errors.clear();
     EXPECT_EQ(text("csv"), "");
     EXPECT_EQ(messages_.errors.size(), 1U);
+}
+
+TEST_F(Pictures, TheLocaleChangesNoFile) {
+    FakeScene scene;
+    scene.sensor = FakeScene::Sensor::spectral;
+    scene.camera = makeCamera();
+    const auto raw = makeRaw(scene, 3);
+    const auto path = (fs::temp_directory_path() / ("nemra-locale-" + std::to_string(::getpid()))).string();
+    const auto written = [&](const char* format) {
+        EXPECT_TRUE(core::writeRaw(*raw, path, format)) << format;
+        std::ifstream file(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    for (const char* const format : {"svraw", "exr", "hdr", "csv"}) {
+        const std::string plain = written(format);
+        bool found = false;
+        for (const char* const name : {"de_DE.UTF-8", "fr_FR.UTF-8"}) found = found || std::setlocale(LC_NUMERIC, name);
+        EXPECT_EQ(written(format), plain) << format;
+        std::setlocale(LC_NUMERIC, before.c_str());
+        if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    }
+    fs::remove(path);
 }
 
 }  // namespace
