@@ -1,4 +1,5 @@
-// Every filter and output, with each option of its choices: it runs on each kind of result, in full and in draft, and leaves numbers.
+// Every filter and output, with each option of its choices: it runs on each kind of result, in full and in draft, and leaves
+// numbers.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -38,7 +39,8 @@ std::vector<std::shared_ptr<core::Film>> films() {
     const core::Channel energy{"E", core::ChannelKind::energy, 0, 0, "W.m^-2.sr^-1"};
     std::vector<std::shared_ptr<core::Film>> all;
     for (const Channels& channels : {xyzChannels(), bands({450, 550, 650}, 20), Channels{energy}}) {
-        all.push_back(film(12, 9, channels, [](int x, int y, int c) { return 1.0 + x + 20.0 * y + c; }, 4, [](int, int) { return 0.5; }));
+        all.push_back(film(
+            12, 9, channels, [](int x, int y, int c) { return 1.0 + x + 20.0 * y + c; }, 4, [](int, int) { return 0.5; }));
         all.push_back(film(12, 9, channels, [](int, int, int) { return 0.0; }));
         all.push_back(film(1, 1, channels, [](int, int, int) { return 5.0; }));
         all.push_back(film(12, 9, channels, [](int x, int y, int) { return x == 3 && y == 3 ? std::nan("") : 10.0; }));
@@ -61,7 +63,8 @@ TEST(EveryOutputClass, FiltersLeaveNumbers) {
                     ASSERT_EQ(image.values.size(), 3 * std::size_t(image.width) * std::size_t(image.height)) << filterClass->type;
                     std::size_t broken = 0;
                     for (const float value : image.values) broken += !std::isfinite(value);
-                    EXPECT_LE(broken, i % 4 == 3 ? 3U : 0U) << filterClass->type << " on film " << i << ": only the broken pixel may be";
+                    EXPECT_LE(broken, i % 4 == 3 ? 3U : 0U)
+                        << filterClass->type << " on film " << i << ": only the broken pixel may be";
                 }
             }
         }
@@ -78,7 +81,8 @@ TEST(EveryOutputClass, OutputsAreWrittenInEachOfTheirFormatsOrSayWhyNot) {
                 for (const char* const format : core::outputFormats(*raw)) {
                     const lighttest::Messages messages;
                     const auto bytes = core::encodeResult(*raw, format, "test");
-                    EXPECT_TRUE(bytes ? !bytes->span().empty() : messages.mention("can't make the ")) << outputClass->type << " " << format;
+                    EXPECT_TRUE(bytes ? !bytes->span().empty() : messages.mention("can't make the "))
+                        << outputClass->type << " " << format;
                 }
             }
         }
