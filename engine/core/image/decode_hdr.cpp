@@ -141,7 +141,8 @@ bool isHdr(std::span<const char> bytes) noexcept { return bytes.size() >= 2 && b
 Pixels decodeHdr(std::span<const char> bytes) {
     Reader file(bytes);
     const Header header = readHeader(file);
-    checkPictureSize(header.width, header.height, 3, bytes.size());
+    constexpr std::uint64_t pixelsPerByte = 8192;  // repeats of old files; packed scanlines stay far below
+    checkPictureSize(header.width, header.height, 3, bytes.size() * pixelsPerByte);
     Pixels pixels{header.width, header.height, 3, {}, false, colorsOf(header.primaries), kRadianceEfficacy};
     pixels.values.resize(3 * static_cast<std::size_t>(header.width) * static_cast<std::size_t>(header.height));
     std::vector<Pixel> line(static_cast<std::size_t>(header.width));

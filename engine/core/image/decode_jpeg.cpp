@@ -78,7 +78,8 @@ Pixels decodeJpeg(std::span<const char> bytes) {
         throw PictureFault("only grey and RGB pictures are read, not " + std::to_string(channels) + " components");
     const std::size_t width = reader.jpeg.image_width;
     const std::size_t height = reader.jpeg.image_height;
-    checkPictureSize(static_cast<long long>(width), static_cast<long long>(height), channels, bytes.size());
+    constexpr std::uint64_t pixelsPerByte = 1024;  // a block of 8 x 8 takes at least a bit, chroma may be subsampled
+    checkPictureSize(static_cast<long long>(width), static_cast<long long>(height), channels, bytes.size() * pixelsPerByte);
     std::vector<JSAMPLE> codes(channels * width * height);
     if (!readRows(reader.jpeg, reader.errors, codes.data(), channels * width)) throw PictureFault(reader.errors.text);
     Pixels pixels{static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0};

@@ -33,9 +33,10 @@ void takeBytes(png_structp png, png_bytep out, png_size_t size) {
 
 void ignoreWarning(png_structp, png_const_charp) {}
 
-bool readHead(png_structp png, png_infop info) {
+bool readHead(png_structp png, png_infop info, int* bitsPerPixel) {
     if (setjmp(png_jmpbuf(png))) return false;
     png_read_info(png, info);
+    *bitsPerPixel = png_get_bit_depth(png, info) * png_get_channels(png, info);
     png_set_expand(png);
     png_set_expand_16(png);
     png_set_swap(png);  // the format has the high byte first
@@ -79,11 +80,13 @@ bool isPng(std::span<const char> bytes) noexcept {
 
 Pixels decodePng(std::span<const char> bytes) {
     Reader reader(bytes);
-    if (!readHead(reader.png, reader.info)) throw PictureFault(reader.source.fault);
+    int bitsPerPixel = 0;
+    if (!readHead(reader.png, reader.info, &bitsPerPixel)) throw PictureFault(reader.source.fault);
     const png_uint_32 width = png_get_image_width(reader.png, reader.info);
     const png_uint_32 height = png_get_image_height(reader.png, reader.info);
     const auto channels = static_cast<std::size_t>(png_get_channels(reader.png, reader.info));
-    checkPictureSize(width, height, channels, bytes.size());
+    constexpr std::uint64_t deflate = 1100;  // bytes that one of a deflated stream stands for at most, and a little
+    checkPictureSize(width, height, channels, bytes.size() * deflate * 8 / static_cast<unsigned>(std::max(bitsPerPixel, 1)));
     const std::size_t rowBytes = png_get_rowbytes(reader.png, reader.info);
     if (png_get_bit_depth(reader.png, reader.info) != 16 || rowBytes != sizeof(std::uint16_t) * channels * width) {
         throw PictureFault("pixels of an unknown form");

@@ -97,7 +97,7 @@ std::shared_ptr<Raw> inlineRaw(const node::Node& image) {
     const auto* const slot = image.rawSlot("pixels");
     const auto* const numbers = slot ? std::get_if<std::vector<float>>(&slot->data) : nullptr;
     const std::size_t given = numbers ? numbers->size() : 0;
-    checkPictureSize(pixels.width, pixels.height, static_cast<std::size_t>(pixels.channels), sizeof(float) * given);
+    checkPictureSize(pixels.width, pixels.height, static_cast<std::size_t>(pixels.channels), given);
     const std::size_t wanted = static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height) *
                                static_cast<std::size_t>(pixels.channels);
     if (given != wanted) {

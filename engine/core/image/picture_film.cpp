@@ -8,7 +8,7 @@
 
 namespace nemra::core {
 
-void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t fileBytes) {
+void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t plausiblePixels) {
     const auto size = [&] { return std::to_string(width) + " x " + std::to_string(height) + " pixels"; };
     if (width < 1 || height < 1) throw PictureFault("a picture of " + size());
     const auto w = static_cast<std::uint64_t>(width);
@@ -19,9 +19,10 @@ void checkPictureSize(long long width, long long height, std::size_t channels, s
                            std::to_string(kMaxBufferBytes) + " bytes");
     }
     constexpr std::uint64_t free = std::uint64_t{64} << 20;
-    constexpr std::uint64_t mostPerByte = 1100;
-    const std::uint64_t all = w * h * perPixel;
-    if (all > free && all / mostPerByte > fileBytes) throw PictureFault("the file is too small to hold " + size());
+    constexpr std::uint64_t sums = 2 * sizeof(double);  // of a channel
+    constexpr std::uint64_t rest = 2 * sizeof(double) + 2 * sizeof(std::uint32_t);
+    const bool large = w * h > free / (sums * channels + rest);
+    if (large && w * h > plausiblePixels) throw PictureFault("the file is too small to hold " + size());
 }
 
 std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel> channels) {
@@ -64,6 +65,8 @@ std::vector<Channel> tristimulusChannels() {
     return channels;
 }
 
+Channel alphaChannel() { return {"A", ChannelKind::unknown, 0.0, 0.0, "1"}; }
+
 Channel bandChannel(double wavelength, double bandwidth, std::string unit) {
     std::array<char, 32> text{};
     const double nm = std::round(wavelength * 1.0e12) / 1000.0;
@@ -84,8 +87,11 @@ std::vector<double> bandwidthsBetween(const std::vector<double>& centres) {
 }
 
 std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& space, bool encoded, double scale) {
-    auto film = makePictureFilm(pixels.width, pixels.height, tristimulusChannels());
     const bool grey = pixels.channels < 3;
+    const bool withAlpha = pixels.channels == 2 || pixels.channels == 4;
+    auto channels = tristimulusChannels();
+    if (withAlpha) channels.push_back(alphaChannel());
+    auto film = makePictureFilm(pixels.width, pixels.height, std::move(channels));
     forEachInStrips(pixels.width, pixels.height, [&](int x, int y) {
         const float* const value = pixels.at(x, y);
         std::array<double, 3> rgb{value[0], value[grey ? 0 : 1], value[grey ? 0 : 2]};
@@ -94,6 +100,7 @@ std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& sp
         }
         const auto xyz = space.toXyz(rgb[0], rgb[1], rgb[2]);
         for (int c = 0; c < 3; ++c) setCell(*film, x, y, c, scale * xyz[static_cast<std::size_t>(c)]);
+        if (withAlpha) setCell(*film, x, y, 3, value[pixels.channels - 1]);
     });
     finishPictureFilm(*film);
     return film;

@@ -36,10 +36,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Throws a PictureFault, before anything is allocated, if a result of that size would be larger than kMaxBufferBytes, or if a
-/// file of `fileBytes` claims more than what packs so well could be meant seriously (64 MiB plus 1100 times its size: deflate's
-/// bound).
-void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t fileBytes);
+/// Throws a PictureFault, before anything is allocated, if a result of that size would have an array above kMaxBufferBytes, or if
+/// it takes more than 64 MiB and the file can't mean it seriously: `plausiblePixels` is what a file of its size can hold at most.
+void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t plausiblePixels);
 
 /// An empty film in which each pixel has one sample. The size must have been checked.
 std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel> channels);
@@ -49,15 +48,17 @@ void setCell(Film& film, int x, int y, int channel, double value) noexcept;
 /// Fills in what is derived from the values, once all are set.
 void finishPictureFilm(Film& film);
 
-/// Channels X, Y, Z (cd/m2), or "E" without them, named as sensors name them.
+/// Channels X, Y, Z (cd/m2), named as sensors name them.
 std::vector<Channel> tristimulusChannels();
+/// Channel "A": opacity from 0 to 1.
+Channel alphaChannel();
 /// A spectral channel as the spectralbox sensor names it. Lengths in m.
 Channel bandChannel(double wavelength, double bandwidth, std::string unit);
 /// Widths of bands of which only the centres are known, which ascend: up to the middles between neighbours, the outer ones as
 /// wide as their inner halves say; 1 nm for a band alone.
 std::vector<double> bandwidthsBetween(const std::vector<double>& centres);
 
-/// X, Y, Z of grey or coloured pixels in that colour space, times `scale`; an alpha (second or fourth channel) is left out.
+/// X, Y, Z of grey or coloured pixels in that colour space, times `scale`; a second or fourth channel becomes A.
 std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& space, bool encoded, double scale);
 
 }  // namespace nemra::core

@@ -6,7 +6,8 @@
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfIO.h>
-#include <ImfInputFile.h>
+#include <ImfInputPart.h>
+#include <ImfMultiPartInputFile.h>
 #include <ImfStandardAttributes.h>
 #include <ImfStringAttribute.h>
 
@@ -60,42 +61,48 @@ std::string textOf(const Imf::Header& header, const char* name) {
 
 class File {
 public:
+    /// The first part of the file. Its headers are looked at before the library makes buffers for what they claim.
     File(std::span<const char> bytes, const std::string& origin)
-        : bytes_(bytes.size()), origin_(origin), stream_(bytes), file_(stream_, 1), window_(file_.header().dataWindow()) {
-        for (auto i = file_.header().channels().begin(); i != file_.header().channels().end(); ++i) {
+        : bytes_(bytes.size()),
+          origin_(origin),
+          stream_(bytes),
+          parts_(stream_, 0, false),
+          header_(parts_.header(0)),
+          window_(header_.dataWindow()) {
+        for (auto i = header_.channels().begin(); i != header_.channels().end(); ++i) {
             names_.emplace_back(i.name());
             if (names_.size() > kMaxChannels) throw PictureFault("more than " + std::to_string(kMaxChannels) + " channels");
         }
+        checkSize(1);
     }
 
-    const Imf::Header& header() const { return file_.header(); }
+    const Imf::Header& header() const { return header_; }
     const std::vector<std::string>& names() const noexcept { return names_; }
 
     /// A channel at full resolution.
     bool has(const std::string& name) const {
-        const auto* const channel = file_.header().channels().findChannel(name);
+        const auto* const channel = header_.channels().findChannel(name);
         return channel && channel->xSampling == 1 && channel->ySampling == 1;
     }
 
     std::shared_ptr<Film> read(const std::vector<Source>& sources) {
-        const long long width = static_cast<long long>(window_.max.x) - window_.min.x + 1;
-        const long long height = static_cast<long long>(window_.max.y) - window_.min.y + 1;
-        checkPictureSize(width, height, sources.size(), bytes_);
+        checkSize(sources.size());
         std::vector<Channel> channels;
         for (const Source& source : sources) channels.push_back(source.channel);
-        auto film = makePictureFilm(static_cast<int>(width), static_cast<int>(height), std::move(channels));
+        auto film = makePictureFilm(static_cast<int>(width()), static_cast<int>(height()), std::move(channels));
 
         const std::size_t count = sources.size();
-        const auto w = static_cast<std::size_t>(width);
-        const auto h = static_cast<std::size_t>(height);
+        const auto w = static_cast<std::size_t>(width());
+        const auto h = static_cast<std::size_t>(height());
         std::vector<std::vector<float>> planes(count, std::vector<float>(w * h));
         Imf::FrameBuffer frame;
         for (std::size_t c = 0; c < count; ++c) {
             frame.insert(sources[c].name,
                          Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window_, sizeof(float), sizeof(float) * w));
         }
-        file_.setFrameBuffer(frame);
-        file_.readPixels(window_.min.y, window_.max.y);
+        Imf::InputPart part(parts_, 0);
+        part.setFrameBuffer(frame);
+        part.readPixels(window_.min.y, window_.max.y);
         double* const cells = film->high.data();
         forEachInStrips(film->width, film->height, [&](int x, int y) {
             const auto column = static_cast<std::size_t>(x);
@@ -114,7 +121,7 @@ public:
     void reportOthers(const std::vector<Source>& taken, bool previewIsExpected) const {
         std::string others;
         for (const std::string& name : names_) {
-            if (previewIsExpected && (name == "R" || name == "G" || name == "B" || name == "A")) continue;
+            if (previewIsExpected && (name == "R" || name == "G" || name == "B")) continue;
             if (std::any_of(taken.begin(), taken.end(), [&](const Source& source) { return source.name == name; })) continue;
             if (others.size() > 200) {
                 others += ", ...";
@@ -126,10 +133,18 @@ public:
     }
 
 private:
+    long long width() const noexcept { return static_cast<long long>(window_.max.x) - window_.min.x + 1; }
+    long long height() const noexcept { return static_cast<long long>(window_.max.y) - window_.min.y + 1; }
+    void checkSize(std::size_t channels) const {
+        constexpr std::uint64_t pixelsPerByte = 8192;  // wavelets pack pictures of one value better than anything else does
+        checkPictureSize(width(), height(), channels, bytes_ * pixelsPerByte);
+    }
+
     std::size_t bytes_;
     const std::string& origin_;
     MemoryStream stream_;
-    Imf::InputFile file_;
+    Imf::MultiPartInputFile parts_;
+    const Imf::Header& header_;
     Imath::Box2i window_;
     std::vector<std::string> names_;
 };
@@ -179,9 +194,9 @@ double luminanceOfWhite(const Imf::Header& header) {
     return stated > 0.0 && std::isfinite(stated) ? stated : 1.0;
 }
 
-/// Three channels that hold R, G, B become X, Y, Z in place.
+/// The first three channels, which hold R, G, B, become X, Y, Z in place.
 void toTristimulus(Film& film, const ColorSpace& space, double scale) {
-    for (std::size_t i = 0; i + 2 < film.high.size(); i += 3) {
+    for (std::size_t i = 0; i + 2 < film.high.size(); i += film.channels.size()) {
         const auto xyz = space.toXyz(film.high[i], film.high[i + 1], film.high[i + 2]);
         for (std::size_t c = 0; c < 3; ++c) film.high[i + c] = scale * xyz[c];
     }
@@ -225,7 +240,9 @@ std::shared_ptr<Film> filmOf(File& file, const ColorSpace* colors, bool& light) 
     const std::optional<ColorSpace> stated = colorsOf(header);
     const ColorSpace& space = colors ? *colors : stated ? *stated : colorSpace("srgb");
     if (file.has("R") && file.has("G") && file.has("B")) {
-        const auto film = take(threeSources({"R", "G", "B"}), true);
+        auto sources = threeSources({"R", "G", "B"});
+        if (file.has("A")) sources.push_back({"A", alphaChannel()});
+        const auto film = take(sources);
         toTristimulus(*film, space, luminanceOfWhite(header));
         return film;
     }

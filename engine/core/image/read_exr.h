@@ -15,7 +15,8 @@ namespace nemra::core {
 ///   spectral
 ///     layout (Fichet, Pacanowski, Wilkie 2021): spectral channels in the order of their wavelengths;
 ///   X, Y, Z: tristimulus values;  E of our own: energy;
-///   R, G, B: turned into X, Y, Z by the file's chromaticities (those of sRGB without) and whiteLuminance (1 cd/m2 without);
+///   R, G, B: turned into X, Y, Z by the file's chromaticities (those of sRGB without) and whiteLuminance (1 cd/m2 without),
+///     with A beside them;
 ///   Y: a grey;  else all channels under their names, of unknown kind.
 /// Other channels are left out with one message. `colors`, if given, are the primaries of R, G, B whatever the file says.
 /// Each pixel of the result counts as one sample. Throws a PictureFault.

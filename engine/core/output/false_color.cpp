@@ -42,7 +42,10 @@ std::vector<double> ticksOf(const FalseColors& colors) {
     for (const double factor : {2.0, 5.0, 10.0}) {
         if (range / step > 5.5) step = factor * coarse;
     }
-    for (double tick = std::ceil(colors.minimum / step - 1.0e-9) * step; tick <= colors.maximum + 1.0e-9 * range; tick += step) {
+    const double first = std::ceil(colors.minimum / step - 1.0e-9) * step;
+    constexpr int kMostTicks = 12;  // an end where steps vanish beside the values
+    for (int i = 0; i < kMostTicks && first + i * step <= colors.maximum + 1.0e-9 * range; ++i) {
+        const double tick = first + i * step;
         ticks.push_back(std::abs(tick) < 1.0e-9 * step ? 0.0 : tick);
     }
     return ticks;

@@ -3,37 +3,22 @@
 #include <algorithm>
 
 #include "engine/common/log.h"
-#include "engine/common/workdir.h"
-#include "engine/core/image/decode.h"
 #include "engine/core/image/image_node.h"
-#include "engine/core/result/read_file.h"
 
 namespace nemra::core {
 
 namespace {
 
-/// Opacities of a PNG file; empty for another one, or one that is opaque.
-std::vector<float> alphaOf(std::span<const char> bytes, bool flip) {
-    if (!isPng(bytes)) return {};
-    const Pixels pixels = decodePng(bytes);
-    if (pixels.channels != 2 && pixels.channels != 4) return {};
+/// Rows from the top; empty for a picture without opacity.
+std::vector<float> alphaOf(const Raw& raw) {
+    const int channel = raw.channelIndex("A");
+    if (channel < 0) return {};
+    const auto view = raw.view();
     std::vector<float> alpha;
-    for (int y = 0; y < pixels.height; ++y) {
-        for (int x = 0; x < pixels.width; ++x) {
-            alpha.push_back(pixels.at(x, flip ? pixels.height - 1 - y : y)[pixels.channels - 1]);
-        }
+    for (int y = 0; y < view->height; ++y) {
+        for (int x = 0; x < view->width; ++x) alpha.push_back(static_cast<float>(view->at(channel, x, y, NEMRA_QUANTITY_RAW)));
     }
     return alpha;
-}
-
-std::vector<float> alphaOf(const node::Node& node) {
-    if (node.type() == "embedded") {
-        const auto* const bytes = std::get_if<std::vector<char>>(&node.rawSlot("data")->data);
-        return alphaOf(*bytes, node.boolean("flip_vertically"));
-    }
-    if (node.type() != "file") return {};
-    const auto bytes = readFileWhole(resolvePath(node.text("path")));
-    return bytes ? alphaOf(bytes->bytes(), node.boolean("flip_vertically")) : std::vector<float>();
 }
 
 }  // namespace
@@ -48,7 +33,7 @@ std::optional<ReadPicture> readPicture(const node::Node& node, bool withAlpha) {
         return std::nullopt;
     }
     ReadPicture picture{toXyz(*film, *raw->view(), "cie1931_2deg"), {}};
-    if (withAlpha) picture.alpha = alphaOf(node);
+    if (withAlpha) picture.alpha = alphaOf(*raw);
     return picture;
 }
 

@@ -13,7 +13,7 @@ struct ReadPicture {
     std::vector<float> alpha;  ///< per pixel, rows from the top, 0 to 1; empty: opaque
 };
 
-/// The picture of a node of the family image, with its opacity if `withAlpha` and it is a PNG file. None after one message that
+/// The picture of a node of the family image, with its opacity if `withAlpha` and it has one. None after one message that
 /// names the node.
 std::optional<ReadPicture> readPicture(const node::Node& image, bool withAlpha);
 

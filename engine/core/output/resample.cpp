@@ -82,7 +82,9 @@ std::vector<float> resample(const std::vector<float>& values, int width, int hei
             for (std::size_t c = 0; c < n; ++c) {
                 double sum = 0.0;
                 for (std::size_t t = 0; t < taps.weights.size(); ++t) {
-                    sum += taps.weights[t] * values[(std::size_t(y) * std::size_t(width) + std::size_t(taps.first) + t) * n + c];
+                    const std::size_t pixel = std::size_t(y) * std::size_t(width) + std::size_t(taps.first) + t;
+                    const float value = values[pixel * n + c];
+                    if (std::isfinite(value)) sum += taps.weights[t] * double(value);  // others count as black
                 }
                 wide[(std::size_t(y) * std::size_t(newWidth) + std::size_t(x)) * n + c] = static_cast<float>(sum);
             }

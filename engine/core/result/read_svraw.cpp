@@ -3,10 +3,10 @@
 #include <cmath>
 #include <memory>
 #include <new>
-#include <optional>
 
 #include "engine/common/byte_reader.h"
 #include "engine/common/log.h"
+#include "engine/core/output/parallel_rows.h"
 #include "engine/core/result/svraw.h"
 #include "engine/core/result/svraw_layout.h"
 #include "engine/node/encoding/utf8.h"
@@ -42,10 +42,7 @@ constexpr std::size_t kSmallestChannel = 4 + 4 + 4 + 8 + 8;
 
 class Reader {
 public:
-    Reader(std::span<const char> bytes, const std::string& origin)
-        : bytes_(bytes), origin_(origin), rest_(bytes), decompressor_(libdeflate_alloc_decompressor()) {
-        if (!decompressor_) throw std::bad_alloc();
-    }
+    Reader(std::span<const char> bytes, const std::string& origin) : bytes_(bytes), origin_(origin), rest_(bytes) {}
 
     std::shared_ptr<Raw> read() {
         const auto magic = rest_.take(kSvrawMagic.size());
@@ -201,40 +198,56 @@ private:
     template <class Number>
     void readArray(Chunk& chunk, std::string_view tag, std::vector<Number>& numbers, std::size_t count) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
-        numbers.resize(count);
+        std::vector<Chunk> blocks;
         for (std::size_t first = 0; first < count; first += perBlock) {
             if (chunk.tag != tag) fail(chunk.at, "chunk '" + std::string(tag) + "' is missing");
-            const std::size_t here = std::min(perBlock, count - first);
-            readBlock(chunk, reinterpret_cast<char*>(numbers.data() + first), here, sizeof(Number));
+            blocks.push_back(chunk);
             chunk = next();
+        }
+        numbers.resize(count);
+        auto* const bytes = reinterpret_cast<char*>(numbers.data());
+        std::vector<const char*> damage(blocks.size(), nullptr);
+        parallelRows(
+            static_cast<int>(blocks.size()),
+            [&](int i) {
+                const auto block = static_cast<std::size_t>(i);
+                const std::size_t first = block * perBlock;
+                damage[block] =
+                    unpack(blocks[block], bytes + first * sizeof(Number), std::min(perBlock, count - first), sizeof(Number));
+            },
+            1);
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            if (damage[i]) fail(blocks[i].at, damage[i]);
         }
     }
 
-    void readBlock(const Chunk& chunk, char* numbers, std::size_t count, std::size_t width) {
+    /// What is wrong with the block, or null.
+    static const char* unpack(const Chunk& chunk, char* numbers, std::size_t count, std::size_t width) noexcept {
         const std::size_t size = count * width;
         if (chunk.codec == static_cast<std::uint32_t>(Codec::stored)) {
-            if (chunk.payload.size() != size) fail(chunk.at, "a block of the wrong size");
+            if (chunk.payload.size() != size) return "a block of the wrong size";
             std::memcpy(numbers, chunk.payload.data(), size);
-            return;
+            return nullptr;
         }
-        if (chunk.codec != static_cast<std::uint32_t>(Codec::shuffledDeflate)) fail(chunk.at, "an unknown way of packing");
-        shuffled_.resize(size);
+        if (chunk.codec != static_cast<std::uint32_t>(Codec::shuffledDeflate)) return "an unknown way of packing";
+        const std::unique_ptr<char[]> shuffled(new (std::nothrow) char[size]);
+        const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(libdeflate_alloc_decompressor());
+        if (!shuffled || !decompressor) return "out of memory";
         std::size_t taken = 0;
         std::size_t made = 0;
-        const auto result = libdeflate_deflate_decompress_ex(decompressor_.get(), chunk.payload.data(), chunk.payload.size(),
-                                                             shuffled_.data(), size, &taken, &made);
-        if (result != LIBDEFLATE_SUCCESS || made != size) fail(chunk.at, "a block that can't be unpacked");
+        const auto result = libdeflate_deflate_decompress_ex(decompressor.get(), chunk.payload.data(), chunk.payload.size(),
+                                                             shuffled.get(), size, &taken, &made);
+        if (result != LIBDEFLATE_SUCCESS || made != size) return "a block that can't be unpacked";
         for (std::size_t b = 0; b < width; ++b) {
-            const char* const plane = shuffled_.data() + b * count;
+            const char* const plane = shuffled.get() + b * count;
             for (std::size_t i = 0; i < count; ++i) numbers[i * width + b] = plane[i];
         }
+        return nullptr;
     }
 
     std::span<const char> bytes_;
     const std::string& origin_;
     ByteReader rest_;
-    std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor_;
-    std::vector<char> shuffled_;
     std::shared_ptr<Film> film_ = std::make_shared<Film>();
     std::size_t pixels_ = 0;
     RawParts parts_;

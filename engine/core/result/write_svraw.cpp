@@ -1,9 +1,12 @@
 #include <libdeflate.h>
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <new>
 
 #include "engine/common/byte_reader.h"
+#include "engine/core/output/parallel_rows.h"
 #include "engine/core/result/svraw.h"
 #include "engine/core/result/svraw_layout.h"
 #include "engine/node/svbin/svbin.h"
@@ -18,10 +21,44 @@ struct FreeCompressor {
     void operator()(libdeflate_compressor* c) const noexcept { libdeflate_free_compressor(c); }
 };
 
+/// A block as it goes into a chunk.
+struct Packed {
+    Codec codec = Codec::stored;
+    std::vector<char> bytes;
+    bool outOfMemory = false;
+};
+
+Packed pack(const char* numbers, std::size_t count, std::size_t width) noexcept {
+    Packed packed;
+    try {
+        const std::size_t size = count * width;
+        std::vector<char> shuffled(size);
+        for (std::size_t b = 0; b < width; ++b) {
+            char* const plane = shuffled.data() + b * count;
+            for (std::size_t i = 0; i < count; ++i) plane[i] = numbers[i * width + b];
+        }
+        const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(libdeflate_alloc_compressor(1));
+        if (!compressor) throw std::bad_alloc();
+        // Less than an eighth gained isn't worth the time of the reader.
+        packed.bytes.resize(size - size / 8);
+        const std::size_t used =
+            libdeflate_deflate_compress(compressor.get(), shuffled.data(), size, packed.bytes.data(), packed.bytes.size());
+        if (used == 0) {
+            packed.bytes.assign(numbers, numbers + size);
+        } else {
+            packed.codec = Codec::shuffledDeflate;
+            packed.bytes.resize(used);
+            packed.bytes.resize(std::max(used, size / kLargestRatio));  // with zeros
+        }
+    } catch (...) {
+        packed.outOfMemory = true;
+    }
+    return packed;
+}
+
 class Writer {
 public:
-    Writer() : compressor_(libdeflate_alloc_compressor(1)) {
-        if (!compressor_) throw std::bad_alloc();
+    Writer() {
         file_.append(kSvrawMagic);
         number(kSvrawVersion);
     }
@@ -38,8 +75,24 @@ public:
     template <class Number>
     void array(std::string_view tag, const std::vector<Number>& numbers) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
-        for (std::size_t first = 0; first < numbers.size(); first += perBlock) {
-            block(tag, numbers.data() + first, std::min(perBlock, numbers.size() - first));
+        constexpr std::size_t together = 8;  // blocks that are packed at the same time
+        const auto* const bytes = reinterpret_cast<const char*>(numbers.data());
+        const std::size_t blocks = (numbers.size() + perBlock - 1) / perBlock;
+        std::array<Packed, together> packed;
+        for (std::size_t first = 0; first < blocks; first += together) {
+            const std::size_t here = std::min(together, blocks - first);
+            parallelRows(
+                static_cast<int>(here),
+                [&](int i) {
+                    const std::size_t at = (first + static_cast<std::size_t>(i)) * perBlock;
+                    packed[static_cast<std::size_t>(i)] =
+                        pack(bytes + at * sizeof(Number), std::min(perBlock, numbers.size() - at), sizeof(Number));
+                },
+                1);
+            for (std::size_t i = 0; i < here; ++i) {
+                if (packed[i].outOfMemory) throw std::bad_alloc();
+                chunk(tag, packed[i].codec, packed[i].bytes);
+            }
         }
     }
 
@@ -54,27 +107,7 @@ private:
         file_.append({reinterpret_cast<const char*>(&n), sizeof n});
     }
 
-    template <class Number>
-    void block(std::string_view tag, const Number* numbers, std::size_t count) {
-        const auto* const bytes = reinterpret_cast<const char*>(numbers);
-        const std::size_t size = count * sizeof(Number);
-        shuffled_.resize(size);
-        for (std::size_t b = 0; b < sizeof(Number); ++b) {
-            char* const plane = shuffled_.data() + b * count;
-            for (std::size_t i = 0; i < count; ++i) plane[i] = bytes[i * sizeof(Number) + b];
-        }
-        // Less than an eighth gained isn't worth the time of the reader.
-        deflated_.assign(size - size / 8, 0);
-        std::size_t packed =
-            libdeflate_deflate_compress(compressor_.get(), shuffled_.data(), size, deflated_.data(), deflated_.size());
-        if (packed == 0) return chunk(tag, Codec::stored, {bytes, size});
-        packed = std::max(packed, size / kLargestRatio);
-        chunk(tag, Codec::shuffledDeflate, {deflated_.data(), packed});
-    }
-
     Buffer file_;
-    std::vector<char> shuffled_, deflated_;
-    std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor_;
 };
 
 std::vector<char> infoOf(const RawParts& parts) {

@@ -95,7 +95,7 @@ void addOverlays(Catalogue& catalogue) {
     catalogue.add(
         {.family = "filter",
          .type = "watermark",
-         .summary = "Text or picture laid over a corner of the picture",
+         .summary = "Text or picture laid over the picture (operator over of Porter and Duff 1984)",
          .parameters = {choice("content").option("text", "A text").option("image", "A picture").doc("What is laid over"),
                         placement(),
                         real("size", 4.0)
