@@ -8,6 +8,7 @@
 #include "engine/common/workdir.h"
 #include "engine/core/api/version.h"
 #include "engine/core/job/job_threads.h"
+#include "engine/core/opencl/device.h"
 #include "module/flat/nemra_global.h"
 
 using namespace nemra;
@@ -16,8 +17,12 @@ extern "C" {
 
 bool nemraGlobalInitialize(bool ocl_support, const char* ocl_device) {
     return guarded("nemraGlobalInitialize", false, [&] {
-        if (!ocl_support) return true;
+        if (!ocl_support) {
+            core::opencl::chooseNone();
+            return true;
+        }
         const std::string device(viewOf(ocl_device));
+        if (core::opencl::chooseDevice(device)) return true;
         log::error("nemraGlobalInitialize", "there is no OpenCL device" + (device.empty() ? "" : " \"" + device + "\"") +
                                                 ": outputs are processed on the processor");
         return false;
@@ -48,7 +53,13 @@ void addNemraLogMessageCallbackSink(nemra_log_callback callback, void* user, con
 }
 
 char* pyNemraGlobalListOpenCLDevices(void) {
-    return guarded<char*>("pyNemraGlobalListOpenCLDevices", nullptr, [] { return callersText(""); });
+    return guarded<char*>("pyNemraGlobalListOpenCLDevices", nullptr, [] {
+        std::string names;
+        for (const core::opencl::Device* const device : core::opencl::devices()) {
+            names += (names.empty() ? "" : "|") + device->name();
+        }
+        return callersText(names);
+    });
 }
 
 bool nemraGlobalCloseCallbacks(int timeoutMs) {

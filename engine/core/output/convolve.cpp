@@ -103,19 +103,22 @@ void convolve(float* values, int width, int height, int components, const std::v
     });
 }
 
-void blur(float* values, int width, int height, int components, double sigma, bool fast) {
-    if (!(sigma > 0.0)) return;
+BlurPlan planBlur(double sigma, int largest, bool fast) {
     constexpr double kLargestExact = 24.0;
     const bool draft = fast && sigma >= 1.0;
+    if (!draft && sigma <= kLargestExact) return {gaussianKernel(sigma, largest), {}};
+    return {{}, boxRadii(sigma, sigma > kLargestExact ? 4 : 3)};
+}
+
+void blur(float* values, int width, int height, int components, double sigma, bool fast) {
+    if (!(sigma > 0.0)) return;
     const std::size_t count = std::size_t(width) * std::size_t(height) * std::size_t(components);
     for (std::size_t i = 0; i < count; ++i) {
         if (!std::isfinite(values[i])) values[i] = 0.0F;  // one such number would spoil its surroundings
     }
-    if (!draft && sigma <= kLargestExact) {
-        convolve(values, width, height, components, gaussianKernel(sigma, std::max(width, height)));
-        return;
-    }
-    for (const int radius : boxRadii(sigma, sigma > kLargestExact ? 4 : 3)) {
+    const BlurPlan plan = planBlur(sigma, std::max(width, height), fast);
+    convolve(values, width, height, components, plan.kernel);
+    for (const int radius : plan.radii) {
         forEachLine(values, width, height, components, [&](const Line& line) {
             thread_local std::vector<double> sums;
             boxLine(line, radius, sums);

@@ -5,8 +5,11 @@
 #include <numbers>
 
 #include "engine/common/log.h"
+#include "engine/core/opencl/attempt.h"
 #include "engine/core/output/eye_scatter.h"
+#include "engine/core/output/filters_opencl.h"
 #include "engine/core/output/fourier.h"
+#include "engine/core/output/parallel_rows.h"
 #include "engine/core/output/picture.h"
 #include "engine/core/output/projection.h"
 
@@ -73,23 +76,28 @@ private:
     double own_;
 };
 
-int powerOfTwo(int least) {
-    int power = 1;
-    while (power < least) power *= 2;
-    return power;
+/// The shares for all distances within the picture, shares[dy * width + dx].
+std::vector<float> sharesOf(const Kernel& kernel, int width, int height) {
+    std::vector<float> shares(std::size_t(width) * std::size_t(height));
+    parallelRows(height, [&](int y) {
+        for (int x = 0; x < width; ++x) {
+            shares[std::size_t(y) * std::size_t(width) + std::size_t(x)] = static_cast<float>(kernel(x, y));
+        }
+    });
+    return shares;
 }
 
 /// The light that each pixel gets from all others.
-void scatter(XyzImage& image, const Kernel& kernel) {
+void scatter(XyzImage& image, const std::vector<float>& shares) {
     using Complex = std::complex<float>;
-    const int width = powerOfTwo(2 * image.width);
-    const int height = powerOfTwo(2 * image.height);
+    const int width = transformSize(2 * image.width);
+    const int height = transformSize(2 * image.height);
     const auto cell = [&](int x, int y) { return std::size_t(y) * std::size_t(width) + std::size_t(x); };
     std::vector<Complex> spread(std::size_t(width) * std::size_t(height));
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             if (x == 0 && y == 0) continue;
-            const auto share = static_cast<float>(kernel(x, y));
+            const float share = shares[std::size_t(y) * std::size_t(image.width) + std::size_t(x)];
             const int left = x == 0 ? 0 : width - x;
             const int above = y == 0 ? 0 : height - y;
             spread[cell(x, y)] = spread[cell(left, y)] = spread[cell(x, above)] = spread[cell(left, above)] = share;
@@ -146,7 +154,9 @@ void filterGlare(const node::Node& node, Picture& picture) {
     const Kernel kernel(spread, pixel * side);
     const auto own = static_cast<float>(kernel.own());
     XyzImage veil = side == 1 ? image : reduced(image, side);
-    scatter(veil, kernel);
+    const std::vector<float> shares = sharesOf(kernel, veil.width, veil.height);
+    opencl::Attempt attempt(node.label());
+    if (!attempt([&](opencl::Device& device) { veil.values = scatterByOpenCl(device, veil, shares); })) scatter(veil, shares);
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             float* const xyz = image.values.data() + 3 * (std::size_t(y) * std::size_t(image.width) + std::size_t(x));

@@ -11,6 +11,8 @@
 #include <new>
 
 #include "engine/common/log.h"
+#include "engine/core/opencl/attempt.h"
+#include "engine/core/output/filters_opencl.h"
 #include "engine/core/output/parallel_rows.h"
 #include "engine/core/output/picture.h"
 
@@ -107,15 +109,9 @@ float distance(const Guide& guide, std::size_t p, std::size_t q, float k2) {
     return std::clamp(sum / 3.0F, -kMost, kMost);
 }
 
-struct Window {
-    int search;
-    int patch;
-    float k2;
-};
-
 /// Rows [y0, y1) of the result. For each offset of the window the distances of single pixels are summed over the patches by
 /// running sums, first along the rows, then down the columns.
-void filterBand(const Guide& guide, int y0, int y1, const Window& window, float* out) {
+void filterBand(const Guide& guide, int y0, int y1, const DenoiseWindow& window, float* out) {
     const int width = guide.width;
     const int height = guide.height;
     const auto row = static_cast<std::size_t>(width);
@@ -183,12 +179,15 @@ void filterNoiseKiller(const node::Node& node, Picture& picture) {
     }
     if (node.choice("outliers") == "limit") limitOutliers(image, node.real("outlier_factor"));
     const auto k = static_cast<float>(node.real("strength"));
-    Window window{node.integer("search_radius"), node.integer("patch_radius"), k * k};
+    DenoiseWindow window{node.integer("search_radius"), node.integer("patch_radius"), k * k};
     if (picture.fast) {
         window.search = std::min(window.search, 3);
         window.patch = std::min(window.patch, 1);
     }
-    const Guide guide = makeGuide(image, relativeVariances(picture.film, picture.view));
+    const std::vector<float> relative = relativeVariances(picture.film, picture.view);
+    opencl::Attempt attempt(node.label());
+    if (attempt([&](opencl::Device& device) { image.values = denoiseByOpenCl(device, image, relative, window); })) return;
+    const Guide guide = makeGuide(image, relative);
     constexpr int kBand = 32;
     std::atomic<bool> failed{false};
     parallelRows((image.height + kBand - 1) / kBand,

@@ -10,6 +10,8 @@
 #include <cmath>
 
 #include "engine/common/log.h"
+#include "engine/core/opencl/attempt.h"
+#include "engine/core/output/filters_opencl.h"
 #include "engine/core/output/scotopic.h"
 #include "engine/core/output/spectral_weights.h"
 #include "engine/core/spectrum/observer.h"
@@ -50,13 +52,22 @@ void fromSpectra(const node::Node& node, Picture& picture, double age) {
     image.width = picture.view.width;
     image.height = picture.view.height;
     image.values.resize(3 * std::size_t(image.width) * std::size_t(image.height));
+    std::vector<std::vector<double>> weights;
     for (int c = 0; c < 3; ++c) {
         const SpectralCurve response = throughLens(scaledCurve(matchingFunction(observer, c), kMaxEfficacy), age);
-        const std::vector<float> sums = weighedSum(film, picture.view, bandWeights(film, response));
-        for (std::size_t i = 0; i < sums.size(); ++i) image.values[3 * i + std::size_t(c)] = sums[i];
+        weights.push_back(bandWeights(film, response));
     }
     const SpectralCurve rods = throughLens(scaledCurve(scotopicEfficiency(), kMaxScotopicEfficacy), age);
-    addScotopic(picture, weighedSum(film, picture.view, bandWeights(film, rods)));
+    weights.push_back(bandWeights(film, rods));
+    std::vector<std::vector<float>> sums;
+    opencl::Attempt attempt(node.label());
+    if (!attempt([&](opencl::Device& device) { sums = weighedSumsByOpenCl(device, film, picture.view, weights); })) {
+        for (const std::vector<double>& response : weights) sums.push_back(weighedSum(film, picture.view, response));
+    }
+    for (std::size_t c = 0; c < 3; ++c) {
+        for (std::size_t i = 0; i < sums[c].size(); ++i) image.values[3 * i + c] = sums[c][i];
+    }
+    addScotopic(picture, std::move(sums[3]));
 }
 
 void filterSpectralToHv(const node::Node& node, Picture& picture) {

@@ -11,16 +11,6 @@ namespace {
 
 using Complex = std::complex<float>;
 
-/// The roots of unity that a line of that length needs, in double precision first.
-std::vector<Complex> rootsOf(int count, bool inverse) {
-    std::vector<Complex> roots(static_cast<std::size_t>(count) / 2);
-    for (std::size_t i = 0; i < roots.size(); ++i) {
-        const double angle = (inverse ? 2.0 : -2.0) * std::numbers::pi * double(i) / count;
-        roots[i] = Complex(static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)));
-    }
-    return roots;
-}
-
 Complex times(Complex a, Complex b) {  // without the library's care for infinities
     return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
 }
@@ -48,11 +38,26 @@ void transformLine(Complex* line, std::size_t count, const std::vector<Complex>&
 
 }  // namespace
 
+int transformSize(int least) {
+    int power = 1;
+    while (power < least) power *= 2;
+    return power;
+}
+
+std::vector<Complex> rootsOfUnity(int order, bool inverse) {
+    std::vector<Complex> roots(static_cast<std::size_t>(order) / 2);
+    for (std::size_t i = 0; i < roots.size(); ++i) {
+        const double angle = (inverse ? 2.0 : -2.0) * std::numbers::pi * double(i) / order;
+        roots[i] = Complex(static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)));
+    }
+    return roots;
+}
+
 void fourierTransform(std::vector<Complex>& values, int width, int height, bool inverse) {
     const auto w = static_cast<std::size_t>(width);
     const auto h = static_cast<std::size_t>(height);
-    const std::vector<Complex> rowRoots = rootsOf(width, inverse);
-    const std::vector<Complex> columnRoots = rootsOf(height, inverse);
+    const std::vector<Complex> rowRoots = rootsOfUnity(width, inverse);
+    const std::vector<Complex> columnRoots = rootsOfUnity(height, inverse);
     parallelRows(height, [&](int y) { transformLine(values.data() + w * std::size_t(y), w, rowRoots); });
     parallelRows(width, [&](int x) {
         thread_local std::vector<Complex> column;
