@@ -39,8 +39,8 @@ __kernel void rowSums(__global const float* single, __global float* across, int 
 }
 
 // `sums`: weighed values of three channels, then the weights.
-__kernel void gather(__global const float* image, __global const float* across, __global float4* sums, int width, int height, int dx,
-                     int dy, int patch) {
+__kernel void gather(__global const float* image, __global const float* across, __global float4* sums, int width, int height,
+                     int dx, int dy, int patch) {
     const int x = get_global_id(0);
     const int y = get_global_id(1);
     if (x >= width || !hasPartner(x, y, width, height, dx, dy)) return;
