@@ -77,7 +77,7 @@ private:
             readNumbers(line, 1, 2, uvs_);
         } else if (word == "vn") {
             readNumbers(line, 3, 3, normals_);
-        } else if (word == "f" || word == "fo") {
+        } else if (word == "f") {
             readFace(line);
         } else if (word == "g" || word == "o") {
             group_ = trimmed(line);
