@@ -22,6 +22,7 @@ public:
 
     bool ok() const noexcept { return ok_; }
     std::size_t left() const noexcept { return rest_.size(); }
+    std::span<const char> rest() const noexcept { return rest_; }
 
     /// The next `count` bytes as they lie there.
     std::span<const char> take(std::size_t count) noexcept {
