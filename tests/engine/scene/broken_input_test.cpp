@@ -150,11 +150,11 @@ TEST_F(BrokenInput, PlacesBehindLongArrays) {
     Scene scene;
     Messages inMemory;
     EXPECT_FALSE(readScene(broken, "test", scene));
-    EXPECT_NE(inMemory.text().find("test:400004:5: mesh 'n': vertices: 'x1' at position 600002"), std::string::npos)
+    EXPECT_NE(inMemory.text().find("test:400005:5: mesh 'n': vertices: 'x1' at position 600002"), std::string::npos)
         << inMemory.text();
     Messages inFile;
     EXPECT_FALSE(readSceneFile(file, scene));
-    EXPECT_NE(inFile.text().find("s.svxml:400004:5: mesh 'n'"), std::string::npos) << inFile.text();
+    EXPECT_NE(inFile.text().find("s.svxml:400005:5: mesh 'n'"), std::string::npos) << inFile.text();
 
     std::ofstream(file) << "<scene>\n" + mesh + "\n  <odd/>\n</scene>";
     Messages behind;

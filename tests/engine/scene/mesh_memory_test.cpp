@@ -1,6 +1,7 @@
 // Large meshes: copies share their arrays, and reading takes little more memory than what is read.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -46,7 +47,7 @@ TEST(MeshMemory, CheckedCopiesFindEachFault) {
             const std::string why = put(copy, damaged);
             EXPECT_NE(why.find(said), std::string::npos) << why;
         };
-        for (const double number : {NAN, INFINITY, -INFINITY, 1.1e18, -1.1e18})
+        for (const double number : std::vector<double>{NAN, INFINITY, -INFINITY, 1.1e18, -1.1e18})
             refused(vertices, number, "vertex", [&](Mesh& copy, const auto& damaged) {
                 const std::string why = copyChecked(copy, damaged, normals, uvs, triangles);
                 copy.vertices = damaged;

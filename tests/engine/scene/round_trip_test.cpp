@@ -103,7 +103,8 @@ TEST_F(RoundTrip, NumbersOfOthers) {
     float single = 1.0F;
     EXPECT_EQ(svxml::parseNumber("0." + std::string(60, '0') + "1", single), svxml::NumberFault::none);
     EXPECT_EQ(single, 0.0F);
-    for (const std::string large : {"1e400", "-1e400", "1e99999999999999999999", "1" + std::string(400, '0') + "e-5"})
+    for (const std::string& large :
+         std::vector<std::string>{"1e400", "-1e400", "1e99999999999999999999", "1" + std::string(400, '0') + "e-5"})
         EXPECT_EQ(svxml::parseNumber(large, number), svxml::NumberFault::outOfRange) << large;
 }
 
