@@ -70,7 +70,11 @@ Outline::Outline(std::string_view text) : text_(text) {
         if (depth <= 0 && !isAllBlank(between)) throw Fault{at, "text stands outside of the outermost element"};
         takeText(at, open);
         if (open == text.size()) break;
-        if (text.substr(open).starts_with("<!DOCTYPE")) throw Fault{open, "a document type declaration isn't allowed"};
+        if (text.substr(open, 9) == "<!DOCTYPE") {  // has tags of its own inside, and is refused anyway
+            takeMarkup(open, text.size());
+            isWhole_ = true;
+            return;
+        }
         at = endOfMarkup(text, open);
         takeMarkup(open, std::min(at, text.size()));
         if (at == kNone) return;

@@ -18,7 +18,6 @@ namespace {
 
 using core::opencl::Attempt;
 using core::opencl::Device;
-using core::opencl::Run;
 using core::opencl::Source;
 
 class OpenCl : public testing::Test {
@@ -171,20 +170,20 @@ TEST_F(OpenCl, FailuresAreToldOnceAndLeaveTheWorkToTheProcessor) {
     static constexpr Source kSound{"sound", "__kernel void sound(__global float* a) { a[0] = 1.0f; }"};
     ASSERT_TRUE(nemraGlobalInitialize(true, ""));
     lighttest::Messages messages;
-    const auto build = [](Device& device) { Run run(device, kBroken); };
+    const auto build = [](Device& device) { core::opencl::Run run(device, kBroken); };
     Attempt first("filter/a");
     EXPECT_FALSE(first(build));
     EXPECT_FALSE(first(build));
     EXPECT_FALSE(Attempt("filter/b")(build)) << "it isn't compiled again";
     EXPECT_EQ(messages.all.size(), 1U);
     EXPECT_TRUE(messages.mention("broken can't be built"));
-    const auto tooLarge = [](Device& device) { Run(device, kSound).memoryFor<float>(std::size_t{1} << 50); };
+    const auto tooLarge = [](Device& device) { core::opencl::Run(device, kSound).memoryFor<float>(std::size_t{1} << 50); };
     EXPECT_FALSE(Attempt("filter/c")(tooLarge));
     EXPECT_EQ(messages.all.size(), 2U);
     EXPECT_TRUE(messages.mention("hasn't enough memory"));
     // The device is as good as before.
     const auto work = [](Device& device) {
-        Run run(device, kSound);
+        core::opencl::Run run(device, kSound);
         const auto memory = run.memoryFor<float>(1);
         run.call("sound", 1, 1, memory);
         EXPECT_EQ(run.read<float>(memory, 1).at(0), 1.0F);

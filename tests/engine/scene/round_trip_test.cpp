@@ -104,7 +104,7 @@ TEST_F(RoundTrip, NumbersOfOthers) {
     EXPECT_EQ(svxml::parseNumber("0." + std::string(60, '0') + "1", single), svxml::NumberFault::none);
     EXPECT_EQ(single, 0.0F);
     for (const std::string& large :
-         std::initializer_list<std::string>{"1e400", "-1e400", "1e99999999999999999999", "1" + std::string(400, '0') + "e-5"})
+         std::vector<std::string>{"1e400", "-1e400", "1e99999999999999999999", "1" + std::string(400, '0') + "e-5"})
         EXPECT_EQ(svxml::parseNumber(large, number), svxml::NumberFault::outOfRange) << large;
 }
 
