@@ -73,18 +73,18 @@ __kernel void reverseBits(__global float2* values, int width, int columns, int l
     first[other * stride] = held;
 }
 
-// One item per pair. `half`: elements between the two; `roots`: of unity, `step` apart for this length; `sign` -1 for their
+// One item per pair. `apart`: elements between the two; `roots`: of unity, `step` apart for this length; `sign` -1 for their
 // conjugates.
-__kernel void butterflies(__global float2* values, __global const float2* roots, int width, int columns, int half, int step,
+__kernel void butterflies(__global float2* values, __global const float2* roots, int width, int columns, int apart, int step,
                           float sign, int alongColumns) {
     if ((int)get_global_id(0) >= columns) return;
     const uint pair = get_global_id(alongColumns ? 1 : 0);
     const size_t line = get_global_id(alongColumns ? 0 : 1);
-    const uint i = pair & (uint)(half - 1);
+    const uint i = pair & (uint)(apart - 1);
     const size_t element = 2 * (size_t)(pair - i) + i;
     const size_t stride = alongColumns ? (size_t)width : 1;
     __global float2* even = values + line * (alongColumns ? 1 : (size_t)width) + element * stride;
-    __global float2* odd = even + (size_t)half * stride;
+    __global float2* odd = even + (size_t)apart * stride;
     const float2 root = (float2)(roots[i * step].x, sign * roots[i * step].y);
     const float2 a = *even;
     const float2 b = (float2)(odd->x * root.x - odd->y * root.y, odd->x * root.y + odd->y * root.x);

@@ -90,7 +90,9 @@ TEST(MeshMemory, ReadingTakesLittleMoreThanTheArrays) {
         }
         Scene read;
         const double memory = test::peakMemory([&] { EXPECT_TRUE(readSceneFile(file, read)); });
-        EXPECT_LT(memory, (format == Format::svxmlz ? 3.6 : 2.9) * data) << static_cast<int>(format);
+        // A number of 8 bytes takes up to 19 as text, which is in memory with the arrays.
+        const bool isText = format == Format::svxml || format == Format::svxmlz;
+        EXPECT_LT(memory, (isText ? 4.0 : 2.5) * data) << static_cast<int>(format);
         EXPECT_EQ(std::get<Mesh>(read.geometries.at(1)->shape).vertices, std::get<Mesh>(scene.geometries[1]->shape).vertices);
     }
     std::filesystem::remove_all(folder);
