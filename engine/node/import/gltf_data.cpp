@@ -250,7 +250,7 @@ void GltfData::readElements(const Layout& layout, Put&& put) {
                           bool strided, auto&& take) {
         const View from = view(viewIndex);
         const std::size_t packed = width * bytesOf(component);
-        const std::size_t stride = strided && from.stride != 0 ? from.stride : packed;
+        const std::size_t stride = strided && from.stride != 0 ? from.stride : std::max<std::size_t>(packed, 1);
         const bool fits = count == 0 || (offset <= from.bytes.size() && packed <= from.bytes.size() - offset &&
                                          (count - 1) <= (from.bytes.size() - offset - packed) / stride);
         if (!fits) throw MeshFault{layout.where, "it reaches beyond the end of its view"};

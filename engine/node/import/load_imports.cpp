@@ -29,6 +29,7 @@ bool isSetup(const std::shared_ptr<Node>& node) { return node->family() == "setu
 /// What a file of meshes brings as an import.
 Scene sceneOf(MeshParts parts) {
     Scene scene;
+    scene.instances.reserve(parts.placings.size());
     for (const PartPlacing& placing : parts.placings) {
         auto instance = std::make_shared<Instance>();
         instance->geometryName = parts.parts[placing.part].name;
