@@ -10,8 +10,9 @@ extern "C" {
 
 typedef void (*nemra_log_callback)(void* user, const char* message, LogLevel_t level);
 
-/* Starts the engine; called again, it only changes the OpenCL settings. The heavy image filters run on the device of that name, on the
-   first one for an empty name; without support, or if it isn't there, on the processor. False if the wanted device isn't there. */
+/* Starts the engine; called again, it only changes the OpenCL settings. The heavy image filters run on the device of that name,
+   on the first one for an empty name; without support, or if it isn't there, on the processor. False if the wanted device isn't
+   there. */
 NEMRA_API bool nemraGlobalInitialize(bool ocl_support, const char* ocl_device);
 /* Product, year and release, then in brackets three dotted numbers, a hyphen and twelve hexadecimal digits of the source
  * version. Engine's text, never null. */

@@ -118,7 +118,7 @@ def png_pixels(data):
         at += 12 + size
     lines = np.frombuffer(zlib.decompress(body), np.uint8).reshape(height, 1 + 3 * width)
     pixels = np.zeros((height, 3 * width), np.uint8)
-    for y, (method, line) in enumerate(zip(lines[:, 0], lines[:, 1:])):
+    for y, (method, line) in enumerate(zip(lines[:, 0], lines[:, 1:], strict=True)):
         above = pixels[y - 1] if y else np.zeros(3 * width, np.uint8)
         for i in range(3 * width):
             a = int(pixels[y, i - 3]) if i >= 3 else 0
@@ -165,10 +165,10 @@ def test_csv_lists_ratings_and_sources(raw):
     dgp = 5.87e-5 * illuminance + 0.0918 * math.log10(1 + (3209.845 + 3038.392) / illuminance**1.87) + 0.16
     assert float(facts["Daylight glare probability"]) == pytest.approx(dgp, abs=6e-4)
     header = next(i for i, row in enumerate(rows) if row and row[0] == "source")
-    table = [dict(zip(rows[header], row)) for row in rows[header + 1:]]
+    table = [dict(zip(rows[header], row, strict=True)) for row in rows[header + 1:]]
     assert [row["source"] for row in table] == ["1", "2"]
     known = ((0.003874391, 2.197302, 0, 20.556), (0.005772924, 2.756805, -18.435, 25.377))
-    for row, (solid_angle, index, right, up) in zip(table, known):
+    for row, (solid_angle, index, right, up) in zip(table, known, strict=True):
         assert float(row["luminance [cd/m2]"]) == pytest.approx(2000, rel=2e-3)
         assert float(row["solid angle [sr]"]) == pytest.approx(solid_angle, rel=0.02)
         assert float(row["position index"]) == pytest.approx(index, abs=0.01)

@@ -19,9 +19,9 @@ struct BlurPlan {
     std::vector<int> radii;
 };
 
-/// For a sigma above 0 and a picture of that larger side. A draft takes three box averages instead (Wells, "Efficient Synthesis of Gaussian Filters by Cascaded Uniform
-/// Filters", IEEE PAMI 8(2), 1986), as does a sigma above 24 pixels with four of them; their shape is within some per cent of
-/// the Gaussian's peak.
+/// For a sigma above 0 and a picture of that larger side. A draft takes three box averages instead (Wells, "Efficient Synthesis
+/// of Gaussian Filters by Cascaded Uniform Filters", IEEE PAMI 8(2), 1986), as does a sigma above 24 pixels with four of them;
+/// their shape is within some per cent of the Gaussian's peak.
 BlurPlan planBlur(double sigma, int largest, bool fast);
 
 /// Blurs by that plan. Does nothing for a sigma of 0; takes numbers that aren't finite for 0.
