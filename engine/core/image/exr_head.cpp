@@ -18,7 +18,7 @@ constexpr std::uint32_t kSeveralParts = 0x1000;
 std::string_view takeName(ByteReader& file) {
     const std::span<const char> rest = file.rest().first(std::min(file.left(), kLongestName + 1));
     const auto end = std::find(rest.begin(), rest.end(), '\0');
-    if (end == rest.end()) throw PictureFault("the header is cut short, or holds a name without an end");
+    if (!file.ok() || end == rest.end()) throw PictureFault("the header is cut short, or holds a name without an end");
     const auto name = file.take(static_cast<std::size_t>(end - rest.begin()) + 1);
     return {name.data(), name.size() - 1};
 }
