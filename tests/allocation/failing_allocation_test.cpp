@@ -19,9 +19,11 @@ namespace {
 
 thread_local long allocationsLeft = 0;  // 0: no end
 
+void* allocateOrNull(std::size_t size) noexcept {
+    return allocationsLeft > 0 && --allocationsLeft == 0 ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
 void* allocate(std::size_t size) {
-    if (allocationsLeft > 0 && --allocationsLeft == 0) throw std::bad_alloc();
-    void* const block = std::malloc(size == 0 ? 1 : size);
+    void* const block = allocateOrNull(size);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
@@ -30,6 +32,9 @@ void* allocate(std::size_t size) {
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
+// Sorting asks for its memory this way, and goes on without.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
