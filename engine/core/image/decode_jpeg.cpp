@@ -1,35 +1,18 @@
-#include <cstdio>
-// The library's header takes FILE and size_t for granted.
-#include <jpeglib.h>
-
 #include <algorithm>
-#include <csetjmp>
 
 #include "engine/core/image/decode.h"
+#include "engine/core/image/jpeg_faults.h"
 
 namespace nemra::core {
 
 namespace {
 
-/// The library leaves by longjmp on a fault, so nothing with a destructor may be made below a setjmp.
-struct Errors {
-    jpeg_error_mgr manager;  // first, so that the library's pointer leads here
-    std::jmp_buf jump;
-    char text[JMSG_LENGTH_MAX];
-};
-
-[[noreturn]] void leave(j_common_ptr info) {
-    auto* const errors = reinterpret_cast<Errors*>(info->err);
-    info->err->format_message(info, errors->text);
-    std::longjmp(errors->jump, 1);
-}
-
 /// Damage within the data is a warning to the library, which fills the gap with grey; to us it is a fault.
 void leaveOnWarning(j_common_ptr info, int level) {
-    if (level < 0) leave(info);
+    if (level < 0) leaveJpeg(info);
 }
 
-bool readHead(jpeg_decompress_struct& jpeg, Errors& errors, std::span<const char> bytes) {
+bool readHead(jpeg_decompress_struct& jpeg, JpegFaults& errors, std::span<const char> bytes) {
     if (setjmp(errors.jump)) return false;
     jpeg_create_decompress(&jpeg);
     jpeg.mem->max_memory_to_use = 1L << 30;
@@ -39,7 +22,7 @@ bool readHead(jpeg_decompress_struct& jpeg, Errors& errors, std::span<const char
     return true;
 }
 
-bool readRows(jpeg_decompress_struct& jpeg, Errors& errors, JSAMPLE* codes, std::size_t rowBytes) {
+bool readRows(jpeg_decompress_struct& jpeg, JpegFaults& errors, JSAMPLE* codes, std::size_t rowBytes) {
     if (setjmp(errors.jump)) return false;
     jpeg_start_decompress(&jpeg);
     while (jpeg.output_scanline < jpeg.output_height) {
@@ -52,11 +35,11 @@ bool readRows(jpeg_decompress_struct& jpeg, Errors& errors, JSAMPLE* codes, std:
 
 struct Reader {
     jpeg_decompress_struct jpeg{};
-    Errors errors{};
+    JpegFaults errors{};
 
     Reader() {
         jpeg.err = jpeg_std_error(&errors.manager);
-        errors.manager.error_exit = leave;
+        errors.manager.error_exit = leaveJpeg;
         errors.manager.emit_message = leaveOnWarning;
     }
     ~Reader() { jpeg_destroy_decompress(&jpeg); }

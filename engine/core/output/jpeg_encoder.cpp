@@ -1,13 +1,9 @@
-#include <cstdio>
-// The library's header takes FILE and size_t for granted.
-#include <jpeglib.h>
-
-#include <csetjmp>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
+#include "engine/core/image/jpeg_faults.h"
 #include "engine/core/output/encode.h"
 #include "engine/core/output/icc_profile.h"
 
@@ -17,22 +13,9 @@ namespace {
 
 constexpr int kQuality = 95;
 
-/// The library leaves by longjmp on a fault, so nothing with a destructor may be made below the setjmp.
-struct Errors {
-    jpeg_error_mgr manager;  // first, so that the library's pointer leads here
-    std::jmp_buf jump;
-    char text[JMSG_LENGTH_MAX];
-};
-
-[[noreturn]] void leave(j_common_ptr info) {
-    auto* const errors = reinterpret_cast<Errors*>(info->err);
-    info->err->format_message(info, errors->text);
-    std::longjmp(errors->jump, 1);
-}
-
 void ignoreMessage(j_common_ptr, int) {}
 
-bool write(jpeg_compress_struct& jpeg, Errors& errors, const DisplayImage& image, const std::vector<char>& profile,
+bool write(jpeg_compress_struct& jpeg, JpegFaults& errors, const DisplayImage& image, const std::vector<char>& profile,
            unsigned char** bytes, unsigned long* size) {
     if (setjmp(errors.jump)) return false;
     jpeg_create_compress(&jpeg);
@@ -66,9 +49,9 @@ std::vector<char> encodeJpeg(const DisplayImage& image) {
     }
     const std::vector<char> profile = profileOf(image);
     jpeg_compress_struct jpeg{};
-    Errors errors{};
+    JpegFaults errors{};
     jpeg.err = jpeg_std_error(&errors.manager);
-    errors.manager.error_exit = leave;
+    errors.manager.error_exit = leaveJpeg;
     errors.manager.emit_message = ignoreMessage;
     unsigned char* bytes = nullptr;
     unsigned long size = 0;
