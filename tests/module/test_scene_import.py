@@ -1,9 +1,9 @@
 """Meshes and scenes from other files, loaded at once or kept as a tag until the scene is rendered."""
 
-import threading
 
 import numpy
 import pytest
+from render_picture import picture_of
 
 from sarvo import examples, nemra
 
@@ -31,25 +31,13 @@ def small_box():
     return box
 
 
-def picture_of(scene):
-    pictures, finished = [], threading.Event()
-
-    def finish(raw):
-        pictures.append(raw.pixels())
-        finished.set()
-
-    renderer = nemra.Renderer()
-    renderer.setHaltCondition(time=0, spp=1, action=nemra.Renderer.halt_cond.stops)
-    renderer.addLocalNode()
-    renderer.onFinish(finish)
+def rendered(scene):
     data = scene.print().encode()
-    assert renderer.startData(data, len(data))
-    assert finished.wait(60)
-    return pictures[0]
+    return picture_of("startData", data, len(data))
 
 
 def test_a_box_from_an_obj_file_renders_to_the_same_bits(tmp_path):
-    expected = picture_of(small_box())
+    expected = rendered(small_box())
     path = tmp_path / "walls.obj"
     path.write_text(obj_of(small_box().getMeshes()))
     for load in (True, False):
@@ -58,7 +46,7 @@ def test_a_box_from_an_obj_file_renders_to_the_same_bits(tmp_path):
         assert box.addImport(str(path), load, IN_METRES | GEOMETRIES_ALONE, "")
         assert bool(box.getMeshes()) == load
         assert ("<import" in box.print()) != load
-        assert (picture_of(box) == expected).all()
+        assert (rendered(box) == expected).all()
 
 
 def test_unit_axis_and_prefix(tmp_path):

@@ -5,11 +5,11 @@ import locale
 import os
 import shutil
 import subprocess
-import threading
 import xml.etree.ElementTree
 
 import numpy
 import pytest
+from render_picture import picture_of
 
 from sarvo import examples, nemra
 
@@ -110,23 +110,6 @@ def test_single_pieces_are_written_as_bytes(scene, tmp_path):
         with open(path, "wb") as file:
             piece.write(file)
         assert path.read_bytes()[4:8] == b"SVB1"
-
-
-def picture_of(start, *arguments):
-    """One sample of each pixel of a scene that a method of a renderer starts."""
-    pictures, finished = [], threading.Event()
-
-    def finish(raw):
-        pictures.append(raw.pixels())
-        finished.set()
-
-    made = nemra.Renderer()
-    made.setHaltCondition(time=0, spp=1, action=nemra.Renderer.halt_cond.stops)
-    made.addLocalNode()
-    made.onFinish(finish)
-    assert getattr(made, start)(*arguments)
-    assert finished.wait(60)
-    return pictures[0]
 
 
 def test_a_render_starts_from_each_encoding_and_gives_the_same_bits(tmp_path):

@@ -10,6 +10,7 @@
 #include "tests/engine/scene/changed_node.h"
 #include "tests/engine/scene/messages.h"
 #include "tests/engine/scene/peak_memory.h"
+#include "tests/engine/scene/read_or_explain.h"
 #include "tests/engine/scene/small_scene.h"
 
 namespace nemra::node {
@@ -60,24 +61,9 @@ Scene sceneOfEveryClass() {
     return scene;
 }
 
-/// Reads over a scene with a mark. True if it was read and can be written; else checks that there is one error and that the mark
-/// still stands.
 bool readOrExplain(std::string_view bytes) {
-    Messages messages;
     Scene scene;
-    scene.name = "mark";
-    scene.searchPaths = {"kept"};
-    const bool read = readScene(bytes, "test", scene);
-    EXPECT_EQ(messages.errors(), read ? 0 : 1) << messages.text();
-    if (!read) {
-        EXPECT_EQ(scene.name, "mark");
-        EXPECT_EQ(scene.searchPaths.size(), 1U);
-        return false;
-    }
-    Scene again;
-    EXPECT_TRUE(readScene(encoded(scene, Format::svbin), "again", again)) << messages.text();
-    EXPECT_EQ(svxmlOf(again), svxmlOf(scene));
-    return true;
+    return test::readOrExplain(bytes, scene);
 }
 
 TEST_P(Encodings, GiveTheSceneBack) {
