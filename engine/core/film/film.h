@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/core/film/square_sums.h"
+
 namespace nemra::core {
 
 enum class ChannelKind { unknown, energy, luminous, spectral };
@@ -21,7 +23,8 @@ struct Channel {
 /// Sums over samples, in memory order x, then y, then channel (channel fastest), as a reader of pixels walks it.
 /// A value is (high + low) / samples. `high` holds multiples of a quantum fixed for the render and `low` what is left, itself
 /// a multiple of a finer quantum, so that both sums are exact and any order of adding gives the same bits
-/// (pre-rounded summation: Demmel and Nguyen, "Parallel Reproducible Summation", IEEE Trans. Computers 64(7), 2015).
+/// (pre-rounded summation: Demmel and Nguyen, "Parallel Reproducible Summation", IEEE Trans. Computers 64(7), 2015). The same
+/// holds of all other arrays.
 struct Film {
     int width = 0;
     int height = 0;
@@ -29,8 +32,9 @@ struct Film {
     std::vector<double> high;
     std::vector<double> low;
     std::vector<std::uint32_t> samples;  ///< per pixel, x-major
-    std::vector<double> squares;         ///< per pixel, sum of squares of the sample's luminance (or energy, or band mean)
-    std::vector<double> depth;  ///< per pixel, sum over samples of the distance to the first surface, m; escaped rays add none
+    SquareSums squares;                  ///< per pixel, of the sample's luminance (or energy, or band mean)
+    /// Per pixel, sum over samples of the distance to the first surface, m, in multiples of a quantum; escaped rays add none.
+    std::vector<double> depth;
     std::vector<std::uint32_t> depthSamples;  ///< per pixel, samples whose first ray met a surface
 
     std::size_t pixel(int x, int y) const noexcept { return static_cast<std::size_t>(x) * height + y; }

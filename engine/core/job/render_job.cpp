@@ -365,7 +365,9 @@ std::shared_ptr<Film> RenderJob::copyFilm() const {
             copyRange(film_->high, copy->high, pixel * channels, rows * channels);
             copyRange(film_->low, copy->low, pixel * channels, rows * channels);
             copyRange(film_->samples, copy->samples, pixel, rows);
-            copyRange(film_->squares, copy->squares, pixel, rows);
+            copyRange(film_->squares.upper, copy->squares.upper, pixel, rows);
+            copyRange(film_->squares.lower, copy->squares.lower, pixel, rows);
+            copyRange(film_->squares.part, copy->squares.part, pixel, rows);
             copyRange(film_->depth, copy->depth, pixel, rows);
             copyRange(film_->depthSamples, copy->depthSamples, pixel, rows);
         }

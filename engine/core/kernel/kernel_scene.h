@@ -109,6 +109,7 @@ struct SensorRecord {
     /// Pre-rounding: adding and taking away these constants rounds to a multiple of a fixed quantum.
     double coarse = 0.0;
     double fine = 0.0;
+    double depth = 0.0;  ///< for distances, m
 };
 
 /// Where the ray tracing of a scene is done, for one kind of ray.
@@ -182,7 +183,9 @@ struct FilmRecord {
     double* high;
     double* low;
     std::uint32_t* samples;
-    double* squares;
+    std::uint64_t* squaresUpper;  ///< see SquareSums
+    std::uint64_t* squaresLower;
+    std::uint8_t* squaresPart;
     double* depth;
     std::uint32_t* depthSamples;
 };

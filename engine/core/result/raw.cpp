@@ -58,7 +58,11 @@ void addFilm(Film& film, const Film& other) {
     addTo(film.high, other.high);
     addTo(film.low, other.low);
     addTo(film.samples, other.samples);
-    addTo(film.squares, other.squares);
+    for (std::size_t pixel = 0; pixel < film.squares.size(); ++pixel) {
+        SquareSum sum = film.squares.at(pixel);
+        add(sum, other.squares.at(pixel));
+        film.squares.put(pixel, sum);
+    }
     addTo(film.depth, other.depth);
     addTo(film.depthSamples, other.depthSamples);
 }

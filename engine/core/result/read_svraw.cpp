@@ -68,7 +68,7 @@ public:
         readArray(chunk, kHigh, film_->high, shape.cells());
         readArray(chunk, kLow, film_->low, shape.cells());
         readArray(chunk, kSamples, film_->samples, shape.pixels);
-        readArray(chunk, kSquares, film_->squares, shape.ifChannels());
+        readSquares(chunk, shape.ifChannels());
         readArray(chunk, kDepth, film_->depth, shape.ifChannels());
         readArray(chunk, kDepthSamples, film_->depthSamples, shape.ifChannels());
         if (chunk.tag == kOffAxis) {
@@ -191,8 +191,21 @@ private:
         }
         const Shape shape{pixels_, film_->channels.size()};
         const std::uint64_t all = 2 * sizeof(double) * shape.cells() + sizeof(std::uint32_t) * shape.pixels +
-                                  (2 * sizeof(double) + sizeof(std::uint32_t)) * shape.ifChannels();
+                                  (3 * sizeof(double) + sizeof(std::uint32_t) + 1) * shape.ifChannels();
         if (all > kFreeBytes && all / kMostPerByte > bytes_.size()) fail(at, "the file is too small for what it claims to hold");
+    }
+
+    void readSquares(Chunk& chunk, std::size_t count) {
+        if (chunk.tag != kSquares) {
+            readArray(chunk, kSquaresUpper, film_->squares.upper, count);
+            readArray(chunk, kSquaresLower, film_->squares.lower, count);
+            readArray(chunk, kSquaresPart, film_->squares.part, count);
+            return;
+        }
+        std::vector<double> sums;
+        readArray(chunk, kSquares, sums, count);
+        film_->squares.resize(count);
+        for (std::size_t pixel = 0; pixel < count; ++pixel) film_->squares.put(pixel, std::max(0.0, sums[pixel]));
     }
 
     template <class Number>

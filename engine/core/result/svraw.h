@@ -12,7 +12,7 @@
 namespace nemra::core {
 
 /// Version of the form that is written; readers take this one and earlier ones.
-inline constexpr std::uint32_t kSvrawVersion = 1;
+inline constexpr std::uint32_t kSvrawVersion = 2;
 /// First bytes of a file. As in PNG, one that isn't ASCII, and both ends of a line, so that a transfer as text is noticed.
 inline constexpr std::string_view kSvrawMagic{"\x89SVRAW\r\n", 8};
 

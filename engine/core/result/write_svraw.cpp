@@ -149,7 +149,9 @@ Buffer writeSvraw(const Raw& raw) {
     file.array(kHigh, film.high);
     file.array(kLow, film.low);
     file.array(kSamples, film.samples);
-    file.array(kSquares, film.squares);
+    file.array(kSquaresUpper, film.squares.upper);
+    file.array(kSquaresLower, film.squares.lower);
+    file.array(kSquaresPart, film.squares.part);
     file.array(kDepth, film.depth);
     file.array(kDepthSamples, film.depthSamples);
     if (parts.offAxis) file.array(kOffAxis, *parts.offAxis);

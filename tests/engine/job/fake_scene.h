@@ -83,7 +83,9 @@ public:
                     const std::size_t pixel = film.pixel(x, y);
                     for (int c = 0; c < channels; ++c) film.high[film.cell(x, y, c)] += sample(x, y, i, c);
                     const double reference = sample(x, y, i, channels == 3 ? 1 : 0);
-                    film.squares[pixel] += reference * reference;
+                    core::SquareSum squares = film.squares.at(pixel);
+                    add(squares, core::squareSum(reference * reference));
+                    film.squares.put(pixel, squares);
                     film.depth[pixel] += 2.0;
                     film.samples[pixel] += 1;
                     film.depthSamples[pixel] += 1;

@@ -57,7 +57,7 @@ inline std::shared_ptr<core::Film> film(int width, int height, Channels channels
         for (int y = 0; y < height; ++y) {
             for (int c = 0; c < int(film->channels.size()); ++c) film->high[film->cell(x, y, c)] = samples * values(x, y, c);
             const double mean = values(x, y, reference);
-            film->squares[film->pixel(x, y)] = samples * mean * mean + (samples - 1) * (variance ? variance(x, y) : 0.0);
+            film->squares.put(film->pixel(x, y), samples * mean * mean + (samples - 1) * (variance ? variance(x, y) : 0.0));
         }
     }
     return film;
