@@ -25,7 +25,11 @@ struct Channel {
 /// a multiple of a finer quantum, so that both sums are exact and any order of adding gives the same bits
 /// (pre-rounded summation: Demmel and Nguyen, "Parallel Reproducible Summation", IEEE Trans. Computers 64(7), 2015). The same
 /// holds of all other arrays.
+///
+/// A film may be a cut-out of a larger image: its pixels are then those from (left, top) on.
 struct Film {
+    int left = 0;
+    int top = 0;
     int width = 0;
     int height = 0;
     std::vector<Channel> channels;
@@ -37,6 +41,7 @@ struct Film {
     std::vector<double> depth;
     std::vector<std::uint32_t> depthSamples;  ///< per pixel, samples whose first ray met a surface
 
+    /// Counted from the film's own first pixel.
     std::size_t pixel(int x, int y) const noexcept { return static_cast<std::size_t>(x) * height + y; }
     std::size_t cell(int x, int y, int channel) const noexcept { return pixel(x, y) * channels.size() + channel; }
 };

@@ -70,7 +70,7 @@ static int filmStage(const KernelScene& scene, const Batch& batch, const Workspa
         const int local = batch.firstPixel + p;
         const int x = batch.x0 + local / batch.tileHeight;
         const int y = batch.y0 + local % batch.tileHeight;
-        const std::size_t pixel = static_cast<std::size_t>(x) * film.height + y;
+        const std::size_t pixel = static_cast<std::size_t>(x - film.left) * film.height + (y - film.top);
         double* const high = film.high + pixel * sensor.channels;
         double* const low = film.low + pixel * sensor.channels;
         SquareSum squares{film.squaresUpper[pixel], film.squaresLower[pixel], film.squaresPart[pixel]};

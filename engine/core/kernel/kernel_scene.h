@@ -179,6 +179,8 @@ inline constexpr int kBatchPaths = 1024;
 
 /// A film's arrays.
 struct FilmRecord {
+    std::int32_t left;  ///< pixel of the image that the film begins with
+    std::int32_t top;
     std::int32_t height;
     double* high;
     double* low;

@@ -194,10 +194,12 @@ std::size_t Prepared::memory() const noexcept {
            lights_.alias.size() * sizeof(AliasEntry) + responses_.size() * sizeof(float);
 }
 
-std::unique_ptr<Film> Prepared::makeFilm() const {
+std::unique_ptr<Film> Prepared::makeFilm(Tile tile) const {
     auto film = std::make_unique<Film>();
-    film->width = camera_.width;
-    film->height = camera_.height;
+    film->left = tile.x0;
+    film->top = tile.y0;
+    film->width = tile.x1 - tile.x0;
+    film->height = tile.y1 - tile.y0;
     film->channels = sensor_.channels;
     const std::size_t pixels = static_cast<std::size_t>(film->width) * film->height;
     film->high.assign(pixels * film->channels.size(), 0.0);
@@ -234,12 +236,14 @@ void Prepared::returnWorkspace(Workspace* workspace) const noexcept {
 PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
                                        const std::atomic<bool>& cancel) const {
     Counts counts;
-    tile.x0 = std::max(tile.x0, 0);
-    tile.y0 = std::max(tile.y0, 0);
-    tile.x1 = std::min(tile.x1, camera_.width);
-    tile.y1 = std::min(tile.y1, camera_.height);
+    tile.x0 = std::max({tile.x0, film.left, 0});
+    tile.y0 = std::max({tile.y0, film.top, 0});
+    tile.x1 = std::min({tile.x1, film.left + film.width, camera_.width});
+    tile.y1 = std::min({tile.y1, film.top + film.height, camera_.height});
     if (tile.x0 >= tile.x1 || tile.y0 >= tile.y1 || count == 0) return counts;
-    const FilmRecord record{film.height,
+    const FilmRecord record{film.left,
+                            film.top,
+                            film.height,
                             film.high.data(),
                             film.low.data(),
                             film.samples.data(),

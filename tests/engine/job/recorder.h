@@ -17,8 +17,8 @@ namespace nemra::test {
 
 class Recorder {
 public:
-    void attach(core::Renderer& renderer) {
-        core::Dispatcher& callbacks = renderer.callbacks();
+    void attach(core::Renderer& renderer) { attach(renderer.callbacks()); }
+    void attach(core::Dispatcher& callbacks) {
         callbacks.setState(this, [](void* user, NemraRendererState_t state) {
             static_cast<Recorder*>(user)->note([&](Recorder& r) { r.states.push_back(state); });
         });

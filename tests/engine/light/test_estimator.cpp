@@ -6,6 +6,7 @@
 #include <optional>
 #include <random>
 
+#include "engine/core/film/cut_out.h"
 #include "engine/core/result/svraw.h"
 #include "engine/node/read_scene.h"
 #include "tests/engine/light/render_scene.h"
@@ -137,6 +138,22 @@ TEST(Estimator, SquaresSumUpTheSameInAnyOrder) {
     EXPECT_EQ(total(core::SquareSum{}), 0.0);
     EXPECT_EQ(total(core::squareSum(0.0)), 0.0);
     EXPECT_EQ(total(core::squareSum(std::ldexp(3.0, -250))), std::ldexp(3.0, -250));
+}
+
+/// A part of the image rendered on its own is that part of the whole.
+TEST(Determinism, CutOutsAddUpToTheWhole) {
+    const auto scene = prepare(cornell(24));
+    const Rendered whole = render(*scene, 20);
+    const auto sum = scene->makeFilm();
+    const std::atomic<bool> cancel{false};
+    for (const core::PreparedScene::Tile tile :
+         {core::PreparedScene::Tile{9, 0, 24, 24}, {0, 0, 9, 7}, {0, 7, 1, 24}, {1, 7, 9, 24}}) {
+        const auto part = scene->makeFilm(tile);
+        EXPECT_EQ(part->samples.size(), static_cast<std::size_t>(tile.x1 - tile.x0) * (tile.y1 - tile.y0));
+        scene->render(*part, {0, 0, 24, 24}, 0, 20, cancel);  // cut to what the film has
+        core::addCutOut(*sum, *part);
+    }
+    expectSameBits(*whole.film, *sum);
 }
 
 TEST(Determinism, EveryKernelComputesTheSameBits) {

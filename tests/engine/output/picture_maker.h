@@ -75,7 +75,7 @@ public:
     core::QuantityFactors quantities() const noexcept override { return factors; }
     std::shared_ptr<const node::Node> instrument() const noexcept override { return camera; }
     std::size_t memory() const noexcept override { return 0; }
-    std::unique_ptr<core::Film> makeFilm() const override { return std::make_unique<core::Film>(*content); }
+    std::unique_ptr<core::Film> makeFilm(Tile) const override { return std::make_unique<core::Film>(*content); }
     Counts render(core::Film&, Tile, std::uint32_t, std::uint32_t, const std::atomic<bool>&) const override { return {}; }
 };
 
