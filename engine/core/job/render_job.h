@@ -14,6 +14,7 @@
 
 #include "engine/core/job/dispatcher.h"
 #include "engine/core/job/halt_watch.h"
+#include "engine/core/job/job_threads.h"
 #include "engine/core/job/outside_pieces.h"
 #include "engine/core/job/render_clock.h"
 #include "engine/core/job/shared_film.h"
@@ -37,7 +38,7 @@ struct JobPlan {
 ///
 /// Outside workers, such as other machines, take pieces too and deliver them as cut-outs of the film. A limit of samples waits
 /// for what they have in hand, so that each pixel has just as many; everything else that ends or pauses a render doesn't.
-class RenderJob : public std::enable_shared_from_this<RenderJob> {
+class RenderJob : public Stoppable, public std::enable_shared_from_this<RenderJob> {
 public:
     /// Starts the threads. The state is running, and posted, when it returns. Throws std::system_error if no thread can be had.
     static std::shared_ptr<RenderJob> start(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher);
@@ -55,6 +56,7 @@ public:
     void stop();
     /// The end without a result.
     void cancel();
+    void stopForGood() override { cancel(); }
     /// True pauses, false resumes. True if the job is in the wanted state afterwards. A halt condition that has paused the render
     /// doesn't count again after it is resumed, until a new one is set.
     bool setPaused(bool paused);
