@@ -12,8 +12,8 @@ namespace nemra::network {
 
 namespace {
 
-constexpr int kRefusals =
-    ZMQ_EVENT_HANDSHAKE_FAILED_NO_DETAIL | ZMQ_EVENT_HANDSHAKE_FAILED_PROTOCOL | ZMQ_EVENT_HANDSHAKE_FAILED_AUTH;
+/// A client that goes in the middle of its greeting is none of them.
+constexpr int kRefusals = ZMQ_EVENT_HANDSHAKE_FAILED_PROTOCOL | ZMQ_EVENT_HANDSHAKE_FAILED_AUTH;
 
 class RouterListener final : public Listener {
 public:

@@ -80,6 +80,8 @@ void RemoteNode::attend() {
                 said_.clear();
                 log::warning(name_,
                              "the worker is lost: " + session.why() + "; what it had is rendered anew, and it is looked for");
+            } else if (render_->isOver()) {
+                return;
             } else if (link->wasAnswered()) {
                 sayOnce(NEMRA_LOG_WARNING, "turned away: the password isn't the worker's, or this is no worker; trying again");
             } else {
