@@ -83,7 +83,7 @@ def middle(turns):
 
 def big_scene(triangles):
     """The box with a wavy sheet of that many triangles in it, in svbin."""
-    scene = nemra.Scene("big")
+    scene = nemra.nodes.Scene("big")
     assert scene.readBytes(BOX, len(BOX))
     side = int((triangles / 2) ** 0.5) + 1
     x, z = numpy.meshgrid(numpy.linspace(0.1, 0.4, side, dtype=numpy.float32), numpy.linspace(0.1, 0.4, side, dtype=numpy.float32))

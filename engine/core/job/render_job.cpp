@@ -283,7 +283,8 @@ bool RenderJob::deliver(std::uint64_t id, const Film& cutOut, PreparedScene::Cou
     wrong_ += done.wrong;
     const std::lock_guard lock(mutex_);
     --outstanding_;
-    conductor_.notify_all();
+    // A limit may be reached, or an end waited for; results come too often to wake the conductor with each.
+    if (outstanding_ == 0 && (outside_.samples() == 0 || !isLive())) conductor_.notify_all();
     return true;
 }
 

@@ -42,21 +42,22 @@ bool areAtMost(const Array& numbers, Number most) {
 
 }  // namespace
 
-std::size_t cutOutSize(const Film& film) {
-    std::size_t size = 0;
-    visitArrays(film, [&](const auto& array) { size += bytesOf(array); });
-    return size;
+std::uint64_t cutOutSize(std::uint64_t pixels, std::uint64_t channels) noexcept {
+    constexpr std::uint64_t ofCell = 2 * sizeof(double);
+    constexpr std::uint64_t ofPixel =
+        2 * sizeof(std::uint64_t) + sizeof(std::uint8_t) + sizeof(double) + 2 * sizeof(std::uint32_t);
+    return pixels * (channels * ofCell + ofPixel);
 }
 
 std::string cutOutBytes(const Film& film) {
     std::string bytes;
-    bytes.reserve(cutOutSize(film));
+    bytes.reserve(cutOutSize(film.samples.size(), film.channels.size()));
     visitArrays(film, [&](const auto& array) { bytes.append(reinterpret_cast<const char*>(array.data()), bytesOf(array)); });
     return bytes;
 }
 
 bool readCutOut(std::span<const char> bytes, std::uint32_t samples, Film& film) {
-    if (bytes.size() != cutOutSize(film)) return false;
+    if (bytes.size() != cutOutSize(film.samples.size(), film.channels.size())) return false;
     ByteReader reader(bytes);
     visitArrays(film, [&](auto& array) {
         const auto part = reader.take(bytesOf(array));

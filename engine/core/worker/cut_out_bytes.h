@@ -1,6 +1,7 @@
 /// The sums of a part of an image as bytes, from a worker to its client.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 
@@ -8,8 +9,8 @@
 
 namespace nemra::core::worker {
 
-/// Bytes that a film of that size and channels comes to.
-std::size_t cutOutSize(const Film& film);
+/// Bytes that a film of so many pixels and channels comes to.
+std::uint64_t cutOutSize(std::uint64_t pixels, std::uint64_t channels) noexcept;
 std::string cutOutBytes(const Film& film);
 /// Into a film of the size and channels that the bytes were made of. False if they don't fit, or are no sums of at most that many
 /// samples in each pixel; the film is then of no use.

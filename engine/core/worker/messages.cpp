@@ -95,11 +95,6 @@ void fields(Codec& code, M& m) {
     } else if constexpr (std::is_same_v<T, Failed>) {
         code(m.why);
     } else if constexpr (std::is_same_v<T, ResultPart>) {
-        code(m.id);
-        code(m.samples);
-        code(m.wrong);
-        code(m.size);
-        code(m.offset);
         code(m.bytes);
     } else if constexpr (std::is_same_v<T, Said>) {
         code(m.source);

@@ -68,13 +68,8 @@ struct Ready {};
 struct Failed {
     std::string why;
 };
-/// A part of what a piece has come to (cut_out_bytes.h), in order; of several pieces they may be mixed.
+/// The next bytes of the stream of results (result_stream.h).
 struct ResultPart {
-    std::uint64_t id = 0;
-    std::uint64_t samples = 0;
-    std::uint64_t wrong = 0;
-    std::uint64_t size = 0;  ///< bytes of the whole
-    std::uint64_t offset = 0;
     std::span<const char> bytes;  ///< into the message
 };
 struct Said {

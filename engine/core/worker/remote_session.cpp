@@ -28,6 +28,7 @@ RemoteSession::RemoteSession(RemoteRender& render, network::Link& link, std::str
     : render_(render),
       link_(link),
       name_(std::move(name)),
+      channels_(render.scene->makeFilm({0, 0, 1, 1})->channels.size()),
       measuredAt_(Clock::now()),
       lastHeard_(measuredAt_),
       lastTold_(measuredAt_) {}
@@ -35,7 +36,7 @@ RemoteSession::RemoteSession(RemoteRender& render, network::Link& link, std::str
 RemoteSession::~RemoteSession() {
     std::vector<std::uint64_t> ids;
     ids.reserve(open_.size());
-    for (const auto& [id, open] : open_) ids.push_back(id);
+    for (const auto& [id, piece] : open_) ids.push_back(id);
     render_.job->giveBack(ids);
 }
 
@@ -137,7 +138,7 @@ void RemoteSession::askForWork() {
         Work work;
         for (std::size_t i = first; i < std::min(pieces.size(), first + kMostPieces); ++i) {
             work.items.push_back({pieces[i].id, pieces[i].piece});
-            open_.emplace(pieces[i].id, Open{pieces[i].piece, std::nullopt});
+            open_.emplace(pieces[i].id, pieces[i].piece);
             openSamples_ += pieces[i].piece.samples();
         }
         outbox_.push_back(encode(work));
@@ -145,26 +146,29 @@ void RemoteSession::askForWork() {
 }
 
 std::optional<RemoteSession::Ending> RemoteSession::take(const ResultPart& part) {
-    const auto found = open_.find(part.id);
-    if (found == open_.end()) return lose("it sent a result that it wasn't asked for");
-    Open& open = found->second;
-    if (!open.result) {
-        const auto empty = render_.scene->makeFilm(open.piece.tile);
-        if (part.size != cutOutSize(*empty)) return lose("it sent a result of another size");
-        open.result.emplace(part.size);
+    results_.append(part.bytes);
+    while (const auto head = results_.head()) {
+        const auto found = open_.find(head->id);
+        if (found == open_.end()) return lose("it sent a result that it wasn't asked for");
+        if (head->size != cutOutSize(found->second.pixels(), channels_)) return lose("it sent a result of another size");
+        const auto bytes = results_.take(*head);
+        if (!bytes) break;
+        if (!deliver(*head, *bytes)) return lose("it sent a damaged result");
     }
-    if (!open.result->add(part.offset, part.bytes)) return lose("it sent a result in disorder");
-    if (!open.result->isWhole()) return std::nullopt;
-    const auto film = render_.scene->makeFilm(open.piece.tile);
-    const std::uint64_t samples = open.piece.samples();
-    if (part.samples != samples || part.wrong > samples || !readCutOut(open.result->bytes().bytes(), open.piece.count, *film)) {
-        return lose("it sent a damaged result");
-    }
-    render_.job->deliver(part.id, *film, {part.samples, part.wrong});
+    return std::nullopt;
+}
+
+bool RemoteSession::deliver(const ResultHead& head, std::span<const char> bytes) {
+    const auto found = open_.find(head.id);
+    const Piece& piece = found->second;
+    const std::uint64_t samples = piece.samples();
+    const auto film = render_.scene->makeFilm(piece.tile);
+    if (head.samples != samples || head.wrong > samples || !readCutOut(bytes, piece.count, *film)) return false;
+    render_.job->deliver(head.id, *film, {head.samples, head.wrong});
     delivered_ += samples;
     openSamples_ -= samples;
     open_.erase(found);
-    return std::nullopt;
+    return true;
 }
 
 void RemoteSession::measure() {

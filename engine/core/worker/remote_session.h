@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/core/worker/incoming.h"
 #include "engine/core/worker/remote_render.h"
+#include "engine/core/worker/result_stream.h"
 
 namespace nemra::core::worker {
 
@@ -35,13 +35,9 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    struct Open {
-        Piece piece;
-        std::optional<Incoming> result;
-    };
-
     std::optional<Ending> receive(std::span<const char> bytes);
     std::optional<Ending> take(const ResultPart& part);
+    bool deliver(const ResultHead& head, std::span<const char> bytes);
     std::optional<Ending> lose(std::string why);
     void askForWork();
     void tellPause();
@@ -52,14 +48,16 @@ private:
     RemoteRender& render_;
     network::Link& link_;
     const std::string name_;
+    const std::size_t channels_;  ///< of the scene's sensor
     std::string why_;
     std::deque<std::string> outbox_;
-    std::uint64_t sent_ = 0;              ///< bytes of the parcel
-    bool isSending_ = false;              ///< the parcel
-    bool isReady_ = false;                ///< the worker has the scene
-    bool isPaused_ = false;               ///< as the worker knows it
-    std::map<std::uint64_t, Open> open_;  ///< pieces that the worker has
+    std::uint64_t sent_ = 0;               ///< bytes of the parcel
+    bool isSending_ = false;               ///< the parcel
+    bool isReady_ = false;                 ///< the worker has the scene
+    bool isPaused_ = false;                ///< as the worker knows it
+    std::map<std::uint64_t, Piece> open_;  ///< that the worker has
     std::uint64_t openSamples_ = 0;
+    ResultStream results_;
     double target_ = 0.0;          ///< samples that the worker should have in hand
     double rate_ = 0.0;            ///< samples per second
     std::uint64_t delivered_ = 0;  ///< samples since the last measurement

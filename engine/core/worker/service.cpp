@@ -7,6 +7,7 @@
 #include "engine/common/log.h"
 #include "engine/core/api/version.h"
 #include "engine/core/job/settings.h"
+#include "engine/core/worker/result_stream.h"
 #include "engine/core/worker/scene_parcel.h"
 
 namespace nemra::core::worker {
@@ -21,6 +22,8 @@ constexpr std::uint64_t kLargestParcel = std::uint64_t{1} << 31U;
 constexpr std::size_t kTakenBytes = std::size_t{4} << 20U;
 constexpr int kLongestWaitMs = 500;
 constexpr int kStuckWaitMs = 5;
+/// While a job runs: small results are collected for so long.
+constexpr int kCollectMs = 20;
 /// A client that says nothing for so long is taken for dead; clients say something every kAliveEvery.
 constexpr std::chrono::seconds kSilence{12};
 constexpr std::chrono::seconds kAliveEvery{2};
@@ -39,7 +42,8 @@ Service::Service(const network::Network& network, network::Listener& listener, s
 void Service::turn() {
     std::string peer;
     std::string message;
-    const auto event = listener_.wait(isStuck_ ? kStuckWaitMs : kLongestWaitMs, peer, message);
+    const Client* const now = served();
+    const auto event = listener_.wait(isStuck_ ? kStuckWaitMs : now && now->job ? kCollectMs : kLongestWaitMs, peer, message);
     if (event == network::Event::message) receive(peer, message);
     if (event == network::Event::refused) ++refusals_;
     watch();
@@ -170,20 +174,24 @@ void Service::fail(Client& client, const std::string& why) {
 /// From the job's outcomes to messages, as long as these find room.
 void Service::fill(Client& client) {
     if (!client.job || !client.outbox.empty()) return;
+    std::string stream;
+    std::string failure;
     for (auto& outcome : client.job->take(kTakenBytes)) {
         if (auto* const prepared = std::get_if<WorkerJob::Prepared>(&outcome)) {
             parcels_.keepPrepared(client.offer.hash, client.offer.setup, std::move(prepared->scene));
             client.outbox.push_back(encode(Ready{}));
-        } else if (const auto* const failure = std::get_if<WorkerJob::Failure>(&outcome)) {
-            return fail(client, failure->why);
+        } else if (auto* const failed = std::get_if<WorkerJob::Failure>(&outcome)) {
+            failure = std::move(failed->why);
         } else if (const auto* const result = std::get_if<WorkerJob::Result>(&outcome)) {
-            const std::span<const char> bytes = result->bytes;
-            for (std::size_t at = 0; at < bytes.size(); at += kPartBytes) {
-                client.outbox.push_back(encode(ResultPart{result->id, result->counts.samples, result->counts.wrong, bytes.size(),
-                                                          at, bytes.subspan(at, std::min(kPartBytes, bytes.size() - at))}));
-            }
+            appendResult(stream, {result->id, result->counts.samples, result->counts.wrong, result->bytes.size()}, result->bytes);
         }
     }
+    for (std::span<const char> rest = stream; !rest.empty();) {
+        const auto part = rest.first(std::min(kPartBytes, rest.size()));
+        client.outbox.push_back(encode(ResultPart{part}));
+        rest = rest.subspan(part.size());
+    }
+    if (!failure.empty()) fail(client, failure);
 }
 
 /// False if the client is gone.

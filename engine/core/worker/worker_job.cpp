@@ -122,12 +122,16 @@ bool WorkerJob::waitWhilePaused() {
 }
 
 void WorkerJob::post(Outcome outcome) {
+    bool isUrgent = true;
     {
         const std::lock_guard lock(mutex_);
-        if (const auto* const result = std::get_if<Result>(&outcome)) outcomeBytes_ += result->bytes.size();
+        if (const auto* const result = std::get_if<Result>(&outcome)) {
+            const std::size_t before = std::exchange(outcomeBytes_, outcomeBytes_ + result->bytes.size());
+            isUrgent = before < kPartBytes && outcomeBytes_ >= kPartBytes;
+        }
         outcomes_.push_back(std::move(outcome));
     }
-    changed_();
+    if (isUrgent) changed_();
 }
 
 std::vector<WorkerJob::Outcome> WorkerJob::take(std::size_t bytes) {

@@ -108,7 +108,7 @@ TEST(OutsideWorkers, WhateverTheyLoseAndInWhatOrderTheyDeliverTheResultIsThatOfO
                 }
             });
         }
-        const bool finished = run.recorder.waitForFinish();
+        const bool finished = run.recorder.waitFor([](const Recorder& r) { return !r.finished.empty(); }, 60000);
         run.job->stop();  // the workers must end in any case
         for (std::thread& worker : workers) worker.join();
         ASSERT_TRUE(finished);

@@ -6,6 +6,7 @@
 #include "engine/core/worker/incoming.h"
 #include "engine/core/worker/messages.h"
 #include "engine/core/worker/remote_address.h"
+#include "engine/core/worker/result_stream.h"
 #include "engine/network/network.h"
 
 namespace nemra::test {
@@ -29,7 +30,7 @@ std::vector<std::string> examples() {
                                         Need{17},
                                         Ready{},
                                         Failed{"why"},
-                                        ResultPart{7, 256, 1, 4096, 96, part},
+                                        ResultPart{part},
                                         Said{"source", "text", NEMRA_LOG_ERROR},
                                         Alive{}};
     std::vector<std::string> bytes;
@@ -79,7 +80,7 @@ TEST(WorkerMessages, TheLargestFitTheNetwork) {
     const std::string part(kPartBytes, 'p');
     Work work;
     work.items.resize(kMostPieces);
-    for (const Message& message : {Message(ScenePart{0, part}), Message(ResultPart{0, 0, 0, 0, 0, part}), Message(work),
+    for (const Message& message : {Message(ScenePart{0, part}), Message(ResultPart{part}), Message(work),
                                    Message(Said{std::string(1 << 20, 's'), std::string(1 << 20, 't'), 0})}) {
         const std::string bytes = encode(message);
         EXPECT_LE(bytes.size(), network::kLargestMessage);
@@ -97,6 +98,28 @@ TEST(WorkerMessages, PartsAreTakenInOrderAndNoFurtherThanAnnounced) {
     EXPECT_TRUE(incoming.add(4, std::string("123456")));
     EXPECT_TRUE(incoming.isWhole());
     EXPECT_EQ(incoming.bytes().text(), "abcd123456");
+}
+
+TEST(WorkerMessages, ResultsComeOutOfTheStreamHoweverItWasCut) {
+    std::string stream;
+    appendResult(stream, {1, 2, 3, 5}, std::string("small"));
+    appendResult(stream, {4, 5, 6, 1000}, std::string(1000, 'l'));
+    appendResult(stream, {7, 0, 0, 0}, {});
+    for (const std::size_t step : {1UL, 7UL, 40UL, 2000UL}) {
+        ResultStream results;
+        std::vector<std::uint64_t> found;
+        for (std::size_t at = 0; at < stream.size(); at += step) {
+            results.append(std::span<const char>(stream).subspan(at, std::min(step, stream.size() - at)));
+            while (const auto head = results.head()) {
+                const auto bytes = results.take(*head);
+                if (!bytes) break;
+                EXPECT_EQ(bytes->size(), head->size);
+                found.push_back(head->id);
+            }
+        }
+        EXPECT_EQ(found, (std::vector<std::uint64_t>{1, 4, 7})) << step;
+        EXPECT_FALSE(results.head());
+    }
 }
 
 TEST(RemoteAddress, HostPortAndBrackets) {
