@@ -6,6 +6,7 @@ the time from start to the first sample. Ratios within one run; the middle of se
 
 import argparse
 import contextlib
+import io
 import os
 import pathlib
 import statistics
@@ -49,13 +50,12 @@ def renderer(scene, addresses=(), threads=0):
 
 
 def rate(scene, seconds, **nodes):
-    """Samples per second, from one second after the first sample on."""
+    """Samples per second, from 64 samples per pixel on: before that passes over the image are shorter, and more of them travel."""
     made, ended = renderer(scene, **nodes)
     assert made.startData(scene, len(scene))
     samples = nemra.Renderer.samples
-    while made.getStatistic(samples) == 0:
+    while made.getStatistic(nemra.Renderer.spp) < 64:
         time.sleep(0.005)
-    time.sleep(1.0)
     began, before = time.monotonic(), made.getStatistic(samples)
     time.sleep(seconds)
     result = (made.getStatistic(samples) - before) / (time.monotonic() - began)
@@ -84,17 +84,19 @@ def middle(turns):
 def big_scene(triangles):
     """The box with a wavy sheet of that many triangles in it, in svbin."""
     scene = nemra.nodes.Scene("big")
-    assert scene.readBytes(BOX, len(BOX))
+    assert scene.readBytes(BOX)
     side = int((triangles / 2) ** 0.5) + 1
     x, z = numpy.meshgrid(numpy.linspace(0.1, 0.4, side, dtype=numpy.float32), numpy.linspace(0.1, 0.4, side, dtype=numpy.float32))
     y = 0.1 + 0.02 * numpy.sin(60 * x) * numpy.sin(60 * z)
     corner = (numpy.arange(side - 1)[:, None] * side + numpy.arange(side - 1)[None, :]).ravel()
     indices = numpy.stack([corner, corner + 1, corner + side, corner + 1, corner + side + 1, corner + side], -1).reshape(-1, 3)
-    mesh = nemra.Mesh("sheet", numpy.stack([x, y, z], -1).reshape(-1, 3), indices.astype(numpy.uint32))
+    mesh = nemra.nodes.geometries.Mesh("sheet", numpy.stack([x, y, z], -1).reshape(-1, 3), indices.astype(numpy.uint32))
     mesh.setMaterialName("white")
     scene.add(mesh)
-    scene.add(nemra.Instance("sheet", "sheet"))
-    return bytes(scene.writeBytes(nemra.SVBIN))
+    scene.add(nemra.nodes.Instance("sheet"))
+    written = io.BytesIO()
+    scene.write(written, scene.SVBIN)
+    return written.getvalue()
 
 
 def main():
