@@ -10,6 +10,7 @@ import sys
 import threading
 import time
 
+import numpy
 import pytest
 from workers import PASSWORD, SLOW, Render, Worker
 
@@ -262,12 +263,22 @@ class TestFaults:
                 render.messages.clear()
             assert bits(render.result(120)) == local_bits(400)
 
+    def test_connection_cut_while_the_scene_travels(self, local_bits):
+        """A scene of several megabytes that no compression makes small."""
+        mesh = "".join(f"{x:.9f} " for x in numpy.random.default_rng(1).random(300_000))
+        large = SCENE.replace(b"</scene>", f'<mesh name="dust"><vertices>{mesh}</vertices><triangles>0 1 2</triangles></mesh></scene>'.encode())
+        with Worker() as worker, CuttingProxy(worker.port, after=500_000) as proxy:
+            render = Render(large, [f"127.0.0.1:{proxy.port}"], spp=2)
+            assert bits(render.result()) == local_bits(2)
+            assert render.says("the worker is lost")
+
 
 class CuttingProxy:
-    """Passes bytes between a port of its own and another one, until it cuts all connections."""
+    """Passes bytes between a port of its own and another one, until it cuts all connections: when it is told to, or by itself
+    after that many bytes have passed to the other port."""
 
-    def __init__(self, to):
-        self._to, self._open = to, []
+    def __init__(self, to, after=None):
+        self._to, self._after, self._open = to, after, []
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
         threading.Thread(target=self._accept, daemon=True).start()
@@ -280,12 +291,17 @@ class CuttingProxy:
             except OSError:
                 return
             self._open += [near, far]
-            for one, other in ((near, far), (far, near)):
-                threading.Thread(target=self._pass, args=(one, other), daemon=True).start()
+            for one, other, counts in ((near, far, True), (far, near, False)):
+                threading.Thread(target=self._pass, args=(one, other, counts), daemon=True).start()
 
-    def _pass(self, one, other):
+    def _pass(self, one, other, counts):
         try:
             while data := one.recv(65536):
+                if counts and self._after is not None:
+                    self._after -= len(data)
+                    if self._after < 0:
+                        self._after = None
+                        self.cut()
                 other.sendall(data)
         except OSError:
             pass
