@@ -1,5 +1,6 @@
 #include "engine/core/job/load_scene.h"
 
+#include "engine/core/job/fingerprint.h"
 #include "engine/core/library/libraries.h"
 #include "engine/node/import/load_imports.h"
 #include "engine/node/read_scene.h"
@@ -13,7 +14,8 @@ std::shared_ptr<const PreparedScene> prepare(node::Scene& scene, const std::stri
     // Half a scene would give a wrong picture.
     if (!node::loadImports(scene, path, node::Unknown::refuse)) return nullptr;
     Libraries libraries(settings.libraryPaths);
-    return prepareScene(scene, settings.setup, &libraries);
+    const std::uint64_t fingerprint = settings.resume ? fingerprintOf(scene, settings.setup) : 0;
+    return prepareScene(scene, settings.setup, &libraries, fingerprint);
 }
 
 }  // namespace

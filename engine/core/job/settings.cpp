@@ -33,6 +33,15 @@ bool toFlag(std::string_view value, bool& flag) {
     return true;
 }
 
+template <class Number>
+bool toNumber(std::string_view value, Number& number) {
+    Number read{};
+    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), read);
+    if (fault != std::errc() || end != value.data() + value.size() || !(read - read == Number{})) return false;
+    number = read;
+    return true;
+}
+
 }  // namespace
 
 bool Settings::set(std::string_view name, std::string_view value, std::string& why) {
@@ -48,10 +57,15 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
         outputFile = value;
     } else if (name == "output_raw") {
         return toFlag(value, outputRaw) || wrong("\"true\" or \"false\"");
+    } else if (name == "resume") {
+        return toFlag(value, resume) || wrong("\"true\" or \"false\"");
+    } else if (name == "save_interval") {
+        return toNumber(value, saveInterval) || wrong("a number of seconds");
+    } else if (name == "halt_noise") {
+        return toNumber(value, haltNoise) || wrong("a number");
     } else if (name == "num_threads") {
         int count = 0;
-        const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), count);
-        if (fault != std::errc() || end != value.data() + value.size()) return wrong("a whole number");
+        if (!toNumber(value, count)) return wrong("a whole number");
         threads = std::min(count, kMostThreads);
     } else if (name == "remote_host") {
         remoteHost = value;
