@@ -14,12 +14,16 @@ public:
 
     void set(const HaltCondition& condition) noexcept {
         condition_ = condition;
-        done_ = false;
+        done_ = quiet_ = false;
         ++generation_;
     }
     const HaltCondition& condition() const noexcept { return condition_; }
     /// Conditions set so far; tells whether another one came meanwhile.
     std::uint64_t generation() const noexcept { return generation_; }
+
+    /// The noise is as low as it was to be.
+    void setQuiet() noexcept { quiet_ = true; }
+    bool isQuiet() const noexcept { return quiet_ && !done_; }
 
     void setDone() noexcept { done_ = true; }
     bool isDone() const noexcept { return done_; }
@@ -33,6 +37,7 @@ public:
 private:
     HaltCondition condition_;
     bool done_ = false;
+    bool quiet_ = false;
     std::uint64_t generation_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "engine/common/log.h"
+#include "engine/core/job/fingerprint.h"
 #include "engine/core/library/libraries.h"
 #include "engine/core/worker/scene_parcel.h"
 #include "engine/node/import/load_imports.h"
@@ -17,7 +18,8 @@ LoadedScene prepare(node::Scene& scene, const std::string& path, const Settings&
     // Half a scene would give a wrong picture.
     if (!node::loadImports(scene, path, node::Unknown::refuse)) return {};
     Libraries libraries(settings.libraryPaths);
-    LoadedScene loaded{prepareScene(scene, settings.setup, &libraries), nullptr};
+    const std::uint64_t fingerprint = settings.resume ? fingerprintOf(scene, settings.setup) : 0;
+    LoadedScene loaded{prepareScene(scene, settings.setup, &libraries, fingerprint), nullptr};
     if (!loaded.prepared || !wantsParcel) return loaded;
     try {
         loaded.parcel = std::make_shared<const Buffer>(worker::packScene(scene, libraries.taken()));

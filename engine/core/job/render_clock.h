@@ -11,6 +11,9 @@ class RenderClock {
 public:
     using Clock = std::chrono::steady_clock;
 
+    /// `before`: s, of an earlier render that is gone on with.
+    explicit RenderClock(double before = 0.0) : before_(before) {}
+
     /// `samples` are those rendered so far.
     void run(Clock::time_point now, std::uint64_t samples) noexcept;
     void rest(Clock::time_point now) noexcept;

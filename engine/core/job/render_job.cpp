@@ -35,19 +35,55 @@ auto ticks(double seconds) {
     return std::chrono::duration_cast<Duration>(Seconds(seconds));
 }
 
+TileGrid gridOf(const JobPlan& plan) {
+    const int width = plan.scene->width();
+    const int height = plan.scene->height();
+    if (plan.from) return {width, height, plan.from->progress->tileSize};
+    return TileGrid::fitting(width, height, std::max(1, plan.threads) + (plan.hasOutsideWorkers ? kOutsideThreads : 0));
+}
+
+/// Of a film that account is kept of.
+RenderCounts countsOf(const Film& film, const std::vector<Piece>& done, double time) {
+    RenderCounts counts{time, 0, 0};
+    for (const Piece& piece : done) counts.samples += piece.samples();
+    counts.wrong = counts.samples - std::accumulate(film.samples.begin(), film.samples.end(), std::uint64_t{0});
+    return counts;
+}
+
+/// Here, so that the host doesn't wait for it at its first pixel.
+void makeView(const Raw& raw) {
+    try {
+        raw.view();
+    } catch (const std::bad_alloc&) {
+        // Without a view there is still a result, which can be kept, and read when there is memory again.
+    }
+}
+
 }  // namespace
 
 RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
-    : scene_(std::move(plan.scene)),
+    : scene_(plan.scene),
       dispatcher_(std::move(dispatcher)),
       pixels_(static_cast<double>(scene_->width()) * scene_->height()),
       threads_(std::max(plan.hasOutsideWorkers ? 0 : 1, plan.threads)),
       outputFile_(std::move(plan.outputFile)),
       outputRaw_(plan.outputRaw),
-      film_(*scene_,
-            TileGrid::fitting(scene_->width(), scene_->height(), threads_ + (plan.hasOutsideWorkers ? kOutsideThreads : 0))),
+      resumable_(plan.resumable),
+      film_(*scene_, gridOf(plan)),
       schedule_(film_.grid()),
-      halt_(plan.halt) {}
+      halt_(plan.halt),
+      noise_(plan.haltNoise),
+      clock_(plan.from ? plan.from->time : 0.0) {
+    if (!resumable_) return;
+    film_.keepAccount(plan.from.get());
+    schedule_.goOnFrom(film_.done());
+    if (plan.from) {
+        const RenderCounts before = countsOf(*plan.from->film, plan.from->progress->done, plan.from->time);
+        samples_ = before.samples;
+        wrong_ = before.wrong;
+    }
+    if (plan.saveInterval > 0.0) autoSave_ = std::make_unique<AutoSave>(finalSvrawName(outputFile_), plan.saveInterval);
+}
 
 std::shared_ptr<RenderJob> RenderJob::start(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher) {
     auto job = std::make_shared<RenderJob>(std::move(plan), std::move(dispatcher));
@@ -69,6 +105,9 @@ void RenderJob::begin() {
         updateInterval_ = kFirstUpdateSeconds;
         nextUpdate_ = Clock::now() + ticks<Clock::duration>(kFirstUpdateSeconds);
         setState(NEMRA_RENDERER_RUNNING, Dispatcher::From::host);
+    }
+    if (autoSave_ && startJobThreads(self, "nemra-save", 1, [self] { self->guardThread(&RenderJob::autoSave); }) == 0) {
+        log::warning("renderer", "the system gave no thread to save results");
     }
     wake();
     if (started < threads_) {
@@ -237,6 +276,16 @@ void RenderJob::renderPiece(const Piece& piece) {
     }
 }
 
+// ---- Saving ------------------------------------------------------------------------------------------------------------------
+
+void RenderJob::autoSave() {
+    std::uint64_t saved = samples_;
+    autoSave_->run([&]() -> std::shared_ptr<Raw> {
+        const std::uint64_t now = samples_;
+        return std::exchange(saved, now) == now ? nullptr : makeRaw(film_.copy(*scene_));
+    });
+}
+
 // ---- Outside workers ---------------------------------------------------------------------------------------------------------
 
 std::vector<RenderJob::HandedOut> RenderJob::takePieces(std::uint64_t samples) {
@@ -341,6 +390,11 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
     }
     const auto now = Clock::now();
     if (now >= nextStatistics_) tickStatistics(now);
+    const bool looksAtNoise = noise_.isOn() && !halt_.isDone();
+    if (looksAtNoise && now >= noise_.next()) {
+        lookAtNoise(lock);
+        return;  // much may have changed meanwhile
+    }
     const bool isDue = now >= nextUpdate_;
     if (isDue) {
         updateInterval_ = std::min(updateInterval_ * kUpdateGrowth, kLongestUpdateSeconds);
@@ -348,9 +402,10 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
     }
     if (std::exchange(updateRequested_, false) || isDue) {
         postUpdate(lock);
-        return;  // much may have changed meanwhile
+        return;
     }
     auto until = std::min(nextStatistics_, nextUpdate_);
+    if (looksAtNoise) until = std::min(until, noise_.next());
     if (halt_.waitsForTime()) {
         const double left = std::min(halt_.secondsLeft(clock_.elapsed(now)), 1.0e6);
         until = std::min(until, now + ticks<Clock::duration>(left) + std::chrono::microseconds(1));
@@ -358,9 +413,17 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
     conductor_.wait_until(lock, until);
 }
 
+void RenderJob::lookAtNoise(std::unique_lock<std::mutex>& lock) {
+    const std::uint64_t generation = halt_.generation();
+    lock.unlock();
+    const bool isQuiet = noise_.isQuiet(film_);
+    lock.lock();
+    if (isQuiet && generation == halt_.generation()) halt_.setQuiet();
+}
+
 bool RenderJob::haltReached() const {
     if (halt_.isDone()) return false;
-    if (halt_.isTimeUp(clock_.elapsed(Clock::now()))) return true;
+    if (halt_.isQuiet() || halt_.isTimeUp(clock_.elapsed(Clock::now()))) return true;
     const std::uint32_t limit = halt_.sampleLimit();
     return outstanding_ == 0 && !outside_.anyBelow(limit) && schedule_.allHandedOut(limit);
 }
@@ -411,7 +474,9 @@ void RenderJob::finish(std::unique_lock<std::mutex>& lock) {
     const bool writes = !silent_ && !outputFile_.empty();
     std::shared_ptr<Raw> raw;
     lock.unlock();
+    if (autoSave_) autoSave_->end();
     if (isNews || writes) raw = makeRaw(film_.release());
+    if (isNews) makeView(*raw);
     if (writes) writeFinal(*raw, outputFile_, outputRaw_);
     lock.lock();
     setState(NEMRA_RENDERER_IDLE, Dispatcher::From::engine);
@@ -437,6 +502,9 @@ void RenderJob::endWithoutResult() {
     std::unique_lock lock(mutex_);
     if (isLive()) beginStopping(Dispatcher::From::engine);
     wakeWithout(lock);
+    lock.unlock();
+    if (autoSave_) autoSave_->end();
+    lock.lock();
     conductor_.wait(lock, [&] { return outstanding_ == 0; });
     if (state_ == NEMRA_RENDERER_STOPPING) setState(NEMRA_RENDERER_IDLE, Dispatcher::From::engine);
     if (!silent_ && !finishPosted_) dispatcher_->postFinish(nullptr);
@@ -464,17 +532,18 @@ void RenderJob::tickStatistics(Clock::time_point now) {
     dispatcher_->postStatistics();
 }
 
-std::shared_ptr<Raw> RenderJob::makeRaw(std::shared_ptr<const Film> film) const {
+std::shared_ptr<Raw> RenderJob::makeRaw(FilmState state) const {
     RenderCounts now;
     {
         const std::lock_guard lock(mutex_);
         now = counts(Clock::now());
     }
-    auto raw = std::make_shared<Raw>(std::move(film), *scene_, now);
-    try {
-        raw->view();  // made here, so that the host doesn't wait for it at its first pixel
-    } catch (const std::bad_alloc&) {
-        // Without a view there is still a result, which can be kept, and read when there is memory again.
+    // What was counted meanwhile isn't in this film.
+    if (resumable_) now = countsOf(*state.film, state.done, now.time);
+    auto raw = std::make_shared<Raw>(std::move(state.film), *scene_, now);
+    if (resumable_) {
+        raw->setProgress(std::make_shared<const RenderProgress>(
+            RenderProgress{scene_->fingerprint(), film_.grid().size, std::move(state.done)}));
     }
     return raw;
 }
@@ -482,7 +551,9 @@ std::shared_ptr<Raw> RenderJob::makeRaw(std::shared_ptr<const Film> film) const 
 /// The result so far; null if there is no memory for it.
 std::shared_ptr<Raw> RenderJob::snapshot() const {
     try {
-        return makeRaw(film_.copy(*scene_));
+        auto raw = makeRaw(film_.copy(*scene_));
+        makeView(*raw);
+        return raw;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

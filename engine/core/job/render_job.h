@@ -12,9 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "engine/core/job/auto_save.h"
 #include "engine/core/job/dispatcher.h"
 #include "engine/core/job/halt_watch.h"
 #include "engine/core/job/job_threads.h"
+#include "engine/core/job/noise.h"
 #include "engine/core/job/outside_pieces.h"
 #include "engine/core/job/render_clock.h"
 #include "engine/core/job/shared_film.h"
@@ -28,8 +30,12 @@ struct JobPlan {
     int threads = 1;                 ///< of our own; without outside workers at least one
     bool hasOutsideWorkers = false;  ///< others take pieces of this render
     HaltCondition halt;
-    std::string outputFile;  ///< absolute; "" for none
-    bool outputRaw = false;  ///< the file takes the sensor's channels instead of the output node's picture
+    double haltNoise = 0.0;     ///< ends the render as `halt` does, see relativeNoise; 0 or below for none
+    std::string outputFile;     ///< absolute; "" for none
+    bool outputRaw = false;     ///< the file takes the sensor's channels instead of the output node's picture
+    bool resumable = false;     ///< a later render can go on from the results, and they are saved meanwhile; needs a svraw file
+    double saveInterval = 0.0;  ///< s between saved results; 0 or below for none but the last
+    std::shared_ptr<const ResumePoint> from;  ///< what to go on from; null for the beginning
 };
 
 /// States go by these arrows only: running to paused and back, both to stopping, stopping to idle. Render threads take tiles, one
@@ -91,6 +97,7 @@ private:
     using Clock = RenderClock::Clock;
 
     void work();
+    void autoSave();
     void guardThread(void (RenderJob::*body)());
     void renderPiece(const Piece& piece);
     bool isLive() const noexcept { return state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED; }
@@ -98,6 +105,7 @@ private:
     void wakeWithout(std::unique_lock<std::mutex>& lock) const;
     bool waitWhilePaused();
     void conduct();
+    void lookAtNoise(std::unique_lock<std::mutex>& lock);
     void whileRunning(std::unique_lock<std::mutex>& lock);
     bool haltReached() const;
     void halt(std::unique_lock<std::mutex>& lock);
@@ -107,7 +115,7 @@ private:
     void setState(NemraRendererState_t state, Dispatcher::From from);
     void beginStopping(Dispatcher::From from);
     void tickStatistics(Clock::time_point now);
-    std::shared_ptr<Raw> makeRaw(std::shared_ptr<const Film> film) const;
+    std::shared_ptr<Raw> makeRaw(FilmState state) const;
     std::shared_ptr<Raw> snapshot() const;
     RenderCounts counts(Clock::time_point now) const;
     void giveBackScene();
@@ -118,6 +126,8 @@ private:
     const int threads_;
     const std::string outputFile_;
     const bool outputRaw_;
+    const bool resumable_;
+    std::unique_ptr<AutoSave> autoSave_;        ///< null for none
     std::vector<std::function<void()>> wakes_;  ///< unchanged from begin() on
 
     SharedFilm film_;
@@ -137,10 +147,11 @@ private:
     HaltWatch halt_;
     bool silent_ = false;  ///< cancelled: no result is wanted
     bool updateRequested_ = false;
+    NoiseWatch noise_;            ///< the conductor's own
     bool saidNoUpdates_ = false;  ///< the conductor's own
     bool finishPosted_ = false;
     std::uint64_t samplesAtFinish_ = 0;  ///< that the last posted finish showed
-    RenderClock clock_;
+    RenderClock clock_;                  ///< with the time of the render that this one goes on from
     Clock::time_point nextStatistics_;
     Clock::time_point nextUpdate_;
     double updateInterval_ = 1.0;  ///< s

@@ -10,12 +10,25 @@
 #include "engine/common/workdir.h"
 #include "engine/core/worker/load_network.h"
 #include "engine/core/worker/remote_nodes.h"
+#include "engine/core/output/write_result.h"
 
 namespace nemra::core {
 
 namespace {
 
 constexpr const char* kSource = "renderer";
+
+/// Plans to go on where an earlier render of the scene was saved. False after one error message.
+bool planResume(const Settings& settings, JobPlan& plan) {
+    const std::string file = plan.outputRaw && !plan.outputFile.empty() ? finalSvrawName(plan.outputFile) : "";
+    if (file.empty()) {
+        log::error(kSource, "the parameter \"resume\" needs \"output_raw\", and an \"output_file_name\" for a svraw file");
+        return false;
+    }
+    plan.resumable = true;
+    plan.saveInterval = settings.saveInterval;
+    return findResumePoint(file, *plan.scene, plan.from);
+}
 
 }  // namespace
 
@@ -148,6 +161,8 @@ bool Renderer::startChecked(const Loader& load) {
     }
     plan.outputFile = settings.outputFile.empty() ? "" : resolvePath(settings.outputFile);
     plan.outputRaw = settings.outputRaw;
+    plan.haltNoise = settings.haltNoise;
+    if (settings.resume && !planResume(settings, plan)) return false;
 
     std::shared_ptr<RenderJob> before;
     std::shared_ptr<RenderJob> job;

@@ -23,11 +23,12 @@ bool toFlag(std::string_view value, bool& flag) {
     return true;
 }
 
-bool toSeconds(std::string_view value, double& seconds) {
-    double number = 0.0;
-    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), number);
-    if (fault != std::errc() || end != value.data() + value.size() || !(number >= 0.0)) return false;
-    seconds = number;
+template <class Number>
+bool toNumber(std::string_view value, Number& number) {
+    Number read{};
+    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), read);
+    if (fault != std::errc() || end != value.data() + value.size() || !(read - read == Number{})) return false;
+    number = read;
     return true;
 }
 
@@ -46,6 +47,12 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
         outputFile = value;
     } else if (name == "output_raw") {
         return toFlag(value, outputRaw) || wrong("\"true\" or \"false\"");
+    } else if (name == "resume") {
+        return toFlag(value, resume) || wrong("\"true\" or \"false\"");
+    } else if (name == "save_interval") {
+        return toNumber(value, saveInterval) || wrong("a number of seconds");
+    } else if (name == "halt_noise") {
+        return toNumber(value, haltNoise) || wrong("a number");
     } else if (name == "num_threads") {
         return toThreads(value, threads) || wrong("a whole number");
     } else if (name == "remote_host") {
@@ -53,7 +60,7 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
     } else if (name == "password") {
         password = value;
     } else if (name == "remote_patience") {
-        return toSeconds(value, remotePatience) || wrong("a number of seconds");
+        return toNumber(value, remotePatience) || wrong("a number of seconds");
     } else if (name == "local_remote_server") {
         return toFlag(value, localRemoteServer) || wrong("\"true\" or \"false\"");
     } else {
@@ -74,10 +81,8 @@ std::vector<std::string> splitPaths(std::string_view list) {
 }
 
 bool toThreads(std::string_view value, int& threads) {
-    int count = 0;
-    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), count);
-    if (fault != std::errc() || end != value.data() + value.size()) return false;
-    threads = std::min(count, kMostThreads);
+    if (!toNumber(value, threads)) return false;
+    threads = std::min(threads, kMostThreads);
     return true;
 }
 

@@ -13,6 +13,9 @@ struct Settings {
     std::string setup;                      ///< "setup": name of the setup to render, "" for the scene's own choice
     std::string outputFile;                 ///< "output_file_name": where the last result goes, "" for nowhere
     bool outputRaw = false;                 ///< "output_raw"
+    bool resume = false;                    ///< "resume": go on from the file of an earlier render, and save it while rendering
+    double saveInterval = 60.0;             ///< "save_interval", s: how often; zero or below for never
+    double haltNoise = 0.0;                 ///< "halt_noise": see relativeNoise; zero or below for none
     int threads = 0;                        ///< "num_threads": zero or below for all cores
     std::string remoteHost;                 ///< "remote_host": host:port of a worker
     bool localRemoteServer = false;         ///< "local_remote_server": a worker in this process instead

@@ -10,17 +10,18 @@ namespace nemra::core {
 
 /// Square tiles, row by row from the top left; those at the right and at the bottom may be cut off.
 struct TileGrid {
+    static constexpr int kLargest = 16;  ///< small enough that a tile's film stays in a core's cache
+    static constexpr int kSmallest = 4;
+
     int width = 0;  ///< of the image
     int height = 0;
     int size = 1;  ///< of a tile
 
     /// `atOnce` threads will each want a tile of its own: small images get smaller tiles.
     static TileGrid fitting(int width, int height, int atOnce) noexcept {
-        constexpr int largest = 16;  // small enough that a tile's film stays in a core's cache
-        constexpr int smallest = 4;
         constexpr std::size_t tilesPerThread = 4;
-        TileGrid grid{width, height, largest};
-        while (grid.size > smallest && grid.count() < static_cast<std::size_t>(atOnce) * tilesPerThread) grid.size /= 2;
+        TileGrid grid{width, height, kLargest};
+        while (grid.size > kSmallest && grid.count() < static_cast<std::size_t>(atOnce) * tilesPerThread) grid.size /= 2;
         return grid;
     }
 

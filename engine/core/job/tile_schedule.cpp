@@ -22,6 +22,15 @@ std::optional<Piece> cutBehind(Piece& piece, std::uint32_t count) {
 
 TileSchedule::TileSchedule(TileGrid grid) : grid_(grid), nextSample_(grid.count(), 0) {}
 
+void TileSchedule::goOnFrom(const std::vector<DoneSamples>& done) {
+    handedOut_ = 0;
+    for (std::size_t i = 0; i < nextSample_.size(); ++i) {
+        nextSample_[i] = done[i].end();
+        handedOut_ += Piece{grid_.tile(i), 0, nextSample_[i]}.samples();
+        for (const Piece& piece : done[i].missing()) giveBack(piece);
+    }
+}
+
 std::optional<Piece> TileSchedule::next(std::uint32_t limit, const Wish& wish) {
     limit = std::min(limit, HaltCondition::kEndOfSamples);
     auto piece = nextReturned(limit);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "engine/core/job/done_samples.h"
 #include "engine/core/job/piece.h"
 #include "engine/core/job/tile_grid.h"
 
@@ -16,6 +17,9 @@ namespace nemra::core {
 class TileSchedule {
 public:
     explicit TileSchedule(TileGrid grid);
+
+    /// Begins with what isn't done yet; `done` has one for each tile.
+    void goOnFrom(const std::vector<DoneSamples>& done);
 
     /// What a piece should be like. A pass that is longer than `least` isn't cut short for it; `most` is kept to, but for a
     /// piece having at least one sample of each of its pixels.

@@ -113,6 +113,19 @@ bool write(Encode encoder, const Raw& raw, const std::string& format, const std:
     return bytes && writeFileWhole(path, bytes->span());
 }
 
+struct FinalName {
+    std::string name;
+    std::string format;
+};
+
+/// What a render's last result is called where the wanted name leaves the format open.
+FinalName finalName(std::string name, const char* format) {
+    const std::string extension = extensionOf(name);
+    if (extension == "auto") name.resize(name.size() - std::string_view(".auto").size());
+    if (!extension.empty() && extension != "auto") return {std::move(name), extension};
+    return {name + "." + format, format};
+}
+
 }  // namespace
 
 ClassTable<OutputFormats>& outputClasses() {
@@ -157,15 +170,14 @@ bool writeAuto(const Raw& raw, const std::string& path) {
 }
 
 bool writeFinal(const Raw& raw, const std::string& path, bool asRaw) {
-    std::string name = path;
-    std::string extension = extensionOf(path);
-    if (extension == "auto") name.resize(name.size() - std::string_view(".auto").size());
-    if (extension.empty() || extension == "auto") {
-        const auto formats = outputFormats(raw);
-        extension = asRaw || formats.empty() ? "svraw" : formats.front();
-        name += "." + extension;
-    }
-    return asRaw ? writeRaw(raw, name, extension) : writeAuto(raw, name);
+    const auto formats = outputFormats(raw);
+    const FinalName final = finalName(path, asRaw || formats.empty() ? "svraw" : formats.front());
+    return asRaw ? writeRaw(raw, final.name, final.format) : writeAuto(raw, final.name);
+}
+
+std::string finalSvrawName(const std::string& path) {
+    const FinalName final = finalName(path, "svraw");
+    return formatNamed(final.format) == "svraw" ? final.name : "";
 }
 
 }  // namespace nemra::core

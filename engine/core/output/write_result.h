@@ -48,5 +48,7 @@ bool writeRaw(const Raw& raw, const std::string& path, std::string_view format);
 bool writeAuto(const Raw& raw, const std::string& path);
 /// The last result of a render: by the extension; without one, or with ".auto", in the default format and with its extension.
 bool writeFinal(const Raw& raw, const std::string& path, bool asRaw);
+/// The name under which writeFinal stores a result as svraw; "" if it would be another format.
+std::string finalSvrawName(const std::string& path);
 
 }  // namespace nemra::core

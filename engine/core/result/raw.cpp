@@ -83,7 +83,8 @@ Raw::Raw(std::shared_ptr<const Film> film, const PreparedScene& scene, const Ren
                    .factors = quantityTable(scene.quantities()),
                    .offAxis = offAxisOf(*film, scene),
                    .instrument = scene.instrument(),
-                   .output = nullptr}) {}
+                   .output = nullptr,
+                   .progress = nullptr}) {}
 
 Raw::Raw(const Raw& other) : width_(other.width_), height_(other.height_), quantities_(other.quantities_) {
     const std::lock_guard lock(other.mutex_);
@@ -105,6 +106,11 @@ std::shared_ptr<const Film> Raw::film() const {
 RenderCounts Raw::counts() const {
     const std::lock_guard lock(mutex_);
     return parts_.counts;
+}
+
+void Raw::setProgress(std::shared_ptr<const RenderProgress> progress) {
+    const std::lock_guard lock(mutex_);
+    parts_.progress = std::move(progress);
 }
 
 double Raw::spp() const {
@@ -160,6 +166,7 @@ void Raw::removeChannels() {
     bare->height = parts_.film->height;
     bare->samples = parts_.film->samples;  // the sample count is metadata
     parts_.film = std::move(bare);
+    parts_.progress.reset();
     view_.reset();
     parts_.hasSnr = false;
 }
@@ -234,6 +241,7 @@ bool Raw::add(const Raw& other) {
         addTo(sum->samples, theirs->samples);
     }
     parts_.film = std::move(sum);
+    parts_.progress.reset();
     parts_.counts.time += more.time;
     parts_.counts.samples += more.samples;
     parts_.counts.wrong += more.wrong;

@@ -12,6 +12,7 @@
 #include "engine/core/film/film.h"
 #include "engine/core/render.h"
 #include "engine/core/result/light_view.h"
+#include "engine/core/result/render_progress.h"
 #include "engine/node/node.h"
 
 namespace nemra::core {
@@ -35,6 +36,7 @@ struct RawParts {
     std::shared_ptr<const std::vector<float>> offAxis;  ///< per pixel, for the sensor's quantities; null counts as 1
     std::shared_ptr<const node::Node> instrument;       ///< null if nothing is known of it
     std::shared_ptr<const node::Node> output;           ///< null: the first preset of the instrument
+    std::shared_ptr<const RenderProgress> progress;     ///< null if a render can't go on from this result
     bool hasSnr = false;
     bool draft = false;
 };
@@ -53,6 +55,8 @@ public:
     int height() const noexcept { return height_; }
     std::shared_ptr<const Film> film() const;
     RenderCounts counts() const;
+    /// Says which samples the film has; as long as no others are added.
+    void setProgress(std::shared_ptr<const RenderProgress> progress);
     /// Samples per pixel, mean over the image.
     double spp() const;
 

@@ -103,6 +103,7 @@ private:
             if (sum != libdeflate_crc32(0, bytes_.data() + chunk.at, kChunkHead + chunk.payload.size())) {
                 fail(chunk.at, "the checksum of a chunk is wrong");
             }
+            if (chunk.tag == kProgress) readProgress(chunk);
             if (chunk.tag[0] >= 'a' && chunk.tag[0] <= 'z') continue;
             return chunk;
         }
@@ -137,6 +138,12 @@ private:
         }
         if (!(parts_.counts.time >= 0.0 && std::isfinite(parts_.counts.time))) fail(chunk.at, "the render time isn't a number");
         pixels_ = static_cast<std::size_t>(film_->width) * static_cast<std::size_t>(film_->height);
+    }
+
+    void readProgress(const Chunk& chunk) {
+        auto progress = decodeProgress(chunk.payload);
+        if (!progress) fail(chunk.at, "the record of the samples taken is damaged");
+        parts_.progress = std::make_shared<const RenderProgress>(std::move(*progress));
     }
 
     void readChannels(const Chunk& chunk) {

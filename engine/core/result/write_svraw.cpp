@@ -155,6 +155,7 @@ Buffer writeSvraw(const Raw& raw) {
     file.array(kDepth, film.depth);
     file.array(kDepthSamples, film.depthSamples);
     if (parts.offAxis) file.array(kOffAxis, *parts.offAxis);
+    if (parts.progress) file.chunk(kProgress, Codec::stored, encodeProgress(*parts.progress));
     return std::move(file).finish();
 }
 

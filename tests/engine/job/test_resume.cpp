@@ -1,0 +1,290 @@
+// Renders that go on from the file of an earlier one.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "engine/core/job/done_samples.h"
+#include "engine/core/job/tile_schedule.h"
+#include "engine/core/output/write_result.h"
+#include "engine/core/result/read_file.h"
+#include "engine/core/result/svraw.h"
+#include "tests/engine/job/recorder.h"
+
+namespace nemra::test {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+class PrintedScene final : public FakeScene {
+public:
+    std::uint64_t print = 77;
+    std::uint64_t fingerprint() const noexcept override { return print; }
+};
+
+/// A folder of its own, gone with the test, and the messages of this thread.
+class Resume : public testing::Test {
+protected:
+    void SetUp() override {
+        folder_ = fs::temp_directory_path() / ("nemra-resume-" + std::to_string(::getpid()));
+        fs::create_directories(folder_);
+        scene_->pixelsWide = 50;
+        scene_->pixelsHigh = 40;
+        scene_->perSample = 2us;
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    std::string file() const { return (folder_ / "long.svraw").string(); }
+
+    struct Started {
+        Recorder& recorder;
+        std::shared_ptr<core::Renderer> renderer;
+        bool ok;
+    };
+    Started start(const core::HaltCondition& halt, int threads = 2, const char* interval = "0") {
+        Recorder& recorder = makeRecorder();
+        auto renderer = std::make_shared<core::Renderer>();
+        recorder.attach(*renderer);
+        renderer->setParameter("num_threads", std::to_string(threads));
+        renderer->setParameter("output_file_name", (folder_ / "long").string());
+        renderer->setParameter("output_raw", "true");
+        renderer->setParameter("resume", "true");
+        renderer->setParameter("save_interval", interval);
+        renderer->addLocalNode();
+        renderer->setHalt(halt);
+        const bool ok = renderer->start([this](const core::Settings& settings, bool) {
+            EXPECT_TRUE(settings.resume);
+            return core::LoadedScene{scene_, nullptr};
+        });
+        return {recorder, renderer, ok};
+    }
+    std::shared_ptr<core::Raw> saved() const {
+        const auto bytes = core::readFileWhole(file());
+        return bytes ? core::readSvraw(bytes->bytes(), file()) : nullptr;
+    }
+    std::string bytes() const {
+        std::ifstream stream(file(), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    void expectWhole(std::uint32_t samples) const {
+        const auto raw = saved();
+        ASSERT_TRUE(raw);
+        const auto film = scene_->makeFilm();
+        const std::atomic<bool> cancel{false};
+        auto quick = *scene_;
+        quick.perSample = 0us;
+        quick.render(*film, {0, 0, 50, 40}, 0, samples, cancel);
+        EXPECT_EQ(raw->film()->high, film->high);
+        EXPECT_EQ(raw->film()->samples, film->samples);
+        EXPECT_EQ(raw->film()->squares, film->squares);
+        EXPECT_EQ(raw->film()->depth, film->depth);
+        EXPECT_EQ(raw->film()->depthSamples, film->depthSamples);
+        EXPECT_EQ(raw->counts().samples, std::uint64_t{50} * 40 * samples);
+        EXPECT_EQ(raw->counts().wrong, 0U);
+    }
+
+    fs::path folder_;
+    std::shared_ptr<PrintedScene> scene_ = std::make_shared<PrintedScene>();
+};
+
+TEST_F(Resume, StoppedAnywhereAndGoneOnWithItIsTheRenderThatWasNotInterrupted) {
+    double time = 0.0;
+    for (int session = 0; session < 6; ++session) {
+        auto [recorder, renderer, ok] = start({0.0, 60.0, NEMRA_HALT_STOPS}, 1 + session % 3);
+        ASSERT_TRUE(ok);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10 + 7 * session));
+        renderer->stop();
+        ASSERT_TRUE(recorder.waitForFinish());
+        EXPECT_GT(renderer->statistic(NEMRA_STAT_TIME), time) << "sessions add up";
+        time = renderer->statistic(NEMRA_STAT_TIME);
+        const auto raw = saved();
+        ASSERT_TRUE(raw && raw->parts().progress);
+        EXPECT_EQ(raw->counts().samples, renderer->statistic(NEMRA_STAT_SAMPLES));
+        std::uint64_t kept = 0;
+        for (const std::uint32_t n : raw->film()->samples) kept += n;
+        EXPECT_EQ(raw->counts().samples, kept);
+    }
+    auto [recorder, renderer, ok] = start({0.0, 60.0, NEMRA_HALT_STOPS}, 2);
+    ASSERT_TRUE(ok);
+    ASSERT_TRUE(recorder.waitForFinish());
+    expectWhole(60);
+}
+
+TEST_F(Resume, AHaltThatIsReachedAlreadyFinishesWithWhatIsThere) {
+    auto first = start({0.0, 9.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(first.ok && first.recorder.waitForFinish());
+    for (const core::HaltCondition& halt : {core::HaltCondition{0.0, 4.0}, core::HaltCondition{1.0e-6, 0.0}}) {
+        auto again = start(halt);
+        ASSERT_TRUE(again.ok && again.recorder.waitForFinish());
+        expectWhole(9);
+    }
+    auto more = start({0.0, 11.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(more.ok && more.recorder.waitForFinish());
+    expectWhole(11);
+}
+
+TEST_F(Resume, WhatIsSavedMeanwhileCanBeGoneOnWith) {
+    {
+        auto killed = start({}, 2, "0.01");
+        ASSERT_TRUE(killed.ok);
+        std::shared_ptr<core::Raw> raw;
+        for (int wait = 0; wait < 500 && !(raw && raw->spp() > 2.0); ++wait) {
+            std::this_thread::sleep_for(10ms);
+            if (fs::exists(file())) raw = saved();
+        }
+        ASSERT_TRUE(raw && raw->spp() > 2.0);
+        killed.renderer->release();  // no last result is written
+    }
+    std::this_thread::sleep_for(100ms);  // a file on its way
+    const double there = saved()->spp();
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);
+    auto again = start({0.0, std::ceil(there) + 3.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(again.ok && again.recorder.waitForFinish());
+    expectWhole(static_cast<std::uint32_t>(std::ceil(there)) + 3);
+}
+
+TEST_F(Resume, WhatCannotBeSavedIsOneWarning) {
+    auto started = start({}, 1, "0.01");
+    ASSERT_TRUE(started.ok);
+    fs::remove_all(folder_);
+    ASSERT_TRUE(started.recorder.waitFor([](const Recorder& r) { return !r.messages.empty(); }));
+    std::this_thread::sleep_for(60ms);
+    const std::lock_guard lock(started.recorder.mutex);
+    ASSERT_EQ(started.recorder.messages.size(), 1U);
+    EXPECT_NE(started.recorder.messages[0].find("the render so far isn't saved: can't create the file"), std::string::npos)
+        << started.recorder.messages[0];
+}
+
+TEST_F(Resume, FilesOfAnotherSceneAndDamagedOnesAreRefusedAndStay) {
+    auto first = start({0.0, 3.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(first.ok && first.recorder.waitForFinish());
+    const std::string good = bytes();
+    const auto refused = [&](const std::string& reason) {
+        const std::string before = bytes();
+        auto again = start({0.0, 5.0, NEMRA_HALT_STOPS});
+        EXPECT_FALSE(again.ok) << reason;
+        EXPECT_TRUE(again.recorder.waitFor([](const Recorder& r) { return r.messages.size() == 1; })) << reason;
+        EXPECT_NE(again.recorder.messages[0].find(reason), std::string::npos) << again.recorder.messages[0];
+        EXPECT_EQ(bytes(), before);
+    };
+    scene_->print = 78;
+    refused("another scene");
+    scene_->print = 77;
+    scene_->sensor = FakeScene::Sensor::energy;
+    refused("another scene");
+    scene_->sensor = FakeScene::Sensor::xyz;
+    std::string bad = good;
+    bad[bad.size() / 2] = static_cast<char>(bad[bad.size() / 2] ^ 1);
+    std::ofstream(file(), std::ios::binary) << bad;
+    refused("checksum");
+    std::ofstream(file(), std::ios::binary) << good.substr(0, good.size() - 30);
+    refused("cut short");
+
+    // Records with a right checksum that say what can't be.
+    std::ofstream(file(), std::ios::binary) << good;
+    const auto raw = saved();
+    ASSERT_TRUE(raw);
+    const auto write = [&](const std::function<void(core::RenderProgress&)>& spoil) {
+        auto progress = std::make_shared<core::RenderProgress>(*raw->parts().progress);
+        spoil(*progress);
+        raw->setProgress(progress);
+        ASSERT_TRUE(core::writeRaw(*raw, file(), "svraw"));
+    };
+    const auto original = *raw->parts().progress;
+    for (const auto& spoil : std::vector<std::function<void(core::RenderProgress&)>>{
+             [](auto& p) { p.done.pop_back(); },                  // samples that nobody took
+             [](auto& p) { p.done.push_back(p.done.front()); },   // taken twice
+             [](auto& p) { p.done.front().tile.x1 += 1; },        // across two tiles
+             [](auto& p) { p.done.front().tile.y0 = -5; },        //
+             [](auto& p) { p.done.back().tile.x1 = 1 << 30; },    //
+             [](auto& p) { p.done.front().count = 0; },           //
+             [](auto& p) { p.done.front().count = 0xFFFFFFFF; },  // beyond the last sample there can be
+             [](auto& p) { p.tileSize = 0; },                     //
+             [](auto& p) { p.tileSize = 0x7FFFFFFF; }}) {
+        write([&](auto& p) {
+            p = original;
+            spoil(p);
+        });
+        refused("record of the samples taken is damaged");
+    }
+    raw->setProgress(nullptr);
+    ASSERT_TRUE(core::writeRaw(*raw, file(), "svraw"));
+    refused("wasn't saved by a render with \"resume\"");
+    std::ofstream(file(), std::ios::binary) << good;
+    auto again = start({0.0, 5.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(again.ok && again.recorder.waitForFinish());
+    expectWhole(5);
+}
+
+TEST_F(Resume, NeedsARawFile) {
+    for (const bool named : {false, true}) {
+        Recorder& recorder = makeRecorder();
+        core::Renderer renderer;
+        recorder.attach(renderer);
+        renderer.setParameter("resume", "true");
+        if (named) {
+            renderer.setParameter("output_raw", "true");
+            renderer.setParameter("output_file_name", (folder_ / "long.exr").string());
+        }
+        renderer.addLocalNode();
+        EXPECT_FALSE(renderer.start([this](const core::Settings&, bool) { return core::LoadedScene{scene_, nullptr}; }));
+        EXPECT_TRUE(recorder.waitFor([](const Recorder& r) { return r.messages.size() == 1; }));
+    }
+}
+
+TEST(DoneSamples, KnowsJustWhatWasAdded) {
+    std::mt19937 random(7);
+    const core::PreparedScene::Tile tile{16, 32, 20, 37};
+    for (int round = 0; round < 200; ++round) {
+        core::DoneSamples done(tile);
+        std::set<std::pair<int, std::uint32_t>> known;  // row and sample
+        for (int i = 0; i < 40; ++i) {
+            const int y0 = 32 + static_cast<int>(random() % 5), y1 = y0 + 1 + static_cast<int>(random() % (37 - y0));
+            const core::Piece piece{
+                {16, y0, 20, y1}, static_cast<std::uint32_t>(random() % 20), 1 + static_cast<std::uint32_t>(random() % 6)};
+            bool isFree = true;
+            const auto each = [&](auto&& what) {
+                for (int y = y0; y < y1; ++y) {
+                    for (std::uint32_t s = piece.first; s < piece.end(); ++s) what(std::pair{y, s});
+                }
+            };
+            each([&](const auto& sample) { isFree = isFree && !known.contains(sample); });
+            ASSERT_EQ(done.add(piece), isFree);
+            if (isFree) each([&](const auto& sample) { known.insert(sample); });
+        }
+        std::uint32_t end = 0;
+        for (const auto& sample : known) end = std::max(end, sample.second + 1);
+        EXPECT_EQ(done.end(), end);
+        std::set<std::pair<int, std::uint32_t>> told, free;
+        const auto collect = [](const std::vector<core::Piece>& pieces, auto& into) {
+            for (const core::Piece& piece : pieces) {
+                EXPECT_EQ(piece.tile.x0, 16);
+                EXPECT_EQ(piece.tile.x1, 20);
+                for (int y = piece.tile.y0; y < piece.tile.y1; ++y) {
+                    for (std::uint32_t s = piece.first; s < piece.end(); ++s) EXPECT_TRUE(into.insert({y, s}).second);
+                }
+            }
+        };
+        collect(done.done(), told);
+        EXPECT_EQ(told, known);
+        collect(done.missing(), free);
+        EXPECT_EQ(free.size() + known.size(), 5U * end);
+        for (const auto& sample : free) EXPECT_FALSE(known.contains(sample));
+        for (const core::Piece& piece : done.missing()) ASSERT_TRUE(done.add(piece));
+        const std::vector<core::Piece> whole{{tile, 0, end}};
+        EXPECT_TRUE(end == 0 || done.done() == whole) << "all of it is one piece again";
+    }
+    core::DoneSamples done(tile);
+    EXPECT_FALSE(done.add({{16, 31, 20, 37}, 0, 1}));
+    EXPECT_FALSE(done.add({{16, 32, 21, 37}, 0, 1}));
+    EXPECT_FALSE(done.add({{16, 33, 20, 33}, 0, 1}));
+}
+
+}  // namespace
+}  // namespace nemra::test
