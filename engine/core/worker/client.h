@@ -22,7 +22,7 @@ struct Client {
     SceneOffer offer;                ///< what the client wants rendered
     std::optional<Incoming> incoming;
     std::shared_ptr<WorkerJob> job;
-    bool isLeaving = false;  ///< to be dropped as soon as the outbox is empty
+    std::optional<Clock::time_point> leaveBy;  ///< to be dropped then, or as soon as the outbox is empty
 
     Client() = default;
     Client(Client&&) = default;

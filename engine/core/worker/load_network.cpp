@@ -11,8 +11,8 @@ namespace nemra::core::worker {
 
 namespace {
 
-/// Beside the engine's other libraries, of which the first is always a file of its own. By name alone a loader that a sanitizer has
-/// wrapped wouldn't look there.
+/// Beside the engine's other libraries, of which the first is always a file of its own. By name alone a loader that a sanitizer
+/// has wrapped wouldn't look there.
 std::string libraryPath() {
     constexpr const char* name = "libnemraNetwork.so";
     Dl_info about{};

@@ -94,6 +94,7 @@ void fields(Codec& code, M& m) {
         code(m.offset);
     } else if constexpr (std::is_same_v<T, Failed>) {
         code(m.why);
+        code(m.mayTryAgain);
     } else if constexpr (std::is_same_v<T, ResultPart>) {
         code(m.bytes);
     } else if constexpr (std::is_same_v<T, Said>) {

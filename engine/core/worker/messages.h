@@ -67,6 +67,7 @@ struct Ready {};
 /// The worker can't do what it was asked for, and serves this client no more.
 struct Failed {
     std::string why;
+    bool mayTryAgain = false;  ///< it could, at another time
 };
 /// The next bytes of the stream of results (result_stream.h).
 struct ResultPart {

@@ -120,6 +120,7 @@ std::optional<RemoteSession::Ending> RemoteSession::receive(std::span<const char
         measuredAt_ = Clock::now();
         log::info(name_, "the worker renders");
     } else if (const auto* const failed = std::get_if<Failed>(&*message)) {
+        if (failed->mayTryAgain) return lose(failed->why);
         why_ = failed->why;
         return Ending::refused;
     } else if (const auto* const said = std::get_if<Said>(&*message)) {

@@ -28,6 +28,8 @@ constexpr int kCollectMs = 20;
 constexpr std::chrono::seconds kSilence{12};
 constexpr std::chrono::seconds kAliveEvery{2};
 constexpr std::chrono::seconds kReportEvery{60};
+/// For the reason of a refusal to go out.
+constexpr std::chrono::seconds kLastWords{2};
 
 }  // namespace
 
@@ -54,7 +56,8 @@ void Service::turn() {
         fill(found->second);
         if (!deliver(each, found->second)) {
             drop(each, "it is gone");
-        } else if (found->second.isLeaving && found->second.outbox.empty()) {
+        } else if (const auto leaveBy = found->second.leaveBy;
+                   leaveBy && (found->second.outbox.empty() || Clock::now() > *leaveBy)) {
             drop(each, "");
         }
     }
@@ -78,20 +81,21 @@ void Service::receive(const std::string& peer, std::span<const char> bytes) {
     }
     if (!message) return drop(peer, "it sent what isn't a message");
     found->second.lastHeard = Clock::now();
-    if (!found->second.isLeaving) take(peer, found->second, *message);
+    if (!found->second.leaveBy) take(peer, found->second, *message);
 }
 
 void Service::greet(const std::string& peer, const Hello& hello) {
     std::string why;
+    const bool isFull = clients_.size() >= kMostClients;
     if (hello.protocol != kProtocol || hello.engine != kVersionText) {
         why = "the worker is " + std::string(kVersionText) + " and the client " + hello.engine +
               ": only the same version computes the same result";
-    } else if (clients_.size() >= kMostClients) {
+    } else if (isFull) {
         why = "the worker has too many clients";
     }
     if (!why.empty()) {
         log::warning(kSource, "a client isn't served: " + why);
-        listener_.send(peer, encode(Failed{why}));
+        listener_.send(peer, encode(Failed{why, isFull}));
         return;
     }
     Client& client = clients_[peer];
@@ -165,8 +169,8 @@ void Service::fail(Client& client, const std::string& why) {
     if (client.job) client.job->cancel();
     client.job.reset();
     client.incoming.reset();
-    client.outbox.push_back(encode(Failed{why}));
-    client.isLeaving = true;
+    client.outbox.push_back(encode(Failed{why, false}));
+    client.leaveBy = Clock::now() + kLastWords;
 }
 
 // ---- What the worker says -----------------------------------------------------------------------------------------------------

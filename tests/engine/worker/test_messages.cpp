@@ -29,7 +29,7 @@ std::vector<std::string> examples() {
                                         Turn{},
                                         Need{17},
                                         Ready{},
-                                        Failed{"why"},
+                                        Failed{"why", true},
                                         ResultPart{part},
                                         Said{"source", "text", NEMRA_LOG_ERROR},
                                         Alive{}};

@@ -101,6 +101,15 @@ TEST_F(WorkerService, AnotherVersionIsToldSo) {
     EXPECT_TRUE(busy_.empty());
 }
 
+TEST_F(WorkerService, TooManyClientsAreToldToComeAgain) {
+    for (int i = 0; i < 40; ++i) listener_.say("peer" + std::to_string(i), Hello{kProtocol, kVersionText});
+    turns(50);
+    EXPECT_EQ(listener_.count<Welcome>("peer31"), 1);
+    EXPECT_EQ(listener_.count<Welcome>("peer32"), 0);
+    ASSERT_EQ(listener_.count<Failed>("peer32"), 1);
+    EXPECT_TRUE(std::get<Failed>(*decode(listener_.told["peer32"][0])).mayTryAgain);
+}
+
 TEST_F(WorkerService, ADamagedSceneIsRefused) {
     hello("a");
     listener_.say("a", offer_);
