@@ -24,6 +24,7 @@ class RenderJob:
         self._finished = threading.Event()
         self._complained = threading.Event()
         self._written = False
+        self._empty = False
         self._summary = ""
         self._renderer = nemra.Renderer()
         self._renderer.onFinish(self._on_finish)
@@ -67,6 +68,9 @@ class RenderJob:
                 self._say("sarvo: stopping; what was computed will be written")
                 renderer.stop()
         self._clear_progress()
+        if self._empty:
+            self._say("sarvo: nothing was rendered, nothing written")
+            return EXIT_INTERRUPTED if interrupted else EXIT_FAILED
         if not self._written:
             self._say(f"sarvo: can't write {self._output}")
             return EXIT_FAILED
@@ -76,6 +80,9 @@ class RenderJob:
 
     def _on_finish(self, raw) -> None:
         try:
+            self._empty = raw.SPP() == 0  # no worker could be reached
+            if self._empty:
+                return
             self._written = raw.writeAuto(self._output)
             self._summary = f"{self._output}: {raw.width()}x{raw.height()} pixels, {raw.SPP():g} samples per pixel, {raw.renderTime():.1f} s"
         finally:

@@ -40,31 +40,43 @@ const Buffer& parcel() {
     return *packed;
 }
 
+/// One service for all runs, which so has the scene ready; at the end of a run nobody is left in it.
+struct World {
+    test::FakeNetwork network;
+    test::FakeListener listener;
+    bool isBusy = false;
+    worker::Service service{network, listener, std::make_shared<worker::Wake>(),
+                            [] { return worker::ServerSettings{.threads = 1, .libraryPaths = {}, .password = {}}; },
+                            [this](bool busy) {
+                                demand(busy != isBusy, "busy was said twice");
+                                isBusy = busy;
+                            }};
+
+    void turns() {
+        while (!listener.incoming.empty()) service.turn();
+    }
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    node::registerClasses();
+    static auto& world = [&]() -> World& {
+        node::registerClasses();
+        return *new World;
+    }();
+    auto& [network, listener, isBusy, service] = world;
     const log::Capture capture([](const log::Message&) {});
-    const test::FakeNetwork network;
-    test::FakeListener listener;
+    listener.told.clear();
     for (const char* const peer : {"a", "b"}) listener.say(peer, worker::Hello{worker::kProtocol, core::kVersionText});
     const bool hasScene = data[0] % 2 == 1;
-    if (hasScene) {
-        listener.say("a", worker::SceneOffer{network.hash(parcel().bytes()), parcel().size(), ""});
-        listener.say("a", worker::ScenePart{0, parcel().bytes()});
-    }
-    bool isBusy = false;
-    worker::Service service(
-        network, listener, std::make_shared<worker::Wake>(),
-        [] { return worker::ServerSettings{.threads = 1, .libraryPaths = {}, .password = {}}; },
-        [&](bool busy) {
-            demand(busy != isBusy, "busy was said twice");
-            isBusy = busy;
-        });
-    while (!listener.incoming.empty()) service.turn();
+    if (hasScene) listener.say("a", worker::SceneOffer{network.hash(parcel().bytes()), parcel().size(), ""});
+    world.turns();
+    if (listener.count<worker::Need>("a") > 0) listener.say("a", worker::ScenePart{0, parcel().bytes()});
+    world.turns();
     for (int i = 0; hasScene && i < 5000 && listener.count<worker::Ready>("a") == 0; ++i) service.turn();
     demand(!hasScene || listener.count<worker::Ready>("a") == 1, "the scene of the target isn't taken");
+
     for (std::size_t at = 1; at + 3 <= size;) {
         const std::string peer(1, static_cast<char>('a' + data[at] % 2));
         const std::size_t length = std::min<std::size_t>(data[at + 1] + 256U * data[at + 2], size - at - 3);
@@ -73,7 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         listener.incoming.emplace_back(peer, bytes);
         at += 3 + length;
     }
-    while (!listener.incoming.empty()) service.turn();
-    service.turn();
+    world.turns();
+    listener.gone = {"a", "b"};
+    for (const char* const peer : {"a", "b"}) listener.say(peer, worker::Goodbye{});
+    world.turns();
+    listener.gone.clear();
+    demand(!isBusy, "somebody is still served");
     return 0;
 }
