@@ -7,7 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <vector>
+
+#include "engine/common/paged_memory.h"
 
 namespace nemra::core {
 
@@ -52,9 +53,9 @@ inline double total(const SquareSum& sum) noexcept {
 
 /// One sum per pixel, 17 bytes each.
 struct SquareSums {
-    std::vector<std::uint64_t> upper;
-    std::vector<std::uint64_t> lower;
-    std::vector<std::uint8_t> part;
+    PagedVector<std::uint64_t> upper;
+    PagedVector<std::uint64_t> lower;
+    PagedVector<std::uint8_t> part;
 
     std::size_t size() const noexcept { return part.size(); }
     void resize(std::size_t pixels) {

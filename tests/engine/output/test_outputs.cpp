@@ -228,6 +228,16 @@ TEST(Outputs, BsdfTables) {
     const auto raw =
         result(film(2, 1, bands({500, 600}, 10), [](int x, int, int c) { return 0.1 * (x + 1) * (c + 1); }), nullptr, output);
     EXPECT_EQ(written(*raw), "500 nm [sr^-1],0,1\n0,0.1,0.2\n\n600 nm [sr^-1],0,1\n0,0.2,0.4\n\n");
+    // Bands so narrow that the sun's table itself says their weights: 1.3391 and 1.3278 W/(m2 nm) of direct light.
+    const NodeHandle solar = make("output", "bsdf", {{"spectral", text("solar")}});
+    const auto weighed = [&](const std::vector<double>& centres) {
+        return written(
+            *result(film(1, 1, bands(centres, 0.01), [](int, int, int c) { return c == 0 ? 0.0 : 1.0; }), nullptr, solar));
+    };
+    const std::string sun = weighed({500, 600});
+    ASSERT_TRUE(sun.starts_with("solar [sr^-1],0\n0,")) << sun;
+    EXPECT_NEAR(std::stod(sun.substr(18)), 1.3278 / (1.3391 + 1.3278), 1.0e-4);
+    EXPECT_EQ(weighed({500, 1300}), "nothing") << "the sun isn't known there";
 }
 
 }  // namespace
