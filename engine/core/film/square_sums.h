@@ -58,10 +58,11 @@ struct SquareSums {
     PagedVector<std::uint8_t> part;
 
     std::size_t size() const noexcept { return part.size(); }
+    /// Makes them so many, all 0.
     void resize(std::size_t pixels) {
-        upper.resize(pixels);
-        lower.resize(pixels);
-        part.resize(pixels);
+        upper.assign(pixels, 0);
+        lower.assign(pixels, 0);
+        part.assign(pixels, 0);
     }
 
     SquareSum at(std::size_t pixel) const noexcept { return {upper[pixel], lower[pixel], part[pixel]}; }
