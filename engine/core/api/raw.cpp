@@ -92,7 +92,9 @@ extern "C" {
 nemra_raw_t* nemraRawCopy(nemra_raw_t* raw) {
     return guarded<nemra_raw_t*>("nemraRawCopy", nullptr, [&]() -> nemra_raw_t* {
         const auto original = find<Raw>(raw);
-        return original ? publish<nemra_raw_t>(std::make_shared<Raw>(*original)) : nullptr;
+        if (!original) return nullptr;
+        original->makePageable();  // here, so that further copies share it
+        return publish<nemra_raw_t>(std::make_shared<Raw>(*original));
     });
 }
 

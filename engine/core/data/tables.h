@@ -17,6 +17,10 @@ inline constexpr int kScotopicFirst = 380;  ///< nm
 inline constexpr int kScotopicCount = 401;  ///< one row per nm up to 780
 extern const double kScotopic[kScotopicCount];
 
+inline constexpr int kSunFirst = 280;  ///< nm
+inline constexpr int kSunCount = 921;  ///< one row per nm up to 1200
+extern const double kSunDirect[kSunCount];
+
 inline constexpr int kColorMapCount = 33;
 extern const double kViridis[kColorMapCount][3];
 extern const double kInferno[kColorMapCount][3];

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/common/paged_memory.h"
 #include "engine/core/film/square_sums.h"
 
 namespace nemra::core {
@@ -33,13 +34,13 @@ struct Film {
     int width = 0;
     int height = 0;
     std::vector<Channel> channels;
-    std::vector<double> high;
-    std::vector<double> low;
-    std::vector<std::uint32_t> samples;  ///< per pixel, x-major
+    PagedVector<double> high;
+    PagedVector<double> low;
+    PagedVector<std::uint32_t> samples;  ///< per pixel, x-major
     SquareSums squares;                  ///< per pixel, of the sample's luminance (or energy, or band mean)
     /// Per pixel, sum over samples of the distance to the first surface, m, in multiples of a quantum; escaped rays add none.
-    std::vector<double> depth;
-    std::vector<std::uint32_t> depthSamples;  ///< per pixel, samples whose first ray met a surface
+    PagedVector<double> depth;
+    PagedVector<std::uint32_t> depthSamples;  ///< per pixel, samples whose first ray met a surface
 
     /// Counted from the film's own first pixel.
     std::size_t pixel(int x, int y) const noexcept { return static_cast<std::size_t>(x) * height + y; }

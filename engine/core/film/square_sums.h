@@ -7,7 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <vector>
+
+#include "engine/common/paged_memory.h"
 
 namespace nemra::core {
 
@@ -52,15 +53,16 @@ inline double total(const SquareSum& sum) noexcept {
 
 /// One sum per pixel, 17 bytes each.
 struct SquareSums {
-    std::vector<std::uint64_t> upper;
-    std::vector<std::uint64_t> lower;
-    std::vector<std::uint8_t> part;
+    PagedVector<std::uint64_t> upper;
+    PagedVector<std::uint64_t> lower;
+    PagedVector<std::uint8_t> part;
 
     std::size_t size() const noexcept { return part.size(); }
+    /// Makes them so many, all 0.
     void resize(std::size_t pixels) {
-        upper.resize(pixels);
-        lower.resize(pixels);
-        part.resize(pixels);
+        upper.assign(pixels, 0);
+        lower.assign(pixels, 0);
+        part.assign(pixels, 0);
     }
 
     SquareSum at(std::size_t pixel) const noexcept { return {upper[pixel], lower[pixel], part[pixel]}; }

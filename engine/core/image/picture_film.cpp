@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "engine/core/film/pageable.h"
 #include "engine/core/result/in_strips.h"
 
 namespace nemra::core {
@@ -30,6 +31,7 @@ std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel
     film->width = width;
     film->height = height;
     film->channels = std::move(channels);
+    makePageable(*film);
     const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     film->high.resize(pixels * film->channels.size());
     film->low.resize(pixels * film->channels.size());

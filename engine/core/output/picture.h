@@ -59,7 +59,10 @@ struct DisplayImage {
     std::vector<unsigned char> bytes;
     int bits = 8;
     std::optional<ColorSpace> device{};  ///< that of a display which no named colour space describes, in place of `colorSpace`
-    bool hasProfile = true;              ///< false for codes by a curve that no profile here has words for
+    bool hasProfile = true;              ///< false for codes from which no colour can be told
+    double black = 0.0;                  ///< light that code 0 shows, relative to white's
+    /// Light of evenly spaced codes from 0 to 1, relative to white's, for a curve that neither `gamma` nor a colour space names.
+    std::vector<double> lights{};
 
     const ColorSpace& space() const { return device ? *device : nemra::core::colorSpace(colorSpace); }
     /// A component's code from 0 to 1 behind those that there are.

@@ -49,6 +49,7 @@ void setColors(png_structp png, png_infop info, const DisplayImage& image, const
     if (profile.empty()) return;
     png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, reinterpret_cast<png_const_bytep>(profile.data()),
                  static_cast<png_uint_32>(profile.size()));
+    if (!image.lights.empty()) return;
     // For programs that read no profiles, the nearest power.
     double fileGamma = 1.0;
     if (space.curve == ColorSpace::Curve::rec2020) fileGamma = 1.0 / 2.2;

@@ -30,7 +30,7 @@ LightView makeLightView(const Film& film, bool withSnr) {
     const std::size_t pixels = static_cast<std::size_t>(film.width) * static_cast<std::size_t>(film.height);
     const std::size_t channels = film.channels.size();
 
-    view.values.resize(pixels * channels);
+    view.values = PagedVector<double>(pixels * channels, film.high.get_allocator());
     for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
         const double samples = film.samples[pixel];
         for (std::size_t cell = pixel * channels; cell < (pixel + 1) * channels; ++cell) {
@@ -40,7 +40,9 @@ LightView makeLightView(const Film& film, bool withSnr) {
     if (channels == 0) return view;  // the channels were removed, and with them what was derived from them
 
     view.metaChannels = withSnr ? 4 : 3;
-    for (int i = 0; i < view.metaChannels; ++i) view.meta[static_cast<std::size_t>(i)].resize(pixels);
+    for (int i = 0; i < view.metaChannels; ++i) {
+        view.meta[static_cast<std::size_t>(i)] = PagedVector<double>(pixels, film.high.get_allocator());
+    }
     const int reference = referenceChannel(film);
     for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
         const double samples = film.samples[pixel];

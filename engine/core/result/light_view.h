@@ -29,10 +29,10 @@ struct LightView {
     int height = 0;
     int channels = 0;
     int metaChannels = 0;
-    std::vector<double> values;
+    PagedVector<double> values;                    ///< like those of `meta`, pageable if the film is
     std::array<double, kQuantityCount> factors{};  ///< a quantity is value times factor (times offAxis); 0: not provided
     std::vector<float> offAxis;                    ///< per pixel, for the sensor's quantities; empty counts as 1
-    std::array<std::vector<double>, kMetaChannelCount> meta;
+    std::array<PagedVector<double>, kMetaChannelCount> meta;
 
     /// 0 out of bounds and for a quantity that isn't provided. Meta channels have no quantities: they answer the same to each.
     double at(int channel, int x, int y, int quantity) const noexcept {

@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "engine/core/film/cut_out.h"
+#include "engine/core/film/pageable.h"
 
 namespace nemra::core {
 
@@ -49,8 +50,8 @@ std::shared_ptr<const std::vector<float>> offAxisOf(const Film& film, const Prep
     return factors;
 }
 
-template <class Number>
-void addTo(std::vector<Number>& sums, const std::vector<Number>& others) {
+template <class Numbers>
+void addTo(Numbers& sums, const Numbers& others) {
     std::transform(sums.begin(), sums.end(), others.begin(), sums.begin(), std::plus<>());
 }
 
@@ -91,6 +92,18 @@ Raw::Raw(const Raw& other) : width_(other.width_), height_(other.height_), quant
     parts_ = other.parts_;
     outputs_ = other.outputs_;
     view_ = other.view_;
+}
+
+void Raw::makePageable() {
+    const std::lock_guard lock(mutex_);
+    try {
+        auto kept = pageable(parts_.film);
+        if (kept == parts_.film) return;
+        parts_.film = std::move(kept);
+        view_.reset();
+    } catch (const std::bad_alloc&) {
+        // Where there is no memory for both, the numbers stay where they are.
+    }
 }
 
 RawParts Raw::parts() const {

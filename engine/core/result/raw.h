@@ -48,6 +48,8 @@ public:
     Raw(const Raw& other);  ///< shares the film, which is never changed in place
     Raw& operator=(const Raw&) = delete;
 
+    /// Puts the numbers, if they are many, where the system can write them to disk: for a result that is to be kept.
+    void makePageable();
     /// As they are together at this moment.
     RawParts parts() const;
 

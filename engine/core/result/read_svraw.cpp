@@ -6,6 +6,7 @@
 
 #include "engine/common/byte_reader.h"
 #include "engine/common/log.h"
+#include "engine/core/film/pageable.h"
 #include "engine/core/output/parallel_rows.h"
 #include "engine/core/result/svraw.h"
 #include "engine/core/result/svraw_layout.h"
@@ -65,6 +66,7 @@ public:
         }
         checkSize(chunk.at);
         const Shape shape{pixels_, film_->channels.size()};
+        makePageable(*film_);
         readArray(chunk, kHigh, film_->high, shape.cells());
         readArray(chunk, kLow, film_->low, shape.cells());
         readArray(chunk, kSamples, film_->samples, shape.pixels);
@@ -215,8 +217,8 @@ private:
         for (std::size_t pixel = 0; pixel < count; ++pixel) film_->squares.put(pixel, std::max(0.0, sums[pixel]));
     }
 
-    template <class Number>
-    void readArray(Chunk& chunk, std::string_view tag, std::vector<Number>& numbers, std::size_t count) {
+    template <class Number, class Memory>
+    void readArray(Chunk& chunk, std::string_view tag, std::vector<Number, Memory>& numbers, std::size_t count) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
         std::vector<Chunk> blocks;
         for (std::size_t first = 0; first < count; first += perBlock) {

@@ -72,8 +72,8 @@ public:
         number(libdeflate_crc32(0, file_.data() + start, file_.size() - start));
     }
 
-    template <class Number>
-    void array(std::string_view tag, const std::vector<Number>& numbers) {
+    template <class Number, class Memory>
+    void array(std::string_view tag, const std::vector<Number, Memory>& numbers) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
         constexpr std::size_t together = 8;  // blocks that are packed at the same time
         const auto* const bytes = reinterpret_cast<const char*>(numbers.data());

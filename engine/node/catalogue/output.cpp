@@ -129,7 +129,7 @@ void addTables(Catalogue& catalogue) {
                             .doc("Form of the file"),
                         choice("spectral")
                             .option("photopic", "Weighed with the luminous efficiency function and an illuminant")
-                            .option("solar", "Weighed with the spectrum of the sun (ASTM G173-03)")
+                            .option("solar", "Weighed with the direct light of the sun (ASTM G173-03), for bands up to 1200 nm")
                             .option("channels", "One block for each channel")
                             .doc("What becomes of the wavelengths"),
                         text("manufacturer").doc("Manufacturer that the file names"),

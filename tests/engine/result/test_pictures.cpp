@@ -201,17 +201,17 @@ double throughProfile(const std::vector<char>& profile, double code) {
 TEST(IccProfile, FitsTheCurveThatWasUsed) {
     for (const char* const name : {"srgb", "rec2020", "xyz"}) {
         const core::ColorSpace& space = core::colorSpace(name);
-        const auto profile = core::iccProfile(space, 0.0);
-        EXPECT_EQ(profile, core::iccProfile(space, 0.0));
+        const auto profile = core::iccProfile(space, {});
+        EXPECT_EQ(profile, core::iccProfile(space, {}));
         EXPECT_EQ(profile.size() % 4, 0U);
         for (const double light : {0.001, 0.01, 0.18, 0.5, 1.0}) {
             EXPECT_NEAR(throughProfile(profile, space.encode(light)), light, 2e-4) << name << " " << light;
             EXPECT_NEAR(space.decode(space.encode(light)), light, 1e-9);
         }
-        const auto power = core::iccProfile(space, 2.2);
+        const auto power = core::iccProfile(space, {2.2});
         EXPECT_NEAR(throughProfile(power, std::pow(0.18, 1.0 / 2.2)), 0.18, 2e-4) << name;
     }
-    EXPECT_NE(core::iccProfile(core::colorSpace("srgb"), 0.0), core::iccProfile(core::colorSpace("rec2020"), 0.0));
+    EXPECT_NE(core::iccProfile(core::colorSpace("srgb"), {}), core::iccProfile(core::colorSpace("rec2020"), {}));
 }
 
 TEST_F(Pictures, PngAndJpegShowTheSamePictureWithTheirProfile) {
@@ -236,7 +236,7 @@ TEST_F(Pictures, PngAndJpegShowTheSamePictureWithTheirProfile) {
     }
     EXPECT_LT(difference, 0.03) << "noise at quality 95";
     const std::string file(jpeg.begin(), jpeg.end());
-    const auto profile = core::iccProfile(core::colorSpace("srgb"), 0.0);
+    const auto profile = core::iccProfile(core::colorSpace("srgb"), {});
     EXPECT_NE(file.find(std::string("ICC_PROFILE\0\1\1", 14) + std::string(profile.begin(), profile.end())), std::string::npos);
 }
 
