@@ -31,7 +31,8 @@ std::size_t bytesOf(const Array& array) {
     return array.size() * sizeof(array[0]);
 }
 
-bool areFinite(const std::vector<double>& numbers) {
+template <class Array>
+bool areFinite(const Array& numbers) {
     return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
 }
 
