@@ -8,6 +8,8 @@
 
 #include "engine/common/log.h"
 #include "engine/common/workdir.h"
+#include "engine/core/output/final_file.h"
+#include "engine/core/result/presets.h"
 
 namespace nemra::core {
 
@@ -127,10 +129,14 @@ bool Renderer::startChecked(const Loader& load) {
     JobPlan plan;
     plan.scene = load(settings);
     if (!plan.scene) return false;
+    if (!settings.outputFile.empty()) {
+        plan.outputFile = resolvePath(settings.outputFile);
+        plan.outputRaw = settings.outputRaw;
+        const auto outputs = outputsOf(plan.scene->instrument());
+        if (!settleFinalFile(plan.outputFile, plan.outputRaw, outputs.empty() ? nullptr : outputs.front().get())) return false;
+    }
     plan.threads = 0;
     for (const Settings& node : nodes) plan.threads += node.threads > 0 ? node.threads : availableCores();
-    plan.outputFile = settings.outputFile.empty() ? "" : resolvePath(settings.outputFile);
-    plan.outputRaw = settings.outputRaw;
 
     std::shared_ptr<RenderJob> before;
     std::shared_ptr<RenderJob> job;
