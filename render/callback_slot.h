@@ -13,4 +13,10 @@ void replaceCallback(std::function<Signature>& slot, const std::function<Signatu
     former.swap(slot);
 }
 
+/// Empties the slot, and then drops what stood there: whoever calls the slot meanwhile finds it empty.
+template <class Signature>
+void emptyCallback(std::function<Signature>& slot) {
+    replaceCallback(slot, std::function<Signature>());
+}
+
 }  // namespace Nemra

@@ -11,6 +11,14 @@ NemraRenderer::NemraRenderer() {
     takeOwnership();
 }
 
+NemraRenderer::~NemraRenderer() {
+    emptyCallback(message_);
+    emptyCallback(statistics_);
+    emptyCallback(finish_);
+    emptyCallback(change_);
+    emptyCallback(update_);
+}
+
 void NemraRenderer::onChange(const StateCallback& callback) {
     replaceCallback(change_, callback);
     nemraRendererSetStateChangedCallback(handle, this, &NemraRenderer::changed);

@@ -20,6 +20,9 @@ public:
     using MessageCallback = std::function<void(const std::string&, const std::string&, LogLevel_t)>;
 
     NemraRenderer();
+    /// Empties the slots, each before its callable goes, and only then gives the handle back: a callable whose end gives up the
+    /// interpreter lock lets engine threads in, which must find slots that stand.
+    ~NemraRenderer();
     NemraRenderer(const NemraRenderer&) = delete;
 
     // Each forwards to one engine function; texts may be null.
@@ -55,7 +58,6 @@ private:
     static void statisticsUpdated(void* user);
     static void messageSent(void* user, const char* source, const char* message, LogLevel_t level);
 
-    // Dropped in the reverse order, all before the handle is released.
     RawCallback update_;
     StateCallback change_;
     RawCallback finish_;

@@ -11,6 +11,8 @@ NemraServer::NemraServer() {
     takeOwnership();
 }
 
+NemraServer::~NemraServer() { emptyCallback(busy_); }
+
 void NemraServer::onBusyStateChange(const BusyCallback& callback) {
     replaceCallback(busy_, callback);
     nemraServerSetBusyChangedCallback(handle, this, &NemraServer::busyChanged);

@@ -15,6 +15,7 @@ public:
     using BusyCallback = std::function<void(bool)>;
 
     NemraServer();
+    ~NemraServer();  ///< empties the slot, then drops its callable, then gives the handle back
     NemraServer(const NemraServer&) = delete;
 
     void openAsync(int port) const { nemraServerOpenAsync(handle, port); }

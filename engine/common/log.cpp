@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -76,6 +78,34 @@ std::string lineOf(const Message& message) {
 
 }  // namespace
 
+namespace {
+
+/// True if the sink took the line.
+bool deliver(const Sink& sink, const std::string& line, LogLevel_t level) {
+    if (sink.throws->load() >= kThrowsUntilSilenced) return false;
+    bool heard = false;
+    std::string what;
+    const HostCall outcome = callHost([&] {
+        try {
+            sink.function(sink.user, line.c_str(), level);
+            heard = true;
+        } catch (const abi::__forced_unwind&) {
+            throw;
+        } catch (const std::bad_function_call&) {
+            // The host has taken away what its sink calls.
+        } catch (const std::exception& e) {
+            what = e.what();  // here, inside the gate: a host's exception may need the host's lock to say what it is
+            throw;
+        }
+    });
+    if (outcome == HostCall::threw && sink.throws->fetch_add(1) == 0) {
+        print({NEMRA_LOG_ERROR, "", "the message callback raised: " + (what.empty() ? "an unknown fault" : what)});
+    }
+    return heard;
+}
+
+}  // namespace
+
 bool hasHostSink() { return !sinks().current()->empty(); }
 
 void print(const Message& message) {
@@ -85,23 +115,20 @@ void print(const Message& message) {
     std::fputs(line.c_str(), stderr);
 }
 
-void deliverToHost(const Message& message) {
+bool deliverToHost(const Message& message) {
     const Nested nested;
-    if (!nested) return;
+    if (!nested) return false;
+    bool heard = false;
     try {
         const auto list = sinks().current();
-        if (list->empty()) return;
         const std::string line = lineOf(message);
-        for (const Sink& sink : *list) {
-            if (sink.throws->load() >= kThrowsUntilSilenced) continue;
-            const HostCall outcome = callHost([&] { sink.function(sink.user, line.c_str(), message.level); });
-            if (outcome == HostCall::threw) ++*sink.throws;
-        }
+        for (const Sink& sink : *list) heard |= deliver(sink, line, message.level);
     } catch (const abi::__forced_unwind&) {
         throw;
     } catch (...) {
         // Nothing is left to say it with: a message is lost when memory is.
     }
+    return heard;
 }
 
 void emit(LogLevel_t level, std::string_view source, std::string_view text) {
@@ -110,9 +137,7 @@ void emit(LogLevel_t level, std::string_view source, std::string_view text) {
         if (Capture* const capture = innermost) {
             const Outward outward(capture->outer_);
             capture->sink_(message);
-        } else if (hasHostSink()) {
-            deliverToHost(message);
-        } else {
+        } else if (!deliverToHost(message)) {
             print(message);
         }
     } catch (const abi::__forced_unwind&) {

@@ -17,7 +17,7 @@ struct Message {
 };
 
 /// Sends a message to this thread's innermost Capture, else to the sinks that the host has installed, from this thread; a warning
-/// or an error that finds neither goes to the standard error.
+/// or an error that neither takes goes to the standard error.
 /// Never throws, never holds a lock while a sink runs.
 NEMRA_API void emit(LogLevel_t level, std::string_view source, std::string_view text);
 
@@ -40,8 +40,10 @@ private:
     Capture* outer_;
 };
 
-/// Gives a message to the host's global sinks, on this thread, whatever Capture is active.
-NEMRA_API void deliverToHost(const Message& message);
+/// Gives a message to the host's global sinks, on this thread, whatever Capture is active. False if none of them took it: there
+/// is none, they have nothing to call in them (std::bad_function_call), they threw, or the host is closing down. The first time
+/// that a sink throws what it threw is printed.
+NEMRA_API bool deliverToHost(const Message& message);
 
 /// Has the host ever installed a sink?
 NEMRA_API bool hasHostSink();

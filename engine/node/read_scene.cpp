@@ -47,16 +47,16 @@ bool readPlain(Buffer bytes, std::string_view origin, Scene& scene, Unknown unkn
 }
 
 /// Inflates what is gzipped. False after one error message.
-bool inflate(std::span<const char> bytes, std::string_view origin, Buffer& inflated) {
+bool inflate(std::span<const char> bytes, Length length, std::string_view origin, Buffer& inflated) {
     std::string why;
-    if (gunzip(bytes, inflated, why)) return true;
+    if (gunzip(bytes, inflated, why, length)) return true;
     log::error(origin, why);
     return false;
 }
 
 }  // namespace
 
-bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown) {
+bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown, Length length) {
     try {
         switch (encodingOf(bytes)) {
             case Encoding::svxml:
@@ -68,7 +68,7 @@ bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scen
         }
         if (!isGzip(bytes)) return refuse(bytes, origin);
         Buffer inflated;
-        return inflate(bytes, origin, inflated) && readPlain(std::move(inflated), origin, scene, unknown);
+        return inflate(bytes, length, origin, inflated) && readPlain(std::move(inflated), origin, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(origin, "not enough memory to read this");
     }
@@ -84,7 +84,7 @@ bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown) {
         }
         if (isGzip(bytes.bytes())) {
             Buffer inflated;
-            if (!inflate(bytes.bytes(), path, inflated)) return false;
+            if (!inflate(bytes.bytes(), Length::known, path, inflated)) return false;
             bytes = std::move(inflated);
         }
         return readPlain(std::move(bytes), path, scene, unknown);

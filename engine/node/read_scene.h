@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "engine/node/encoding/gzip.h"
 #include "engine/node/encoding/report.h"
 #include "engine/node/scene.h"
 
@@ -17,7 +18,8 @@ namespace nemra::node {
 /// Unknown classes, parameters, slots and columns would change the light without anybody noticing: as `unknown` says, they are
 /// refused or skipped with a warning each. What is broken (no scene, damaged mesh, numbers that aren't) gives one error message
 /// with file, place and node, and false.
-NEMRA_API bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown = Unknown::refuse);
+NEMRA_API bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scene, Unknown unknown = Unknown::refuse,
+                         Length length = Length::claimed);
 /// The same from a file; a relative path counts from workdir(). A missing or unreadable file gives one error message and false.
 NEMRA_API bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown = Unknown::refuse);
 

@@ -47,9 +47,13 @@ WORK = {"empty": lambda: None, "busy": lambda: sum(range(50_000)), "sleeping": l
 """
 
 
+def run(script: str, *arguments: str, timeout: float = 60) -> subprocess.CompletedProcess:
+    return subprocess.run([sys.executable, "-c", PRELUDE + script, *arguments], capture_output=True, text=True, timeout=timeout * SLOW)
+
+
 def child(script: str, *arguments: str, timeout: float = 60, code: int = 0, says: str = "") -> str:
     """Runs a script. `says`: what all of the engine's lines on stderr must hold, where there may be some."""
-    result = subprocess.run([sys.executable, "-c", PRELUDE + script, *arguments], capture_output=True, text=True, timeout=timeout * SLOW)
+    result = run(script, *arguments, timeout=timeout)
     errors = result.stderr
     if "raising" in arguments:  # with nobody to hear it, what a callback raises is printed
         says = "callback raised: ValueError: boom"
@@ -182,6 +186,25 @@ for attempt in range(25):
         time.sleep(0.002)
 """, work, timeout=120)
 
+    def test_callables_that_give_up_the_interpreter_lock_when_they_go(self):
+        child("""
+class Slow:
+    def __call__(self, *arguments):
+        pass
+    def __del__(self):
+        time.sleep(0.03)  # time for callbacks into a renderer that is half gone
+for attempt in range(10):
+    made = renderer()
+    for name in ["onStatisticsUpdate", "onMessage", "onFinish", "onChange", "onUpdate"]:
+        getattr(made, name)(Slow())
+    assert made.start(SCENE)
+    for _ in range(3):
+        made.updateRaw()
+        time.sleep(0.02)
+    made.setParameter("no such parameter", attempt)
+    del made
+""", says='unknown parameter "no such parameter"')
+
     def test_a_kept_raw_of_a_dropped_renderer_is_empty_and_a_copy_is_not(self):
         child("""
 kept = []
@@ -257,6 +280,68 @@ wait(lambda: done)
 """)
 
 
+class TestMessages:
+    """No warning and no error may be lost, whoever listens and however soon the script ends."""
+
+    FAILING = """
+made = renderer()
+who, then = sys.argv[1:]
+if who in ("script", "both"):
+    nemra.onMessage(lambda message, level: print("script:", message, flush=True))
+if who in ("renderer", "both"):
+    made.onMessage(lambda source, message, level: print("renderer:", source, message, flush=True))
+assert not made.start("/no/such.svxml")
+if then == "drop":
+    del made
+sys.exit(1)
+"""
+
+    @pytest.mark.parametrize("then", ["end", "drop"])
+    @pytest.mark.parametrize("who", ["script", "renderer", "both", "nobody"])
+    def test_a_failed_start_is_explained_though_the_script_ends_at_once(self, who, then):
+        for _ in range(4):
+            result = run(self.FAILING, who, then)
+            assert result.returncode == 1
+            told = {one: result.stdout.count(one + ":") for one in ("script", "renderer")}
+            printed = result.stderr.count("nemra: error: /no/such.svxml")
+            assert told["script"] == (who in ("script", "both")), result
+            if then == "drop" and who == "renderer":  # what it was to be told is still said
+                assert told["renderer"] + printed == 1, result
+            elif then == "end":
+                assert told["renderer"] == (who in ("renderer", "both")), result
+            assert printed == (not told["script"] and not told["renderer"]), result
+
+    def test_a_failed_start_is_explained_behind_a_callback_that_blocks(self):
+        result = run("""
+made = renderer()
+made.onMessage(lambda source, message, level: print("renderer:", message, flush=True))
+began = threading.Event()
+made.onChange(lambda state: (began.set(), time.sleep(1)))
+assert made.start(SCENE) and began.wait(20) and not made.start(SCENE)
+""")
+        assert result.returncode == 0
+        assert (result.stdout + result.stderr).count("a render is under way already") == 1, result
+
+    def test_what_nobody_takes_is_printed(self):
+        script = """
+listen = {"emptied": [lambda *a: None, None], "raising": [lambda *a: 1 / 0]}[sys.argv[1]]
+made = renderer()
+for listener in listen:
+    nemra.onMessage(listener)
+    made.onMessage(listener)
+assert not nemra.nodes.Scene("s").read("/no/such.svxml")
+for name in ("first", "second"):
+    made.setParameter(name, 1)
+assert not made.start("/nor/this.svxml")
+"""
+        for how in ("emptied", "raising"):
+            result = run(script, how)
+            assert (result.returncode, result.stdout) == (0, "")
+            for text in ("/no/such.svxml", '"first"', '"second"', "/nor/this.svxml"):
+                assert result.stderr.count(text) == 1, result.stderr
+            assert result.stderr.count("message callback raised: ZeroDivisionError") == (2 if how == "raising" else 0), result.stderr
+
+
 class TestStart:
     def test_says_what_is_wrong_and_starts_the_next_time(self, tmp_path):
         broken = tmp_path / "broken.svxml"
@@ -282,6 +367,24 @@ assert made.startData(data, len(data))
 wait(lambda: len(done) == 2)
 assert done == [1.0, 1.0]
 """, str(broken))
+
+    def test_takes_a_buffer_that_is_shorter_than_said_from_the_front(self):
+        child("""
+import io
+said = []
+nemra.onMessage(lambda message, level: said.append(message))
+scene = nemra.nodes.Scene("s")
+scene.read(SCENE)
+buffers = [open(SCENE, "rb").read()]
+for kind in (scene.SVXMLZ, scene.SVBIN, scene.SVBINZ):
+    file = io.BytesIO()
+    scene.write(file, kind)
+    buffers.append(file.getvalue())
+for data in buffers:
+    said.clear()
+    assert not renderer().startData(data, len(data) + 2_000_000_000)
+    wait(lambda: said)
+""")
 
     def test_same_seed_same_bits_for_any_number_of_threads(self):
         child("""

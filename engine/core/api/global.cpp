@@ -1,4 +1,5 @@
 // nemraGlobal*: the engine as a whole.
+#include <algorithm>
 #include <chrono>
 #include <string>
 
@@ -8,6 +9,7 @@
 #include "engine/common/workdir.h"
 #include "engine/core/api/version.h"
 #include "engine/core/job/job_threads.h"
+#include "engine/core/job/pending_message.h"
 #include "engine/core/opencl/device.h"
 #include "module/flat/nemra_global.h"
 
@@ -64,10 +66,18 @@ char* pyNemraGlobalListOpenCLDevices(void) {
 
 bool nemraGlobalCloseCallbacks(int timeoutMs) {
     return guarded("nemraGlobalCloseCallbacks", false, [&] {
-        const auto begin = std::chrono::steady_clock::now();
-        const bool quiet = closeCallbackGate(timeoutMs);
-        const auto used = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin).count();
-        core::stopAllJobs(timeoutMs - static_cast<int>(used));
+        using Milliseconds = std::chrono::milliseconds;
+        const auto until = std::chrono::steady_clock::now() + Milliseconds(timeoutMs);
+        const auto left = [&] {
+            const auto time = std::chrono::duration_cast<Milliseconds>(until - std::chrono::steady_clock::now());
+            return std::max(0, static_cast<int>(time.count()));
+        };
+        // A script that ends because its start has failed still hears why, or, where its callbacks take long, reads it: what
+        // comes to the closed gate is printed.
+        core::waitForMessages(timeoutMs / 4);
+        const bool quiet = closeCallbackGate(left());
+        core::waitForMessages(left());
+        core::stopAllJobs(left());
         return quiet;
     });
 }

@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <thread>
 #include <type_traits>
@@ -37,6 +38,7 @@ std::size_t indexOf(Dispatcher::Slot slot) { return static_cast<std::size_t>(slo
 void Dispatcher::set(Slot slot, void* user, void (*function)()) {
     const std::lock_guard lock(mutex_);
     callbacks_[indexOf(slot)] = {user, function};
+    if (slot == Slot::message) saidMessageFault_ = false;
 }
 
 void Dispatcher::setUpdate(void* user, nemra_renderer_raw_callback callback) { set(Slot::update, user, erased(callback)); }
@@ -174,11 +176,10 @@ void Dispatcher::deliver(const Event& event) {
     } else if (const auto* const turned = std::get_if<BusyEvent>(&event)) {
         call<nemra_server_busy_callback>(Slot::busy, turned->busy);
     } else if (const auto* const said = std::get_if<MessageEvent>(&event)) {
-        if (said->toRenderer) {
-            call<nemra_renderer_message_callback>(Slot::message, said->message.source.c_str(), said->message.text.c_str(),
-                                                  said->message.level);
-        }
-        log::deliverToHost(said->message);
+        const log::Message& message = said->message;
+        const bool heard = said->toRenderer && call<nemra_renderer_message_callback>(Slot::message, message.source.c_str(),
+                                                                                     message.text.c_str(), message.level);
+        if (!log::deliverToHost(message) && !heard) log::print(message);
     }
 }
 
@@ -202,9 +203,10 @@ void Dispatcher::deliverRaw(Slot slot, const std::shared_ptr<Raw>& raw) {
 }
 
 template <class Function, class... Arguments>
-void Dispatcher::call(Slot slot, Arguments... arguments) {
-    if (!wants(slot)) return;
+bool Dispatcher::call(Slot slot, Arguments... arguments) {
+    if (!wants(slot)) return false;
     std::string what;
+    bool done = false;
     const HostCall outcome = callHost([&] {
         // Only now: with the host's lock in hand, the renderer isn't released between this look and the callback's own first
         // steps.
@@ -213,30 +215,33 @@ void Dispatcher::call(Slot slot, Arguments... arguments) {
         const auto function = reinterpret_cast<Function>(callback.function);
         try {
             function(callback.user, arguments...);
+            done = true;
         } catch (const abi::__forced_unwind&) {
             throw;
+        } catch (const std::bad_function_call&) {
+            // The host keeps its function with us and has nothing to call in it any more, as if there were no callback.
         } catch (const std::exception& e) {
             what = e.what();  // here, inside the gate: a host's exception may need the host's lock to say what it is
             throw;
         }
     });
     if (outcome == HostCall::threw) noteFault(slot, what.empty() ? "an unknown fault" : what);
+    return done;
 }
 
 void Dispatcher::noteFault(Slot slot, const std::string& what) {
     const std::string name = kSlotNames[indexOf(slot)];
     std::string text = "the " + name + " callback raised: " + what;
-    {
-        const std::lock_guard lock(mutex_);
-        if (++faults_ >= kMostFaults) {
-            callbacks_[indexOf(slot)] = {};
-            text += " (after " + std::to_string(faults_) + " faults of callbacks it is called no more)";
-        }
-        const bool toRenderer = slot != Slot::message && callbacks_[indexOf(Slot::message)].function;
-        log::Message message{NEMRA_LOG_ERROR, owner_, text};
-        if (closed_ || (!toRenderer && !log::hasHostSink())) return log::print(message);
-        queue_.push_front({MessageEvent{std::move(message), toRenderer}, Clock::now()});
+    const std::lock_guard lock(mutex_);
+    const bool isLast = ++faults_ >= kMostFaults;
+    if (isLast) {
+        callbacks_[indexOf(slot)] = {};
+        text += " (after " + std::to_string(faults_) + " faults of callbacks it is called no more)";
     }
+    // Once is enough where each message is printed that the callback didn't take.
+    if (slot == Slot::message && std::exchange(saidMessageFault_, true) && !isLast) return;
+    const bool toRenderer = slot != Slot::message && callbacks_[indexOf(Slot::message)].function;
+    queue_.push_front({MessageEvent{{NEMRA_LOG_ERROR, owner_, std::move(text)}, toRenderer}, Clock::now()});
 }
 
 }  // namespace nemra::core

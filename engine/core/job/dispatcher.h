@@ -13,6 +13,7 @@
 #include <variant>
 
 #include "engine/common/log.h"
+#include "engine/core/job/pending_message.h"
 #include "engine/core/result/raw.h"
 #include "module/flat/nemra_renderer.h"
 #include "module/flat/nemra_server.h"
@@ -72,6 +73,7 @@ private:
     struct MessageEvent {
         log::Message message;
         bool toRenderer;  ///< false for what the message callback itself gave rise to
+        PendingMessage pending{};
     };
     struct BusyEvent {
         bool busy;
@@ -95,8 +97,9 @@ private:
     std::optional<Event> take();
     void deliver(const Event& event);
     void deliverRaw(Slot slot, const std::shared_ptr<Raw>& raw);
+    /// True if the host's function has done its work.
     template <class Function, class... Arguments>
-    void call(Slot slot, Arguments... arguments);
+    bool call(Slot slot, Arguments... arguments);
     void noteFault(Slot slot, const std::string& what);
 
     const char* const owner_;
@@ -109,6 +112,7 @@ private:
     bool running_ = false;
     std::array<Callback, kSlotCount> callbacks_{};
     int faults_ = 0;                                ///< exceptions that callbacks have left with us
+    bool saidMessageFault_ = false;                 ///< of the message callback that is set
     std::array<nemra_raw_t*, kSlotCount> given_{};  ///< handle that the slot's callback received last
 };
 

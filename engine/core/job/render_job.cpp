@@ -82,7 +82,7 @@ RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
         samples_ = before.samples;
         wrong_ = before.wrong;
     }
-    if (plan.saveInterval > 0.0) autoSave_ = std::make_unique<AutoSave>(finalSvrawName(outputFile_), plan.saveInterval);
+    if (plan.saveInterval > 0.0) autoSave_ = std::make_unique<AutoSave>(outputFile_, plan.saveInterval);
 }
 
 std::shared_ptr<RenderJob> RenderJob::start(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher) {

@@ -8,9 +8,11 @@
 
 #include "engine/common/log.h"
 #include "engine/common/workdir.h"
+#include "engine/core/output/final_file.h"
+#include "engine/core/output/write_result.h"
+#include "engine/core/result/presets.h"
 #include "engine/core/worker/load_network.h"
 #include "engine/core/worker/remote_nodes.h"
-#include "engine/core/output/write_result.h"
 
 namespace nemra::core {
 
@@ -20,14 +22,13 @@ constexpr const char* kSource = "renderer";
 
 /// Plans to go on where an earlier render of the scene was saved. False after one error message.
 bool planResume(const Settings& settings, JobPlan& plan) {
-    const std::string file = plan.outputRaw && !plan.outputFile.empty() ? finalSvrawName(plan.outputFile) : "";
-    if (file.empty()) {
+    if (!plan.outputRaw || formatOf(plan.outputFile) != "svraw") {
         log::error(kSource, "the parameter \"resume\" needs \"output_raw\", and an \"output_file_name\" for a svraw file");
         return false;
     }
     plan.resumable = true;
     plan.saveInterval = settings.saveInterval;
-    return findResumePoint(file, *plan.scene, plan.from);
+    return findResumePoint(plan.outputFile, *plan.scene, plan.from);
 }
 
 }  // namespace
@@ -152,6 +153,12 @@ bool Renderer::startChecked(const Loader& load) {
     const LoadedScene loaded = load(settings, !remotes.empty());
     if (!loaded.prepared) return false;
     plan.scene = loaded.prepared;
+    if (!settings.outputFile.empty()) {
+        plan.outputFile = resolvePath(settings.outputFile);
+        plan.outputRaw = settings.outputRaw;
+        const auto outputs = outputsOf(plan.scene->instrument());
+        if (!settleFinalFile(plan.outputFile, plan.outputRaw, outputs.empty() ? nullptr : outputs.front().get())) return false;
+    }
     std::vector<worker::RemoteNode::Target> targets;
     if (!remotes.empty()) {
         auto made = worker::makeTargets(remotes);
@@ -159,8 +166,6 @@ bool Renderer::startChecked(const Loader& load) {
         targets = std::move(*made);
         plan.hasOutsideWorkers = true;
     }
-    plan.outputFile = settings.outputFile.empty() ? "" : resolvePath(settings.outputFile);
-    plan.outputRaw = settings.outputRaw;
     plan.haltNoise = settings.haltNoise;
     if (settings.resume && !planResume(settings, plan)) return false;
 

@@ -64,6 +64,17 @@ std::string withoutLinks(const std::string& path) {
     return real ? std::string(real.get()) : path;
 }
 
+/// The number of the fault, or 0.
+int writingFault(const std::string& path) {
+    struct stat found {};
+    const bool exists = ::stat(path.c_str(), &found) == 0;
+    if (!exists && errno != ENOENT) return errno;
+    if (exists && S_ISDIR(found.st_mode)) return EISDIR;
+    if (exists && ::access(path.c_str(), W_OK) != 0) return errno;
+    if (exists && !S_ISREG(found.st_mode)) return 0;
+    return ::access(folderOf(exists ? withoutLinks(path) : path).c_str(), W_OK | X_OK) == 0 ? 0 : errno;
+}
+
 bool writeDirectly(const std::string& path, std::span<const char> bytes) {
     Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (file.get() < 0) return failed(path, "open the file", errno);
@@ -72,6 +83,11 @@ bool writeDirectly(const std::string& path, std::span<const char> bytes) {
 }
 
 }  // namespace
+
+std::string whyNotWritable(const std::string& path) {
+    const int fault = writingFault(path);
+    return fault == 0 ? "" : std::generic_category().message(fault);
+}
 
 bool writeFileWhole(const std::string& requested, std::span<const char> bytes) {
     struct stat old {};

@@ -11,4 +11,7 @@ namespace nemra::core {
 /// failure false, one error message with the system's reason, no file left over, the old file as it was.
 bool writeFileWhole(const std::string& path, std::span<const char> bytes);
 
+/// The system's reason why writeFileWhole would fail now, as far as that shows without writing; "" for none.
+std::string whyNotWritable(const std::string& path);
+
 }  // namespace nemra::core

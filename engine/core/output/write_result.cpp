@@ -9,6 +9,7 @@
 #include "engine/common/log.h"
 #include "engine/core/output/document.h"
 #include "engine/core/output/encode.h"
+#include "engine/core/output/final_file.h"
 #include "engine/core/output/table_text.h"
 #include "engine/core/output/write_file.h"
 #include "engine/core/result/svraw.h"
@@ -113,19 +114,6 @@ bool write(Encode encoder, const Raw& raw, const std::string& format, const std:
     return bytes && writeFileWhole(path, bytes->span());
 }
 
-struct FinalName {
-    std::string name;
-    std::string format;
-};
-
-/// What a render's last result is called where the wanted name leaves the format open.
-FinalName finalName(std::string name, const char* format) {
-    const std::string extension = extensionOf(name);
-    if (extension == "auto") name.resize(name.size() - std::string_view(".auto").size());
-    if (!extension.empty() && extension != "auto") return {std::move(name), extension};
-    return {name + "." + format, format};
-}
-
 }  // namespace
 
 ClassTable<OutputFormats>& outputClasses() {
@@ -133,18 +121,31 @@ ClassTable<OutputFormats>& outputClasses() {
     return table;
 }
 
+std::span<const char* const> outputFormats(const node::Node& output) {
+    const OutputFormats formats = outputClasses().find(output.type());
+    return formats ? formats() : std::span<const char* const>();
+}
+
 std::span<const char* const> outputFormats(const Raw& raw) {
     const auto output = raw.output();
-    const OutputFormats formats = output ? outputClasses().find(output->type()) : nullptr;
-    return formats ? formats() : std::span<const char* const>();
+    return output ? outputFormats(*output) : std::span<const char* const>();
+}
+
+std::string formatOf(const std::string& path) { return formatNamed(extensionOf(path)); }
+
+bool isResultFormat(std::string_view format) { return resultEncoder(format) != nullptr; }
+
+bool isRawFormat(std::string_view format) { return rawEncoder(format) != nullptr; }
+
+// An output that nothing is known of has no list; a picture of it is made all the same.
+bool isOffered(std::span<const char* const> offered, std::string_view format) {
+    return isResultFormat(format) && (offered.empty() || isAmong(offered, format));
 }
 
 std::optional<Bytes> encodeResult(const Raw& raw, std::string_view wanted, const std::string& source) {
     const std::string format = formatNamed(wanted);
-    const auto offered = outputFormats(raw);
     const Encode encoder = resultEncoder(format);
-    // An output that nothing is known of has no list; a picture of it is made all the same.
-    if (!encoder || (!offered.empty() && !isAmong(offered, format))) {
+    if (!isOffered(outputFormats(raw), format)) {
         refuse(source, format, encoder || rawEncoder(format) ? "this output isn't written in the format " : "unknown format: ");
         return std::nullopt;
     }
@@ -163,21 +164,31 @@ bool writeRaw(const Raw& raw, const std::string& path, std::string_view wanted) 
     return false;
 }
 
+namespace {
+
+/// By an extension alone: the output's own formats come first.
+bool goesAsItIs(const Raw& raw, std::string_view format) {
+    return isAmong(kRawFormats, format) && !isAmong(outputFormats(raw), format);
+}
+
+}  // namespace
+
 bool writeAuto(const Raw& raw, const std::string& path) {
-    const std::string format = formatNamed(extensionOf(path));
-    const bool asRaw = isAmong(kRawFormats, format) && !isAmong(outputFormats(raw), format);
-    return asRaw ? writeRaw(raw, path, format) : writeResult(raw, path, format);
+    const std::string format = formatOf(path);
+    return goesAsItIs(raw, format) ? writeRaw(raw, path, format) : writeResult(raw, path, format);
 }
 
 bool writeFinal(const Raw& raw, const std::string& path, bool asRaw) {
-    const auto formats = outputFormats(raw);
-    const FinalName final = finalName(path, asRaw || formats.empty() ? "svraw" : formats.front());
-    return asRaw ? writeRaw(raw, final.name, final.format) : writeAuto(raw, final.name);
-}
-
-std::string finalSvrawName(const std::string& path) {
-    const FinalName final = finalName(path, "svraw");
-    return formatNamed(final.format) == "svraw" ? final.name : "";
+    const auto output = raw.output();
+    const FinalFile file = finalFile(path, asRaw, output.get());
+    if (!file.warning.empty()) log::warning(path, file.warning);
+    const std::string format = formatOf(file.path);
+    const bool isPlain = asRaw || goesAsItIs(raw, format);
+    const auto bytes = isPlain ? encode(rawEncoder(format), raw, format, file.path) : encodeResult(raw, format, file.path);
+    if (bytes) return writeFileWhole(file.path, bytes->span());
+    const std::string kept = file.path + ".svraw";
+    if (format != "svraw" && writeRaw(raw, kept, "svraw")) log::warning(file.path, "the result is kept as it is in " + kept);
+    return false;
 }
 
 }  // namespace nemra::core

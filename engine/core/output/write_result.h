@@ -19,8 +19,17 @@ namespace nemra::core {
 using OutputFormats = std::span<const char* const> (*)();
 ClassTable<OutputFormats>& outputClasses();
 
-/// Formats that an output can be written in, the default one first.
+/// Formats that an output can be written in, the default one first; none for a class that nothing is known of.
+std::span<const char* const> outputFormats(const node::Node& output);
 std::span<const char* const> outputFormats(const Raw& raw);
+
+/// The format that a name's extension stands for, in small letters; "" for a name without one. Maybe one that nobody knows.
+std::string formatOf(const std::string& path);
+/// Is there an encoder for some output, or for results as they are?
+bool isResultFormat(std::string_view format);
+bool isRawFormat(std::string_view format);
+/// Is an output with these formats written in that one?
+bool isOffered(std::span<const char* const> offered, std::string_view format);
 
 /// A file in memory, from whichever container its encoder fills.
 class Bytes {
@@ -46,9 +55,7 @@ bool writeResult(const Raw& raw, const std::string& path, std::string_view forma
 bool writeRaw(const Raw& raw, const std::string& path, std::string_view format);
 /// Takes the format from the extension: one of the output's formats, else one of those of writeRaw.
 bool writeAuto(const Raw& raw, const std::string& path);
-/// The last result of a render: by the extension; without one, or with ".auto", in the default format and with its extension.
+/// The last result of a render, by the extension of its finalFile. What can't be encoded so is kept as svraw, and still false.
 bool writeFinal(const Raw& raw, const std::string& path, bool asRaw);
-/// The name under which writeFinal stores a result as svraw; "" if it would be another format.
-std::string finalSvrawName(const std::string& path);
 
 }  // namespace nemra::core

@@ -5,25 +5,11 @@
 
 #include "engine/core/film/cut_out.h"
 #include "engine/core/film/pageable.h"
+#include "engine/core/result/presets.h"
 
 namespace nemra::core {
 
 namespace {
-
-std::vector<std::shared_ptr<const node::Node>> outputsOf(const std::shared_ptr<const node::Node>& instrument) {
-    std::vector<std::shared_ptr<const node::Node>> outputs;
-    if (instrument) {
-        for (auto& child : instrument->list()) {
-            if (child && child->family() == "output") outputs.push_back(std::move(child));
-        }
-    }
-    if (outputs.empty()) {
-        if (const node::NodeClass* const picture = node::findClass("output", "rgbimage")) {
-            outputs.push_back(std::make_shared<node::Node>(*picture, "rgbimage"));
-        }
-    }
-    return outputs;
-}
 
 std::vector<nemra_quantity_t> quantitiesOf(const QuantityTable& factors) {
     std::vector<nemra_quantity_t> quantities;

@@ -17,7 +17,9 @@ namespace {
 
 // Higher levels save a few percent of a mesh and take five times as long.
 constexpr int kLevel = 1;
-constexpr std::size_t kLeastMember = 18;                                   // header and trailer
+constexpr std::size_t kLeastMember = 18;    // header and trailer
+constexpr std::size_t kUsualGzipRatio = 8;  // of text, that of arrays is lower
+constexpr std::size_t kRoomGrowth = 4;
 constexpr std::string_view kHeader("\x1f\x8b\x08\0\0\0\0\0\x04\xff", 10);  // deflate, no name, no time, fast, any system
 
 struct FreeCompressor {
@@ -84,26 +86,39 @@ Buffer gzip(std::span<const char> bytes) {
 
 bool isGzip(std::span<const char> bytes) noexcept { return bytes.size() >= 2 && bytes[0] == '\x1f' && bytes[1] == '\x8b'; }
 
-bool gunzip(std::span<const char> bytes, Buffer& out, std::string& why) {
+bool gunzip(std::span<const char> bytes, Buffer& out, std::string& why, Length length) {
     const auto refuse = [&](std::string reason) {
         why = std::move(reason);
         return false;
     };
     if (bytes.size() < kLeastMember) return refuse("the gzip data is cut off at byte " + std::to_string(bytes.size()));
-    const std::size_t stated = statedSize(bytes);
-    if (stated > kMaxInflatedBytes)
-        return refuse("the gzip data would inflate to " + std::to_string(stated) + " bytes, more than 1 GiB");
-    if (!isTaken(stated, bytes.size()))
-        return refuse("the gzip data would inflate to " + std::to_string(stated / bytes.size()) +
-                      " times its size, which no scene does");
+    const std::size_t most = std::min(kMaxInflatedBytes, std::max(kFreeInflatedBytes, (bytes.size() + 1) * kMaxGzipRatio - 1));
+    std::size_t room = std::min(most, std::max(kFreeInflatedBytes, bytes.size() * kUsualGzipRatio));
+    if (length == Length::known) {
+        room = statedSize(bytes);
+        if (room > kMaxInflatedBytes)
+            return refuse("the gzip data would inflate to " + std::to_string(room) + " bytes, more than 1 GiB");
+        if (!isTaken(room, bytes.size()))
+            return refuse("the gzip data would inflate to " + std::to_string(room / bytes.size()) +
+                          " times its size, which no scene does");
+    }
     const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(libdeflate_alloc_decompressor());
     if (!decompressor) throw std::bad_alloc();
     std::size_t used = 0;
     std::size_t size = 0;
-    const auto result =
-        libdeflate_gzip_decompress_ex(decompressor.get(), bytes.data(), bytes.size(), out.room(stated), stated, &used, &size);
+    const auto inflate = [&] {
+        return libdeflate_gzip_decompress_ex(decompressor.get(), bytes.data(), bytes.size(), out.room(room), room, &used, &size);
+    };
+    auto result = inflate();
+    // Memory that isn't written yet costs nothing, but a limit on addresses may count it: so not all of it at once.
+    while (result == LIBDEFLATE_INSUFFICIENT_SPACE && length == Length::claimed && room < most) {
+        room = std::min(most, room * kRoomGrowth);
+        result = inflate();
+    }
     if (result == LIBDEFLATE_INSUFFICIENT_SPACE)
-        return refuse("the gzip data inflates to more than the " + std::to_string(stated) + " bytes that its end says");
+        return refuse("the gzip data inflates to more than " +
+                      (length == Length::known ? "the " + std::to_string(room) + " bytes that its end says"
+                                               : std::to_string(most) + " bytes, which no scene of its size does"));
     if (result != LIBDEFLATE_SUCCESS)
         return refuse("the gzip data is damaged or cut off at byte " + std::to_string(bytes.size()));
     if (used != bytes.size()) return refuse("the gzip data ends at byte " + std::to_string(used) + ", but something follows");

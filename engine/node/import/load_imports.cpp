@@ -127,7 +127,7 @@ private:
             return fail(path, "the file imports itself: " + chain + own);
         }
         if (open_.size() >= kMostLevels) return fail(path, "imports nest deeper than " + std::to_string(kMostLevels));
-        if (!readScene(bytes.bytes(), path, loaded, unknown_)) return false;
+        if (!readScene(bytes.bytes(), path, loaded, unknown_, Length::known)) return false;
         const std::string folder = fs::path(own).parent_path().string();
         Place place{folder, absolute(loaded.searchPaths, folder)};
         const auto inherited = absolute(above.searchPaths, resolvePath(above.folder.empty() ? "." : above.folder));

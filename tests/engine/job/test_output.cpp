@@ -213,18 +213,92 @@ TEST_F(Output, WhatCannotBeWrittenIsSaidOnceAndTheOldFileStays) {
     EXPECT_EQ(fs::status(path("old.png")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(Output, TheLastResultOfARenderGoesWhereTheParameterSays) {
-    for (const auto& [given, written] : {std::pair{"a", "a.png"}, std::pair{"b.auto", "b.png"}, std::pair{"c.exr", "c.exr"}}) {
-        Recorder& recorder = makeRecorder();
-        core::Renderer renderer;
-        recorder.attach(renderer);
-        renderer.setParameter("output_file_name", path(given));
-        renderer.addLocalNode();
-        renderer.setHalt({0.0, 1.0, NEMRA_HALT_STOPS});
-        ASSERT_TRUE(renderer.start(loaderOf(std::make_shared<FakeScene>())));
-        ASSERT_TRUE(recorder.waitForFinish());
-        EXPECT_TRUE(fs::exists(path(written))) << written;
+/// Renders one sample. Empty if the start is refused, else the files that came.
+std::vector<std::string> filesOfRender(const fs::path& folder, const std::string& given, const char* raw, Recorder& recorder) {
+    core::Renderer renderer;
+    recorder.attach(renderer);
+    renderer.setParameter("output_file_name", given);
+    renderer.setParameter("output_raw", raw);
+    renderer.addLocalNode();
+    renderer.setHalt({0.0, 1.0, NEMRA_HALT_STOPS});
+    std::vector<std::string> files;
+    if (!renderer.start(loaderOf(std::make_shared<FakeScene>()))) {
+        recorder.waitFor([](const Recorder& r) { return !r.messages.empty(); });
+        return files;
     }
+    EXPECT_TRUE(recorder.waitForFinish());
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) files.push_back(fs::relative(entry.path(), folder).string());
+    }
+    for (const std::string& file : files) fs::remove(folder / file);
+    return files;
+}
+
+TEST_F(Output, TheLastResultOfARenderGoesWhereTheParameterSays) {
+    fs::create_directories(path("v1.5"));
+    fs::create_directories(path("room.v2"));
+    const struct {
+        const char* given;
+        const char* raw;
+        const char* written;
+        bool warns;
+    } cases[] = {
+        {"a", "false", "a.png", false},
+        {"a", "true", "a.svraw", false},
+        {"a.auto", "false", "a.png", false},
+        {"a.AUTO", "true", "a.svraw", false},
+        {"a.exr", "false", "a.exr", false},
+        {"a.exr", "true", "a.exr", false},
+        {"a.svraw", "false", "a.svraw", false},
+        {"a.PNG", "false", "a.PNG", false},
+        {"a.JPEG", "false", "a.JPEG", false},
+        // What is no format belongs to the name.
+        {"room.v2", "false", "room.v2.png", false},
+        {"room.v2", "true", "room.v2.svraw", false},
+        {"room.v2.auto", "false", "room.v2.png", false},
+        {"v1.5/a", "false", "v1.5/a.png", false},
+        {"a.", "false", "a.png", false},
+        {"a...", "true", "a.svraw", false},
+        // What this result isn't written in gives way.
+        {"a.png", "true", "a.svraw", true},
+        {"a.b.jpg", "true", "a.b.svraw", true},
+        {"a.html", "false", "a.png", true},
+    };
+    for (const auto& one : cases) {
+        Recorder& recorder = makeRecorder();
+        EXPECT_EQ(filesOfRender(folder_, path(one.given), one.raw, recorder), std::vector<std::string>{one.written}) << one.given;
+        EXPECT_EQ(recorder.messages.size(), one.warns ? 1U : 0U) << one.given;
+        if (!recorder.messages.empty()) {
+            EXPECT_NE(recorder.messages[0].find(path(one.written)), std::string::npos) << recorder.messages[0];
+        }
+    }
+}
+
+TEST_F(Output, ARenderWhoseFileCannotBeWrittenDoesNotStart) {
+    fs::create_directories(path("folder.png"));
+    std::ofstream(path("file")) << "x";
+    for (const std::string& given :
+         {path("missing/a.png"), path("missing/a"), path("file/a.png"), path("folder.png"), path("folder.png/"), path(".."),
+          path("folder.png/."), path(std::string(5000, 'x')), path(std::string(252, 'x'))}) {
+        Recorder& recorder = makeRecorder();
+        EXPECT_TRUE(filesOfRender(folder_, given, "false", recorder).empty()) << given;
+        ASSERT_EQ(recorder.messages.size(), 1U) << given;
+        EXPECT_NE(recorder.messages[0].find("the render doesn't start"), std::string::npos) << recorder.messages[0];
+    }
+    EXPECT_EQ(core::whyNotWritable("/dev/null"), "");
+}
+
+// A class that nothing is known of offers no list, so only the encoder finds out.
+TEST_F(Output, ALastResultThatCannotBeEncodedIsKeptAsItIs) {
+    const node::NodeClass unknown{.family = "output", .type = "unheard_of", .summary = "Made up", .listClass = "filter"};
+    FakeScene scene;
+    const auto raw = rawOf(scene, 1);
+    raw->setOutput(std::make_shared<node::Node>(unknown, "o"));
+    EXPECT_FALSE(core::writeFinal(*raw, path("a.txt"), false));
+    EXPECT_FALSE(fs::exists(path("a.txt")));
+    EXPECT_TRUE(fs::exists(path("a.txt.svraw")));
+    ASSERT_EQ(messages_.size(), 2U);
+    EXPECT_NE(messages_[1].find("a.txt.svraw"), std::string::npos) << messages_[1];
 }
 
 TEST_F(Output, RelativeNamesCountFromTheWorkingDirectory) {

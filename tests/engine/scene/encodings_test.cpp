@@ -1,7 +1,10 @@
 // Scenes in all four encodings: what comes back is equal, and what is damaged is refused with one message.
 #include <gtest/gtest.h>
 #include <libdeflate.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include "engine/node/encoding/encode.h"
@@ -90,12 +93,13 @@ protected:
     static void SetUpTestSuite() { registerClasses(); }
 };
 
-std::string gunzipFault(std::string_view bytes) {
+testing::AssertionResult isRefused(std::string_view bytes, Length length, std::string_view reason) {
     Buffer out;
     std::string why;
-    EXPECT_FALSE(gunzip(bytes, out, why));
-    EXPECT_EQ(out.size(), 0U);
-    return why;
+    if (gunzip(bytes, out, why, length)) return testing::AssertionFailure() << "it was inflated";
+    if (out.size() > 0) return testing::AssertionFailure() << "something came out";
+    if (why.find(reason) == std::string::npos) return testing::AssertionFailure() << why;
+    return testing::AssertionSuccess();
 }
 
 /// A gzip member as another program would make it, without regard to what our readers take.
@@ -122,9 +126,11 @@ TEST_F(Gzip, BombsAreRefusedAtOnce) {
     for (std::size_t i = 0; i < 4; ++i) boasting[boasting.size() - 4 + i] = '\xff';
     const auto start = std::chrono::steady_clock::now();
     const double memory = test::peakMemory([&] {
-        EXPECT_NE(gunzipFault(bomb).find("times its size"), std::string::npos) << gunzipFault(bomb);
-        EXPECT_NE(gunzipFault(lying).find("inflates to more"), std::string::npos) << gunzipFault(lying);
-        EXPECT_NE(gunzipFault(boasting).find("more than 1 GiB"), std::string::npos) << gunzipFault(boasting);
+        EXPECT_TRUE(isRefused(bomb, Length::known, "times its size"));
+        EXPECT_TRUE(isRefused(lying, Length::known, "inflates to more"));
+        EXPECT_TRUE(isRefused(boasting, Length::known, "more than 1 GiB"));
+        for (const std::string& bytes : {bomb, lying, boasting})
+            EXPECT_TRUE(isRefused(bytes, Length::claimed, "which no scene of its size does"));
         for (const std::string& bytes : {bomb, lying, boasting}) EXPECT_FALSE(readOrExplain(bytes));
     });
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
@@ -169,16 +175,33 @@ TEST_F(Gzip, OneMemberAndNothingBehindIt) {
     }
 }
 
+TEST_F(Gzip, ABufferThatIsShorterThanItsCallerSaysIsReadFromTheFront) {
+    const std::string whole = encoded(smallScene(), Format::svbinz);
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t room = (whole.size() + 2 * page) / page * page;
+    void* const block = ::mmap(nullptr, room + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(block, MAP_FAILED);
+    ASSERT_EQ(::mprotect(static_cast<char*>(block) + room, page, PROT_NONE), 0);
+    char* const begin = static_cast<char*>(block) + room - whole.size() - 8;
+    std::copy(whole.begin(), whole.end(), begin);
+    EXPECT_TRUE(readOrExplain({begin, whole.size()}));
+    for (const std::size_t claimed : {whole.size() + 4096, whole.size() + 2'000'000'000})
+        EXPECT_TRUE(isRefused({begin, claimed}, Length::claimed, "but something follows"));
+    ::munmap(block, room + page);
+}
+
 TEST_F(Gzip, TakesBackWhatItWrote) {
     for (const std::size_t size :
          {std::size_t{0}, std::size_t{1}, kFreeInflatedBytes, kFreeInflatedBytes + 1, std::size_t{8} << 20}) {
         const std::string zeros(size, '\0');
         const Buffer bytes = gzip(zeros);
         EXPECT_LT(bytes.size(), 64 + kFreeInflatedBytes / 100 + size / 90);
-        Buffer out;
-        std::string why;
-        ASSERT_TRUE(gunzip(bytes.bytes(), out, why)) << size << ": " << why;
-        EXPECT_TRUE(out.text() == zeros);
+        for (const Length length : {Length::known, Length::claimed}) {
+            Buffer out;
+            std::string why;
+            ASSERT_TRUE(gunzip(bytes.bytes(), out, why, length)) << size << ": " << why;
+            EXPECT_TRUE(out.text() == zeros);
+        }
     }
     Scene scene;
     auto geometry = std::make_shared<Geometry>();
