@@ -46,10 +46,11 @@ bool readPlain(Buffer bytes, std::string_view origin, Scene& scene, Unknown unkn
     return refuse(bytes.bytes(), origin);
 }
 
-/// Inflates what is gzipped. False after one error message.
-bool inflate(std::span<const char> bytes, std::string_view origin, Buffer& inflated) {
+/// Inflates what is gzipped, our own bytes or a caller's. False after one error message.
+template <class Bytes>
+bool inflate(Bytes bytes, std::string_view origin, Buffer& inflated) {
     std::string why;
-    if (gunzip(bytes, inflated, why)) return true;
+    if (gunzip(std::move(bytes), inflated, why)) return true;
     log::error(origin, why);
     return false;
 }
