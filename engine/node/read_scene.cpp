@@ -85,7 +85,7 @@ bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown) {
         }
         if (isGzip(bytes.bytes())) {
             Buffer inflated;
-            if (!inflate(bytes.bytes(), path, inflated)) return false;
+            if (!inflate(std::move(bytes), path, inflated)) return false;
             bytes = std::move(inflated);
         }
         return readPlain(std::move(bytes), path, scene, unknown);
