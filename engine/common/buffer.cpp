@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "engine/common/pages.h"
+
 namespace nemra {
 
 void Buffer::reallocate(std::size_t capacity) {
@@ -32,6 +34,8 @@ Buffer Buffer::adopt(char* block, std::size_t size) {
     buffer.reallocate(size);
     return buffer;
 }
+
+void Buffer::forget(std::size_t at, std::size_t size) noexcept { giveBack(wholePages({data_.get() + at, size})); }
 
 char* Buffer::release() && {
     reallocate(size_);

@@ -35,6 +35,11 @@ public:
     }
     /// The first `more` bytes of the room have been written.
     void grow(std::size_t more) noexcept { size_ += more; }
+    /// Cuts it to its first `size` bytes; the room stays.
+    void shrink(std::size_t size) noexcept { size_ = size; }
+    void clear() noexcept { shrink(0); }
+    /// Nobody will look at these bytes again, and their memory goes back to the system as far as it makes up whole pages.
+    void forget(std::size_t at, std::size_t size) noexcept;
     void append(std::string_view text) {
         if (text.empty()) return;
         std::memcpy(room(text.size()), text.data(), text.size());

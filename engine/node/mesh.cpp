@@ -127,15 +127,15 @@ std::string copyChecked(Mesh& mesh, std::span<const double> vertices, std::span<
 }
 
 std::string whyRefused(const Sphere& sphere) {
-    return sphere.radius > 0.0F && sphere.radius <= static_cast<float>(kMaxCoordinate)
-               ? ""
-               : "the radius must be finite and above zero";
+    if (sphere.radius > static_cast<float>(kMaxCoordinate) && std::isfinite(sphere.radius))
+        return "the radius is larger than 1e18";
+    return sphere.radius > 0.0F && std::isfinite(sphere.radius) ? "" : "the radius must be finite and above zero";
 }
 
 std::string whyRefused(const Cone& cone) {
-    return cone.topRadius >= 0.0F && cone.topRadius <= static_cast<float>(kMaxCoordinate)
-               ? ""
-               : "the top radius must be finite and not below zero";
+    if (cone.topRadius > static_cast<float>(kMaxCoordinate) && std::isfinite(cone.topRadius))
+        return "the top radius is larger than 1e18";
+    return cone.topRadius >= 0.0F && std::isfinite(cone.topRadius) ? "" : "the top radius must be finite and not below zero";
 }
 
 std::string whyRefused(const Geometry& geometry) {

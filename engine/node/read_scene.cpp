@@ -46,10 +46,11 @@ bool readPlain(Buffer bytes, std::string_view origin, Scene& scene, Unknown unkn
     return refuse(bytes.bytes(), origin);
 }
 
-/// Inflates what is gzipped. False after one error message.
-bool inflate(std::span<const char> bytes, Length length, std::string_view origin, Buffer& inflated) {
+/// Inflates what is gzipped: a caller's bytes with a Length, or our own. False after one error message.
+template <class Bytes, class... Certainty>
+bool inflate(Bytes bytes, std::string_view origin, Buffer& inflated, Certainty... length) {
     std::string why;
-    if (gunzip(bytes, inflated, why, length)) return true;
+    if (gunzip(std::move(bytes), inflated, why, length...)) return true;
     log::error(origin, why);
     return false;
 }
@@ -68,7 +69,7 @@ bool readScene(std::span<const char> bytes, std::string_view origin, Scene& scen
         }
         if (!isGzip(bytes)) return refuse(bytes, origin);
         Buffer inflated;
-        return inflate(bytes, length, origin, inflated) && readPlain(std::move(inflated), origin, scene, unknown);
+        return inflate(bytes, origin, inflated, length) && readPlain(std::move(inflated), origin, scene, unknown);
     } catch (const std::bad_alloc&) {
         log::error(origin, "not enough memory to read this");
     }
@@ -84,7 +85,7 @@ bool readSceneFile(const std::string& path, Scene& scene, Unknown unknown) {
         }
         if (isGzip(bytes.bytes())) {
             Buffer inflated;
-            if (!inflate(bytes.bytes(), Length::known, path, inflated)) return false;
+            if (!inflate(std::move(bytes), path, inflated)) return false;
             bytes = std::move(inflated);
         }
         return readPlain(std::move(bytes), path, scene, unknown);

@@ -50,7 +50,7 @@ NEMRA_API nemra_onode_t* nemraNode_clone(nemra_onode_t* node);
 /* A deep copy. Caller's handle. */
 NEMRA_API nemra_onode_t* nemraNode_copy(nemra_onode_t* node);
 
-/* format 0: svxml text, 1: svbin. *size: count of bytes. Caller's text; null on failure. */
+/* format 0: svxml text, 1: svbin. *size: count of bytes. Caller's text; empty for a stale node, null on failure. */
 NEMRA_API char* nemraNode_serialize(nemra_onode_t* node, int format, uint32_t* size);
 
 /* Top-level parameters in the order of the class. Engine's array and engine's parameters: good while the node lives. */

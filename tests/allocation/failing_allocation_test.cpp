@@ -2,7 +2,6 @@
 // program that goes on as if nothing had been. Under AddressSanitizer also: nothing is left behind.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 #include <string>
 
@@ -12,33 +11,9 @@
 #include "engine/node/read_scene.h"
 #include "module/flat/nemra_common.h"
 #include "module/flat/nemra_scene.h"
+#include "tests/allocation/failing_memory.h"
 #include "tests/engine/light/render_scene.h"
 #include "tests/engine/scene/messages.h"
-
-namespace {
-
-thread_local long allocationsLeft = 0;  // 0: no end
-
-void* allocateOrNull(std::size_t size) noexcept {
-    return allocationsLeft > 0 && --allocationsLeft == 0 ? nullptr : std::malloc(size == 0 ? 1 : size);
-}
-void* allocate(std::size_t size) {
-    void* const block = allocateOrNull(size);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-// Sorting asks for its memory this way, and goes on without.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 namespace nemra::node {
 namespace {
@@ -48,16 +23,9 @@ constexpr int kFailures = 500;
 /// Runs `body` with its n-th allocation on this thread failing. True if it came to that.
 template <class Body>
 bool failing(long n, const Body& body) {
-    allocationsLeft = n;
-    try {
-        body();
-    } catch (...) {
-        allocationsLeft = 0;
-        throw;
-    }
-    const bool failed = allocationsLeft == 0;
-    allocationsLeft = 0;
-    return failed;
+    test::FailingMemory memory(test::Counted::here, n);
+    body();
+    return memory.end();
 }
 
 Scene cornellBox() {

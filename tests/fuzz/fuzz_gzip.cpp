@@ -1,5 +1,6 @@
 // Target: the gzip forms. Damage to gzipped bytes nearly always ends at their checksum, so an input is what they inflate to, and
-// behind it four bytes that say how the gzipped bytes are damaged. An input that begins as gzip does is taken as it is.
+// behind it four bytes that say whether they are gzipped in two pieces and how the gzipped bytes are damaged. An input that
+// begins as gzip does is taken as it is.
 #include <algorithm>
 #include <vector>
 
@@ -15,6 +16,13 @@ void damage(std::span<char> bytes, const std::uint8_t* how) {
     bytes[place] = static_cast<char>(bytes[place] ^ static_cast<char>(how[2]));
 }
 
+nemra::Buffer gzipped(std::span<const char> contents, bool inPieces) {
+    if (!inPieces) return nemra::node::gzip(contents);
+    nemra::node::GzipPieces pieces;
+    pieces.add(contents.first(contents.size() / 2));
+    return std::move(pieces).finish(contents.subspan(contents.size() / 2));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -24,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < kDamage) return 0;
     const std::span<const char> contents = input.first(size - kDamage);
     const std::uint8_t* const how = data + contents.size();
-    const Buffer whole = node::gzip(contents);
+    const Buffer whole = gzipped(contents, (how[0] & 0x80) != 0);
     std::vector<char> bytes(whole.bytes().begin(), whole.bytes().end());
     if (how[2] == 0 && how[3] == 0) {
         Buffer again;

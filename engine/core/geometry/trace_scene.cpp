@@ -146,6 +146,7 @@ void TraceScenes::makeFlat(const World& world) {
 
 void TraceScenes::makeEmbree(World& world) {
     const std::size_t before = embree::bytesInUse();
+    rtcGetDeviceError(embree::device());  // takes out what an earlier scene may have left behind that couldn't be built
     for (auto& mesh : world.meshes) {
         mesh->scene = newScene();
         const embree::Geometry geometry = triangleGeometry(mesh->triangles.data(), mesh->triangles.size());

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <new>
 #include <thread>
 #include <type_traits>
 #include <utility>
@@ -107,7 +108,12 @@ void Dispatcher::post(Event event, From from) {
         const auto now = Clock::now();
         const bool waits = from == From::host && !hostLock().acquire;
         queue_.push_back({std::move(event), waits ? now + kHostPause : now});
-        startThread();
+        try {
+            startThread();
+        } catch (...) {
+            queue_.pop_back();  // the poster takes back what it wanted to tell
+            throw;
+        }
     }
     wake_.notify_one();
 }
@@ -141,7 +147,13 @@ void Dispatcher::close() {
 
 void Dispatcher::run() {
     pthread_setname_np(pthread_self(), "nemra-callback");
-    while (const std::optional<Event> event = take()) deliver(*event);
+    while (const std::optional<Event> event = take()) {
+        try {
+            deliver(*event);
+        } catch (const std::bad_alloc&) {
+            // What couldn't be told is lost; what comes next may find memory again.
+        }
+    }
 }
 
 std::optional<Dispatcher::Event> Dispatcher::take() {
@@ -185,7 +197,13 @@ void Dispatcher::deliver(const Event& event) {
 
 void Dispatcher::deliverRaw(Slot slot, const std::shared_ptr<Raw>& raw) {
     if (!callbackOf(slot).function) return;
-    nemra_raw_t* handle = publish<nemra_raw_t>(raw);
+    nemra_raw_t* handle = nullptr;
+    try {
+        handle = publish<nemra_raw_t>(raw);
+    } catch (const std::bad_alloc&) {
+        log::error("renderer", "there is no memory for a handle of the result");
+        if (slot != Slot::finish) return;  // but whoever waits for the finish must not wait for ever
+    }
     nemra_raw_t* before = nullptr;
     bool closed;
     {

@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -84,6 +85,8 @@ int startJobThreads(const std::shared_ptr<Stoppable>& job, const char* name, int
                 countOut();  // last: by now nothing that the job kept alive is left to this thread
             }).detach();
         } catch (const std::system_error&) {
+            return started;
+        } catch (const std::bad_alloc&) {
             return started;
         }
         ++all.threads;

@@ -104,7 +104,12 @@ void RenderJob::begin() {
         }
         updateInterval_ = kFirstUpdateSeconds;
         nextUpdate_ = Clock::now() + ticks<Clock::duration>(kFirstUpdateSeconds);
-        setState(NEMRA_RENDERER_RUNNING, Dispatcher::From::host);
+        try {
+            setState(NEMRA_RENDERER_RUNNING, Dispatcher::From::host);
+        } catch (...) {
+            state_ = NEMRA_RENDERER_IDLE;  // nobody would know of a render that goes on
+            throw;
+        }
     }
     if (autoSave_ && startJobThreads(self, "nemra-save", 1, [self] { self->guardThread(&RenderJob::autoSave); }) == 0) {
         log::warning("renderer", "the system gave no thread to save results");
@@ -155,11 +160,12 @@ void RenderJob::setState(NemraRendererState_t state, Dispatcher::From from) {
 }
 
 void RenderJob::beginStopping(Dispatcher::From from) {
-    setState(NEMRA_RENDERER_STOPPING, from);
+    // First, since memory for the news may be what is missing.
     cancel_ = true;
     outside_.clear();
     workers_.notify_all();
     conductor_.notify_all();
+    setState(NEMRA_RENDERER_STOPPING, from);
 }
 
 void RenderJob::stop() {

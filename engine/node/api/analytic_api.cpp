@@ -2,6 +2,7 @@
 #include "engine/common/guarded.h"
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/mesh.h"
 #include "module/flat/nemra_scene.h"
 
@@ -13,7 +14,7 @@ using namespace nemra::node;
 template <class Shape>
 nemra_geom_t* create(const char* name, const Shape& shape) {
     auto geometry = std::make_shared<Geometry>();
-    geometry->name = viewOf(name);
+    geometry->name = readableText(viewOf(name));
     geometry->shape = shape;
     if (const std::string why = whyRefused(shape); !why.empty()) {
         log::error(label(*geometry), "not created: " + why);

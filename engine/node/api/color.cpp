@@ -3,6 +3,7 @@
 
 #include "engine/common/text.h"
 #include "engine/node/api/opaque.h"
+#include "engine/node/encoding/utf8.h"
 #include "module/flat/nemra_node.h"
 
 using namespace nemra;
@@ -10,7 +11,7 @@ using namespace nemra::node;
 
 nemra_color* nemraTriColor_create_name(const char* space, float c0, float c1, float c2) {
     return guarded<nemra_color*>("nemraTriColor_create_name", nullptr, [&] {
-        return new nemra_color{Color{std::string(viewOf(space)), {c0, c1, c2}}};
+        return new nemra_color{Color{readableText(viewOf(space)), {c0, c1, c2}}};
     });
 }
 

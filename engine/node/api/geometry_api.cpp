@@ -3,6 +3,7 @@
 #include "engine/common/text.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/mesh.h"
 #include "engine/node/node_handle.h"
 #include "module/flat/nemra_scene.h"
@@ -38,7 +39,7 @@ int32_t nemraGeometry_numPrimitives(nemra_geom_t* geometry) {
 
 void nemraGeometry_setName(nemra_geom_t* geometry, const char* name) {
     guarded(__func__, [&] {
-        if (const auto found = find<Geometry>(geometry)) SceneObject::rename(*found, std::string(viewOf(name)));
+        if (const auto found = find<Geometry>(geometry)) SceneObject::rename(*found, readableText(viewOf(name)));
     });
 }
 
@@ -46,7 +47,7 @@ void nemraGeometry_setMaterialName(nemra_geom_t* geometry, const char* name) {
     guarded(__func__, [&] {
         const auto found = find<Geometry>(geometry);
         if (!found) return;
-        found->materialName = viewOf(name);
+        found->materialName = readableText(viewOf(name));
         found->material.reset();
     });
 }

@@ -6,6 +6,7 @@
 #include "engine/common/text.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/node_handle.h"
 #include "module/flat/nemra_node.h"
 #include "module/flat/nemra_scene.h"
@@ -35,7 +36,7 @@ const char* nemraInstance_geometryName(nemra_instance_t* instance) {
 
 void nemraInstance_setGeometryName(nemra_instance_t* instance, const char* name) {
     guarded(__func__, [&] {
-        if (const auto found = find<Instance>(instance)) found->geometryName = viewOf(name);
+        if (const auto found = find<Instance>(instance)) found->geometryName = readableText(viewOf(name));
     });
 }
 

@@ -1,6 +1,7 @@
 // Making nodes and giving them back.
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/node_handle.h"
 #include "module/flat/nemra_node.h"
 
@@ -14,7 +15,7 @@ void nemraNode_register() {
 nemra_onode_t* nemraNode_create(const char* className, const char* typeName, const char* name) {
     return guarded<nemra_onode_t*>("nemraNode_create", nullptr, [&]() -> nemra_onode_t* {
         const NodeClass* const nodeClass = findClass(viewOf(className), viewOf(typeName));
-        return nodeClass ? handleOf(std::make_shared<Node>(*nodeClass, std::string(viewOf(name))), Hold::script) : nullptr;
+        return nodeClass ? handleOf(std::make_shared<Node>(*nodeClass, readableText(viewOf(name))), Hold::script) : nullptr;
     });
 }
 

@@ -4,6 +4,7 @@
 #include "engine/common/guarded.h"
 #include "engine/common/slot_table.h"
 #include "engine/common/text.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/mesh.h"
 #include "module/flat/nemra_scene.h"
 
@@ -66,7 +67,7 @@ nemra_geom_t* nemraMesh_create(const char* name, const double* vertices, const f
                                int32_t verticesCount, const int32_t* triangles, int32_t trianglesCount) {
     return guarded<nemra_geom_t*>(__func__, nullptr, [&]() -> nemra_geom_t* {
         auto geometry = std::make_shared<Geometry>();
-        geometry->name = viewOf(name);
+        geometry->name = readableText(viewOf(name));
         const auto refuse = [&](const std::string& why) -> nemra_geom_t* {
             log::error(label(*geometry), "not created: " + why);
             return nullptr;

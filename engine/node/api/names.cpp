@@ -2,6 +2,7 @@
 #include "engine/common/text.h"
 #include "engine/node/api/opaque.h"
 #include "engine/node/api/scene_objects.h"
+#include "engine/node/encoding/utf8.h"
 #include "module/flat/nemra_node.h"
 
 using namespace nemra;
@@ -34,14 +35,14 @@ bool nemraNode_isListType(nemra_onode_t* handle) {
 
 bool nemraNode_setName(nemra_onode_t* handle, const char* name) {
     return withNode("nemraNode_setName", handle, false, [&](Node& node) {
-        SceneObject::rename(node, std::string(viewOf(name)));
+        SceneObject::rename(node, readableText(viewOf(name)));
         return true;
     });
 }
 
 void nemraNode_setComments(nemra_onode_t* handle, const char* comments) {
     withNode("nemraNode_setComments", handle, false, [&](Node& node) {
-        node.setComments(std::string(viewOf(comments)));
+        node.setComments(readableText(viewOf(comments)));
         return true;
     });
 }

@@ -6,6 +6,7 @@
 #include "engine/node/api/import_flags.h"
 #include "engine/node/api/scene_objects.h"
 #include "engine/node/api/serialize.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/import/load_imports.h"
 #include "engine/node/read_scene.h"
 #include "module/flat/nemra_scene.h"
@@ -18,7 +19,7 @@ extern "C" {
 nemra_scene_t* nemraScene_create(const char* name) {
     return guarded<nemra_scene_t*>(__func__, nullptr, [&] {
         const auto object = std::make_shared<SceneObject>();
-        object->contents().name = viewOf(name);
+        object->contents().name = readableText(viewOf(name));
         return publish<nemra_scene_t>(object);
     });
 }
@@ -43,13 +44,13 @@ const char* nemraScene_getActiveSetupName(nemra_scene_t* scene) {
 
 void nemraScene_setName(nemra_scene_t* scene, const char* name) {
     guarded(__func__, [&] {
-        if (const auto found = find<SceneObject>(scene)) found->contents().name = viewOf(name);
+        if (const auto found = find<SceneObject>(scene)) found->contents().name = readableText(viewOf(name));
     });
 }
 
 void nemraScene_addSearchPath(nemra_scene_t* scene, const char* path) {
     guarded(__func__, [&] {
-        if (const auto found = find<SceneObject>(scene)) found->contents().searchPaths.emplace_back(viewOf(path));
+        if (const auto found = find<SceneObject>(scene)) found->contents().searchPaths.push_back(readableText(viewOf(path)));
     });
 }
 
@@ -58,7 +59,7 @@ bool nemraScene_setActiveSetupName(nemra_scene_t* scene, const char* name) {
     return guarded<bool>(__func__, false, [&] {
         const auto found = find<SceneObject>(scene);
         if (!found) return false;
-        found->contents().activeSetup = viewOf(name);
+        found->contents().activeSetup = readableText(viewOf(name));
         if (viewOf(name).empty() || found->findNode("setup", viewOf(name))) return true;
         log::warning("scene '" + found->contents().name + "'",
                      "has no setup named '" + std::string(viewOf(name)) + "'; a render needs it");
@@ -77,9 +78,10 @@ bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int
         if (viewOf(path).empty()) return refuse("no file is named");
         Import import;
         import.path = viewOf(path);
-        import.prefix = viewOf(prefix);
+        import.prefix = readableText(viewOf(prefix));
         if (!applyImportFlags(import, flags)) return refuse("there are no flags " + std::to_string(flags));
         if (!load) {
+            import.path = readableText(import.path);
             found->contents().imports.push_back(std::move(import));
             return true;
         }
@@ -91,8 +93,13 @@ bool nemraScene_addImport(nemra_scene_t* scene, const char* path, bool load, int
 bool nemraScene_readFromFile(nemra_scene_t* scene, const char* path) {
     return guarded<bool>(__func__, false, [&] {
         const auto found = find<SceneObject>(scene);
+        if (!found) return false;
+        if (viewOf(path).empty()) {
+            log::error("nemraScene_readFromFile", "no scene file is named");
+            return false;
+        }
         Scene read;
-        if (!found || !readSceneFile(std::string(viewOf(path)), read, Unknown::skip)) return false;
+        if (!readSceneFile(std::string(viewOf(path)), read, Unknown::skip)) return false;
         found->replace(std::move(read));
         return true;
     });

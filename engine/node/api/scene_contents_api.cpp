@@ -2,6 +2,7 @@
 #include "engine/common/guarded.h"
 #include "engine/common/text.h"
 #include "engine/node/api/scene_objects.h"
+#include "engine/node/encoding/utf8.h"
 #include "engine/node/mesh.h"
 #include "engine/node/node_handle.h"
 #include "module/flat/nemra_node.h"
@@ -17,7 +18,7 @@ std::vector<std::vector<std::string>> layersOf(const char*** paths) {
     for (; paths != nullptr && *paths != nullptr; ++paths) {
         auto& path = layers.emplace_back();
         for (const char** name = *paths; *name != nullptr; ++name)
-            if (**name != '\0') path.emplace_back(*name);
+            if (**name != '\0') path.push_back(readableText(*name));
     }
     return layers;
 }

@@ -33,7 +33,7 @@ void setPlaces(SceneObject* scene, auto& list) {
 void bindMaterials(Scene& scene) {
     std::unordered_map<std::string_view, std::shared_ptr<Node>> materials;
     for (const auto& node : scene.nodes)
-        if (node->family() == "material") materials.try_emplace(node->name(), node);
+        if (node->family() == "material" && !node->name().empty()) materials.try_emplace(node->name(), node);
     const auto bind = [&](auto& list) {
         for (const auto& object : list) {
             const auto found = object->material ? materials.end() : materials.find(object->materialName);

@@ -16,8 +16,10 @@ char* serialize(const char* function, const Object& object, int format, Size* si
         return nullptr;
     }
     Buffer bytes = encode(object, *known);
-    if (size != nullptr) *size = static_cast<Size>(bytes.size());
-    return std::move(bytes).release();
+    const auto count = static_cast<Size>(bytes.size());
+    char* const text = std::move(bytes).release();
+    if (size != nullptr) *size = count;
+    return text;
 }
 
 }  // namespace nemra::node

@@ -3,6 +3,7 @@
 
 #include "engine/common/text.h"
 #include "engine/node/api/opaque.h"
+#include "engine/node/encoding/utf8.h"
 #include "module/flat/nemra_node.h"
 
 using namespace nemra;
@@ -44,7 +45,7 @@ nemra_value* nemraValue_create_float(float value) { return made("nemraValue_crea
 nemra_value* nemraValue_create_double(double value) { return made("nemraValue_create_double", value); }
 nemra_value* nemraValue_create_c_str(const char* text) {
     return guarded<nemra_value*>("nemraValue_create_c_str", nullptr, [&] {
-        return new nemra_value{Value{std::string(viewOf(text))}, nullptr};
+        return new nemra_value{Value{readableText(viewOf(text))}, nullptr};
     });
 }
 nemra_value* nemraValue_create_vec_int32_t(const std::int32_t* data, int count) {

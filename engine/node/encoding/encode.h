@@ -21,9 +21,20 @@ inline std::optional<Format> formatOf(int number) noexcept {
 /// A scene, node, geometry or instance in that encoding. Throws std::length_error for what no reader would take back.
 template <class Object>
 Buffer encode(const Object& object, Format format) {
-    const bool isText = format == Format::svxml || format == Format::svxmlz;
-    Buffer plain = isText ? writeSvxml(object) : writeSvbin(object);
-    return format == Format::svxml || format == Format::svbin ? std::move(plain) : gzip(plain.bytes());
+    switch (format) {
+        case Format::svxml:
+            return writeSvxml(object);
+        case Format::svbin:
+            return writeSvbin(object);
+        case Format::svxmlz: {
+            GzipPieces pieces;
+            const Buffer rest = writeSvxml(object, [&](std::span<const char> piece) { pieces.add(piece); });
+            return std::move(pieces).finish(rest.bytes());
+        }
+        case Format::svbinz:
+            break;
+    }
+    return gzip(writeSvbin(object).bytes());
 }
 
 }  // namespace nemra::node

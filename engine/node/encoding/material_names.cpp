@@ -6,8 +6,10 @@ namespace nemra::node {
 
 MaterialNames::MaterialNames(const Scene& scene) {
     std::unordered_set<std::string_view> seen;
-    for (const auto& node : scene.nodes)
-        if (node->family() == "material" && seen.insert(node->name()).second) found_.insert(node.get());
+    for (const auto& node : scene.nodes) {
+        if (node->family() != "material" || node->name().empty()) continue;  // nobody can refer to what has no name
+        if (seen.insert(node->name()).second) found_.insert(node.get());
+    }
 }
 
 const std::string& MaterialNames::nameOf(const std::shared_ptr<Node>& material, const std::string& name) const {

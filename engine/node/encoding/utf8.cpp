@@ -45,4 +45,15 @@ std::size_t firstNotText(std::string_view bytes) noexcept {
     return at;
 }
 
+std::string readableText(std::string_view bytes) {
+    std::string text;
+    for (;;) {
+        const std::size_t sound = firstNotText(bytes);
+        text += bytes.substr(0, sound);
+        if (sound == bytes.size()) return text;
+        text += "\xEF\xBF\xBD";
+        bytes.remove_prefix(sound + 1);
+    }
+}
+
 }  // namespace nemra::node

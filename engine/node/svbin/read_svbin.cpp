@@ -78,7 +78,9 @@ std::shared_ptr<Instance> readInstance(FileView& file, const fb::Instance& insta
         throw Fault{file.offsetOf(&instance), "instance of '" + read->geometryName + "': " + why};
     forEach(instance.layers(), [&](const fb::Layer* layer) {
         auto& path = read->layers.emplace_back();
-        forEach(layer->names(), [&](const flatbuffers::String* name) { path.push_back(file.copy(name)); });
+        forEach(layer->names(), [&](const flatbuffers::String* name) {
+            if (name->size() > 0) path.push_back(file.copy(name));  // no layer is called nothing
+        });
     });
     return read;
 }

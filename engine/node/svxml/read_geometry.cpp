@@ -9,7 +9,7 @@ namespace nemra::node::svxml {
 
 namespace {
 
-/// Joins layer names to a path: "/" stands between them, a backslash before a "/" or backslash of a name.
+/// Layer names from a path: "/" stands between them, a backslash before a "/" or backslash of a name.
 std::vector<std::string> splitLayerPath(std::string_view path) {
     std::vector<std::string> names;
     std::string name;
@@ -25,14 +25,31 @@ std::vector<std::string> splitLayerPath(std::string_view path) {
     return names;
 }
 
+/// Takes some of `text` off its front, up to a blank.
+std::string_view takePiece(std::string_view& text) {
+    constexpr std::size_t kPiece = std::size_t{4} << 20;
+    std::size_t end = std::min(kPiece, text.size());
+    while (end < text.size() && !isBlank(text[end])) ++end;
+    const std::string_view piece = text.substr(0, end);
+    text.remove_prefix(end);
+    return piece;
+}
+
 template <class Number>
 void readArray(Source& source, pugi::xml_node element, const Geometry& geometry, SharedArray<Number>& numbers) {
     if (!numbers.empty()) source.fail(element, label(geometry) + ": a second element '" + element.name() + "'");
     source.checkAttributes(element, {});
     const ElementText text(source, element);
-    numbers = readNumbers<Number, LargeVector<Number>>(source, text.view(), source.offsetOf(element),
-                                                       label(geometry) + ": " + element.name());
-    source.drop(text.view());
+    const std::string what = label(geometry) + ": " + element.name();
+    LargeVector<Number> read;
+    read.reserve(countWords(text.view()));
+    // Piece by piece, so that the memory of the numbers comes as that of their text goes.
+    for (std::string_view left = text.view(); !left.empty();) {
+        const std::string_view piece = takePiece(left);
+        appendNumbers(read, source, piece, source.offsetOf(element), what);
+        source.drop(piece);
+    }
+    numbers = std::move(read);
 }
 
 template <class Number>

@@ -1,11 +1,9 @@
 #include "engine/node/svxml/source.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
-#include <cstdint>
 #include <functional>
 
+#include "engine/common/pages.h"
 #include "engine/node/encoding/limits.h"
 #include "engine/node/encoding/utf8.h"
 
@@ -13,8 +11,7 @@ namespace nemra::node::svxml {
 
 namespace {
 
-constexpr std::size_t kPage = 4096;
-constexpr std::size_t kLeastDropped = 64 * kPage;
+constexpr std::size_t kLeastDropped = std::size_t{256} << 10;
 
 }  // namespace
 
@@ -45,15 +42,13 @@ void Text::drop(std::string_view part) {
     const std::less<const char*> before;
     const char* const end = bytes_.data() + bytes_.size();
     if (!isOurs_ || before(part.data(), bytes_.data()) || !before(part.data(), end)) return;
-    const auto address = reinterpret_cast<std::uintptr_t>(part.data());
-    const std::size_t first = (address + kPage - 1) / kPage * kPage - address;
-    const std::size_t last = (address + part.size()) / kPage * kPage - address;
-    if (part.size() < kLeastDropped) return;
-    const std::string_view pages = part.substr(first, last - first);
+    const std::span<char> memory = wholePages({const_cast<char*>(part.data()), part.size()});
+    if (memory.size() < kLeastDropped) return;
+    const std::string_view pages(memory.data(), memory.size());
     const std::size_t begin = static_cast<std::size_t>(pages.data() - bytes_.data());
     const auto lines = static_cast<std::size_t>(std::count(pages.begin(), pages.end(), '\n'));
     dropped_.push_back({begin, begin + pages.size(), lines, lines == 0 ? 0 : begin + pages.rfind('\n') + 1});
-    ::madvise(const_cast<char*>(pages.data()), pages.size(), MADV_DONTNEED);
+    giveBack(memory);
 }
 
 ElementText::ElementText(const Source& source, pugi::xml_node element) {

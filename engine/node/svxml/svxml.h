@@ -2,6 +2,7 @@
 /// docs/formats.md describes it. Nothing here depends on the process's locale.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -27,10 +28,14 @@ NEMRA_API std::shared_ptr<Geometry> readSvxmlGeometry(std::span<const char> text
 NEMRA_API std::shared_ptr<Instance> readSvxmlInstance(std::span<const char> text, std::string_view origin,
                                                       Unknown unknown = Unknown::refuse);
 
-// Writing. Throws std::length_error for what no reader would take back: nodes nested too deep, a text above 2 GiB.
-NEMRA_API Buffer writeSvxml(const Scene& scene);
-NEMRA_API Buffer writeSvxml(const Node& node);
-NEMRA_API Buffer writeSvxml(const Geometry& geometry);
-NEMRA_API Buffer writeSvxml(const Instance& instance);
+/// Takes a piece of a text, which it mustn't keep.
+using HandOut = std::function<void(std::span<const char>)>;
+
+// Writing. With `handOut`, a large text goes there piece by piece, and only its end comes back. Throws std::length_error for what
+// no reader would take back: nodes nested too deep, a text above 2 GiB.
+NEMRA_API Buffer writeSvxml(const Scene& scene, HandOut handOut = {});
+NEMRA_API Buffer writeSvxml(const Node& node, HandOut handOut = {});
+NEMRA_API Buffer writeSvxml(const Geometry& geometry, HandOut handOut = {});
+NEMRA_API Buffer writeSvxml(const Instance& instance, HandOut handOut = {});
 
 }  // namespace nemra::node

@@ -15,16 +15,14 @@ namespace nemra::node::svxml {
 /// A scalar, a text or a vector as text; a colour gives its coordinates. Empty for an unset value.
 void appendValue(std::string& out, const Value& value);
 
-/// Words of `text` (which lies in `source`) as numbers. Throws a Fault with the word's place, `what` and its position in the
-/// list.
-template <class Number, class Vector = std::vector<Number>>
-Vector readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
-    Vector numbers;
-    numbers.reserve(countWords(text));  // growing would take three times the memory
+/// Appends the words of `text` (which lies in `source`) as numbers. Throws a Fault with the word's place, `what` and its position
+/// in the list.
+template <class Vector>
+void appendNumbers(Vector& numbers, const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
     for (;;) {
         const std::string_view word = takeWord(text);
-        if (word.empty()) return numbers;
-        Number number{};
+        if (word.empty()) return;
+        typename Vector::value_type number{};
         const NumberFault fault = parseNumber(word, number);
         if (fault == NumberFault::none) {
             numbers.push_back(number);
@@ -36,6 +34,15 @@ Vector readNumbers(const Source& source, std::string_view text, std::size_t else
                         (fault == NumberFault::outOfRange ? " is out of the range of its kind of number"
                                                           : " isn't a number of its kind")};
     }
+}
+
+/// The words of `text` as numbers, as appendNumbers reads them.
+template <class Number>
+std::vector<Number> readNumbers(const Source& source, std::string_view text, std::size_t elsewhere, std::string_view what) {
+    std::vector<Number> numbers;
+    numbers.reserve(countWords(text));  // growing would take three times the memory
+    appendNumbers(numbers, source, text, elsewhere, what);
+    return numbers;
 }
 
 /// What `text` means for a parameter of that description, in the kind of its default. `at` is the text's place, `what` names

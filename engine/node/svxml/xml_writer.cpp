@@ -1,8 +1,8 @@
 #include "engine/node/svxml/xml_writer.h"
 
+#include <new>
 #include <stdexcept>
 
-#include "engine/node/encoding/limits.h"
 #include "engine/node/svxml/outline.h"
 
 namespace nemra::node::svxml {
@@ -10,7 +10,7 @@ namespace nemra::node::svxml {
 void XmlWriter::open(const char* name) {
     if (open_.size() > kMaxFileDepth) throw std::length_error("nodes nest too deep to be written");
     endTag();
-    if (!out_.size() == 0) newLine(open_.size());
+    if (handedOut_ + out_.size() > 0) newLine(open_.size());
     out_ += '<';
     out_ += name;
     open_.push_back(name);
@@ -34,7 +34,7 @@ void XmlWriter::text(std::string_view text) {
     checkSize();
 }
 
-void XmlWriter::close() {
+void XmlWriter::close() noexcept try {
     const char* const name = open_.back();
     open_.pop_back();
     if (inTag_) {
@@ -48,6 +48,13 @@ void XmlWriter::close() {
     inTag_ = false;
     inlineText_ = false;
     if (open_.empty()) out_ += '\n';
+} catch (const std::bad_alloc&) {
+    failed_ = true;
+}
+
+Buffer XmlWriter::take() && {
+    if (failed_) throw std::bad_alloc();
+    return std::move(out_);
 }
 
 void XmlWriter::endTag() {
@@ -94,8 +101,12 @@ void XmlWriter::escape(std::string_view text, bool inAttribute) {
     }
 }
 
-void XmlWriter::checkSize() const {
-    if (out_.size() > kMaxFileBytes) throw std::length_error("the text would be larger than 2 GiB");
+void XmlWriter::checkSize() {
+    if (handedOut_ + out_.size() > kMaxFileBytes) throw std::length_error("the text would be larger than 2 GiB");
+    if (!handOut_ || out_.size() < kPiece) return;
+    handOut_(out_.bytes());
+    handedOut_ += out_.size();
+    out_.clear();
 }
 
 }  // namespace nemra::node::svxml

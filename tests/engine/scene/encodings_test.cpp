@@ -190,6 +190,52 @@ TEST_F(Gzip, ABufferThatIsShorterThanItsCallerSaysIsReadFromTheFront) {
     ::munmap(block, room + page);
 }
 
+// A text in pieces: one file for any reader of gzip, and refused where a piece is cut off, missing its end or not what it says.
+TEST_F(Gzip, PiecesAreMembersThatSayTheirSize) {
+    const std::string texts[] = {repeated("1 0.25 7 ", 3'000'000), std::string(2'000'000, '\0'), "the end"};
+    GzipPieces pieces;
+    pieces.add(texts[0]);
+    pieces.add(texts[1]);
+    const std::string whole(std::move(pieces).finish(texts[2]).text());
+    Buffer out;
+    std::string why;
+    ASSERT_TRUE(gunzip(whole, out, why, Length::known)) << why;
+    EXPECT_TRUE(out.text() == texts[0] + texts[1] + texts[2]);
+    Buffer fromFront;
+    ASSERT_TRUE(gunzip(whole, fromFront, why, Length::claimed)) << why;
+    EXPECT_TRUE(fromFront.text() == out.text());
+    EXPECT_LT(whole.size(), 100'000U);
+
+    std::string inflated(out.size(), '\0');  // as a program that knows nothing of our field reads it
+    libdeflate_decompressor* const decompressor = libdeflate_alloc_decompressor();
+    std::size_t in = 0;
+    std::size_t done = 0;
+    while (in < whole.size()) {
+        std::size_t used = 0;
+        std::size_t size = 0;
+        ASSERT_EQ(libdeflate_gzip_decompress_ex(decompressor, whole.data() + in, whole.size() - in, inflated.data() + done,
+                                                inflated.size() - done, &used, &size),
+                  LIBDEFLATE_SUCCESS);
+        in += used;
+        done += size;
+    }
+    libdeflate_free_decompressor(decompressor);
+    EXPECT_TRUE(inflated == out.text());
+
+    for (std::size_t size = 0; size < whole.size(); size += size < 60 || size + 100 > whole.size() ? 1 : 97)
+        for (const Length length : {Length::known, Length::claimed}) EXPECT_TRUE(isRefused(whole.substr(0, size), length, ""));
+    for (const std::size_t at : {12U, 14U, 16U, 17U, 18U, 19U}) {  // the field
+        std::string damaged = whole;
+        damaged[at] = static_cast<char>(damaged[at] ^ 0x41);
+        for (const Length length : {Length::known, Length::claimed}) EXPECT_TRUE(isRefused(damaged, length, ""));
+    }
+    std::string bomb = whole;  // whose first member says that it holds 900 MB
+    const auto member = static_cast<unsigned char>(whole[16]) + 256U * static_cast<unsigned char>(whole[17]) +
+                        65536U * static_cast<unsigned char>(whole[18]);
+    bomb[member - 1] = '\x36';
+    EXPECT_TRUE(isRefused(bomb, Length::known, "times its size"));
+}
+
 TEST_F(Gzip, TakesBackWhatItWrote) {
     for (const std::size_t size :
          {std::size_t{0}, std::size_t{1}, kFreeInflatedBytes, kFreeInflatedBytes + 1, std::size_t{8} << 20}) {

@@ -78,7 +78,9 @@ TEST_F(SceneApi, UnsoundGeometryIsRefusedWithAMessage) {
     EXPECT_EQ(nemraMesh_create("g", nullptr, nullptr, nullptr, 0, kTriangles, 3), nullptr);
     EXPECT_EQ(nemraSphere_create("h", 0.0F, false), nullptr);
     EXPECT_EQ(nemraCone_create("i", nan, false), nullptr);
-    EXPECT_EQ(messages.errors(), 9) << messages.text();
+    EXPECT_EQ(nemraSphere_create("huge", 3e38F, false), nullptr);
+    EXPECT_EQ(messages.errors(), 10) << messages.text();
+    EXPECT_NE(messages.text().find("the radius is larger than 1e18"), std::string::npos) << messages.text();
     EXPECT_NE(messages.text().find("mesh 'b': not created: triangle 0 refers to vertex 3"), std::string::npos) << messages.text();
 
     const float short_[] = {0, 0, 1, 0, 0, 0, 0, 0, 0};  // as the module hands on one normal for three vertices
@@ -208,6 +210,8 @@ TEST_F(SceneApi, NullStaleAndForeignHandlesAreAnswered) {
         EXPECT_EQ(taken(nemraGeometry_serialize(geometry, 0, &size)), "");  // a null text would be an exception in scripts
         EXPECT_EQ(taken(nemraInstance_serialize(instance, 1, &size)), "");
         EXPECT_EQ(size, 0);
+        std::uint32_t nodeSize = 7;
+        if (handle != node) EXPECT_EQ(taken(nemraNode_serialize(static_cast<nemra_onode_t*>(handle), 0, &nodeSize)), "");
         EXPECT_EQ(nemraMesh_getTriangleNormals(geometry), nullptr);
         EXPECT_STREQ(nemraInstance_geometryName(instance), "");
         EXPECT_EQ(nemraInstance_getTransform(instance), nullptr);
@@ -392,6 +396,65 @@ TEST_F(SceneApi, MaterialsAreLinkedByTheScene) {
     nemraNode_release(&node);
 }
 
+/// A material without a name can't be referred to by it: it goes along with what has it, and with nothing else.
+TEST_F(SceneApi, NamelessMaterialsStayWhereTheyAre) {
+    nemra_onode_t* node = nemraNode_create("material", "generic", "");
+    nemraNode_setComments(node, "nameless");
+    nemra_onode_t* const material = nemraScene_addNode(scene_, &node, false);
+    for (const char* const name : {"with", "without"}) {
+        nemra_geom_t* sphere = nemraSphere_create(name, 1.0F, false);
+        nemra_geom_t* const geometry = nemraScene_addGeom(scene_, &sphere, false);
+        if (name == std::string_view("with")) nemraGeometry_setMaterial(geometry, material);
+        nemra_instance_t* placed = nemraInstance_create();
+        nemraInstance_setGeometryName(placed, name);
+        nemraScene_addInstance(scene_, &placed, nullptr, false);
+    }
+    for (const int format : {0, 1, 2, 3}) {
+        std::int32_t size = 0;
+        char* const bytes = nemraScene_writeToChar(scene_, format, &size);
+        ASSERT_TRUE(nemraScene_readFromChar(scene_, bytes, size));
+        freeCharArray(bytes);
+        std::uint32_t n = 0;
+        nemra_geom_t** const geometries = nemraScene_getGeometries(scene_, &n);
+        ASSERT_EQ(n, 2U);
+        EXPECT_STREQ(nemraNode_comments(nemraGeometry_getMaterial(geometries[0])), "nameless") << format;
+        EXPECT_EQ(nemraGeometry_getMaterial(geometries[1]), nullptr) << format;
+        nemra_instance_t** const instances = nemraScene_getInstances(scene_, &n);
+        ASSERT_EQ(n, 2U);
+        for (nemra_instance_t* const instance : {instances[0], instances[1]})
+            EXPECT_EQ(nemraInstance_material(instance), nullptr);
+    }
+}
+
+/// What can't be text in any encoding is made text when it comes in, so that what was written can be read.
+TEST_F(SceneApi, BytesThatAreNoTextCanBeWrittenAndRead) {
+    const char* const bad = "a\xff\xc3";
+    nemraScene_setName(scene_, bad);
+    nemraScene_addSearchPath(scene_, bad);
+    nemraScene_setActiveSetupName(scene_, bad);
+    EXPECT_TRUE(nemraScene_addImport(scene_, bad, false, 0, bad));
+    nemra_onode_t* node = nemraNode_create("text", "default", bad);
+    nemraNode_setComments(node, bad);
+    nemraScene_addNode(scene_, &node, false);
+    nemra_geom_t* sphere = nemraSphere_create(bad, 1.0F, false);
+    nemraGeometry_setMaterialName(sphere, bad);
+    nemra_instance_t* placed = nemraInstance_create();
+    nemraInstance_setGeometryName(placed, bad);
+    const char* path[] = {bad, nullptr};
+    const char** layers[] = {path, nullptr};
+    nemraScene_addInstance(scene_, &placed, layers, false);
+    nemraScene_addGeom(scene_, &sphere, false);
+    for (const int format : {0, 1, 2, 3}) {
+        std::int32_t size = 0;
+        char* const bytes = nemraScene_writeToChar(scene_, format, &size);
+        ASSERT_NE(bytes, nullptr);
+        const Messages messages;
+        EXPECT_TRUE(nemraScene_readFromChar(scene_, bytes, size)) << messages.text();
+        freeCharArray(bytes);
+        EXPECT_STREQ(nemraScene_name(scene_), "a\xEF\xBF\xBD\xEF\xBF\xBD");
+    }
+}
+
 /// Names are found among those that there are now, whatever was renamed, removed or has the same name.
 TEST_F(SceneApi, NamesAreThoseOfNow) {
     const auto addNode = [&](const char* name) {
@@ -478,7 +541,9 @@ TEST_F(SceneApi, ReadingReplacesAndWritingGivesItBack) {
         EXPECT_FALSE(nemraScene_readFromChar(scene_, kSmallScene.data(), 100));
         EXPECT_FALSE(nemraScene_readFromFile(scene_, "/nowhere/at/all"));
         EXPECT_FALSE(nemraScene_readFromChar(scene_, nullptr, 5));
-        EXPECT_EQ(messages.errors(), 3) << messages.text();
+        EXPECT_FALSE(nemraScene_readFromFile(scene_, ""));
+        EXPECT_EQ(messages.errors(), 4) << messages.text();
+        EXPECT_NE(messages.text().find("no scene file is named"), std::string::npos) << messages.text();
     }
     EXPECT_STREQ(nemraGeometry_name(old), "old");
     ASSERT_TRUE(nemraScene_readFromChar(scene_, kSmallScene.data(), static_cast<std::int32_t>(kSmallScene.size())));
