@@ -87,9 +87,8 @@ Encode resultEncoder(std::string_view format) {
     return nullptr;
 }
 
-/// The sensor's channels, without any output.
+/// The sensor's channels, without any output; all raw formats but svraw.
 Encode rawEncoder(std::string_view format) {
-    if (format == "svraw") return [](const Raw& raw) { return Bytes(writeSvraw(raw)); };
     if (format == "exr") return [](const Raw& raw) { return adopt(encodeExr(raw, ExrColors::xyz)); };
     if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
     if (format == "csv") {
@@ -100,12 +99,24 @@ Encode rawEncoder(std::string_view format) {
 
 std::optional<Bytes> encode(Encode encoder, const Raw& raw, const std::string& format, const std::string& source) {
     try {
-        if (raw.film()->channels.empty() && format != "svraw") throw std::runtime_error("the result has no channels");
+        if (raw.film()->channels.empty()) throw std::runtime_error("the result has no channels");
         return encoder(raw);
     } catch (const std::exception& e) {
         log::error(source, "can't make the " + format + ": " + e.what());
         return std::nullopt;
     }
+}
+
+/// As it is made: it may be larger than the memory that is left.
+bool writeSvrawFile(const Raw& raw, const std::string& path) {
+    NewFile file(path);
+    try {
+        writeSvraw(raw, [&](std::span<const char> bytes) { return file.append(bytes); });
+    } catch (const std::exception& e) {
+        log::error(path, std::string("can't make the svraw: ") + e.what());
+        return false;
+    }
+    return file.finish();
 }
 
 bool write(Encode encoder, const Raw& raw, const std::string& format, const std::string& path) {
@@ -132,7 +143,8 @@ std::optional<Bytes> encodeResult(const Raw& raw, std::string_view wanted, const
     const Encode encoder = resultEncoder(format);
     // An output that nothing is known of has no list; a picture of it is made all the same.
     if (!encoder || (!offered.empty() && !isAmong(offered, format))) {
-        refuse(source, format, encoder || rawEncoder(format) ? "this output isn't written in the format " : "unknown format: ");
+        refuse(source, format,
+               encoder || isAmong(kRawFormats, format) ? "this output isn't written in the format " : "unknown format: ");
         return std::nullopt;
     }
     return encode(encoder, raw, format, source);
@@ -145,6 +157,7 @@ bool writeResult(const Raw& raw, const std::string& path, std::string_view forma
 
 bool writeRaw(const Raw& raw, const std::string& path, std::string_view wanted) {
     const std::string format = formatNamed(wanted);
+    if (format == "svraw") return writeSvrawFile(raw, path);
     if (const Encode encoder = rawEncoder(format)) return write(encoder, raw, format, path);
     refuse(path, format, resultEncoder(format) ? "results aren't written as they are in the format " : "unknown format: ");
     return false;
