@@ -297,7 +297,7 @@ int main(int count, char** arguments) {
     in.compare("svraw, written", writeSvrawFile, [&] { plainCopy(path("copy"), *raw->film(), false); });
     in.compare("the same, copy flushed to the disk", writeSvrawFile, [&] { plainCopy(path("copy"), *raw->film(), true); });
     in.compare(
-        "svraw, read", [&] { again = readSvraw(readFileWhole(path("a.svraw"))->bytes(), "a"); },
+        "svraw, read", [&] { again.reset(), again = readSvraw(readFileWhole(path("a.svraw"))->bytes(), "a"); },
         [&] { demand(readFileWhole(path("copy")).has_value(), "copy"); });
     demand(again && again->film()->low == raw->film()->low, "svraw came back otherwise");
 
@@ -305,7 +305,7 @@ int main(int count, char** arguments) {
         "exr, written", [&] { demand(writeRaw(*raw, path("a.exr"), "exr"), "exr"); },
         [&] { plainExr(path("plain.exr"), planes, side); });
     in.compare(
-        "exr, read", [&] { again = readExr(readFileWhole(path("a.exr"))->bytes(), "a"); },
+        "exr, read", [&] { again.reset(), again = readExr(readFileWhole(path("a.exr"))->bytes(), "a"); },
         [&] { readPlainExr(path("plain.exr"), taken, side); });
     demand(static_cast<float>(again->view()->at(1, 3, 5, 0)) == planes[1][std::size_t(5 * side + 3)], "exr came back otherwise");
     again.reset();

@@ -19,8 +19,8 @@ void checkPictureSize(long long width, long long height, std::size_t channels, s
         throw PictureFault(size() + " with " + std::to_string(channels) + " channels take more than " +
                            std::to_string(kMaxBufferBytes) + " bytes");
     }
-    constexpr std::uint64_t free = std::uint64_t{64} << 20;
-    constexpr std::uint64_t sums = 2 * sizeof(double);  // of a channel
+    constexpr std::uint64_t free = std::uint64_t{16} << 20;  // readers' own buffers come to it, several times over
+    constexpr std::uint64_t sums = 2 * sizeof(double);       // of a channel
     constexpr std::uint64_t rest = 2 * sizeof(double) + 2 * sizeof(std::uint32_t);
     const bool large = w * h > free / (sums * channels + rest);
     if (large && w * h > plausiblePixels) throw PictureFault("the file is too small to hold " + size());

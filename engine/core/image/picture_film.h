@@ -38,7 +38,7 @@ public:
 };
 
 /// Throws a PictureFault, before anything is allocated, if a result of that size would have an array above kMaxBufferBytes, or if
-/// it takes more than 64 MiB and the file can't mean it seriously: `plausiblePixels` is what a file of its size can hold at most.
+/// it takes more than 16 MiB and the file can't mean it seriously: `plausiblePixels` is what a file of its size can hold at most.
 void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t plausiblePixels);
 
 /// An empty film in which each pixel has one sample. The size must have been checked.

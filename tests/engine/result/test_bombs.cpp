@@ -123,6 +123,8 @@ TEST_F(Bombs, OpenExr) {
         expectRefused(exr(file, {0, 0, 99999, 99999}), "100000 x 100000");
         expectRefused(exr(file, {0, 0, 65535, 65535}), "the largest side that is read");
         expectRefused(exr(file, {0, 0, 8457, 769}), "more than deflate can shrink");
+        expectRefused(exr(file, {0, 0, 16392, 3}),
+                      "few rows, so wide that the library's own buffers are larger than the picture");
         expectRefused(exr(file, {0, 0, 300, 300}), "plausible, and not there");
     }
 }
