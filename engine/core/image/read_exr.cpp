@@ -19,6 +19,7 @@
 #include <optional>
 
 #include "engine/common/log.h"
+#include "engine/core/image/exr_chunk.h"
 #include "engine/core/image/exr_head.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/spectral_layout.h"
@@ -161,6 +162,20 @@ private:
         checkPictureSize(width(), height(), channels, bytes_.size() * deflate / std::max(bytesPerPixel_, std::uint64_t{1}));
     }
 
+    void checkChunks(Imf::InputPart& part, int first, int last) const {
+        if (header_.hasTileDescription()) return;
+        const int together = rowsOfChunk(header_);
+        for (int y = first; y <= last; y += together) {
+            const char* packed = nullptr;
+            int size = 0;
+            part.rawPixelData(y, packed, size);
+            const int rows = std::min(together, last - y + 1);
+            if (size < 0 || !isWholeExrChunk(header_, y, rows, {packed, static_cast<std::size_t>(size)})) {
+                throw PictureFault("the rows from " + std::to_string(y - window_.min.y) + " on aren't whole");
+            }
+        }
+    }
+
     /// From a stream of its own, so that several threads can at the same time.
     void readRows(Film& film, const std::vector<Source>& sources, int first, int rows) const {
         MemoryStream stream(bytes_);
@@ -175,6 +190,7 @@ private:
             frame.insert(sources[c].name,
                          Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window, sizeof(float), sizeof(float) * w));
         }
+        checkChunks(part, window.min.y, window.max.y);
         part.setFrameBuffer(frame);
         part.readPixels(window.min.y, window.max.y);
         forEachInStrips(film.width, rows, [&](int x, int y) {
