@@ -117,7 +117,7 @@ public:
         auto film = makePictureFilm(static_cast<int>(width()), static_cast<int>(height()), std::move(channels));
 
         // Rows that are unpacked at once by one thread: whole chunks, and so many that opening the file once more is little work.
-        constexpr long long kLeastPixels = 1 << 19;
+        constexpr long long kLeastPixels = 1 << 17;
         const int chunk = rowsOfChunk(header_);
         const auto least = std::min<long long>(height(), kLeastPixels / width() + 1);
         const int rows = chunk * static_cast<int>((least + chunk - 1) / chunk);

@@ -105,7 +105,8 @@ std::vector<char> channelsOf(const Film& film) {
 void writeSvraw(const Raw& raw, const TakeBytes& take) {
     const RawParts parts = raw.parts();
     const Film& film = *parts.film;
-    std::vector<char> head(kSvrawMagic.begin(), kSvrawMagic.end());
+    std::vector<char> head(kSvrawMagic.size());
+    std::memcpy(head.data(), kSvrawMagic.data(), head.size());
     appendNumber(head, kSvrawVersion);
     appendChunk(head, kInfo, infoOf(parts));
     appendChunk(head, kChannels, channelsOf(film));

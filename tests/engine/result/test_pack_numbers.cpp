@@ -28,8 +28,8 @@ void expectBack(const std::vector<Number>& numbers, const std::string& what) {
     const auto packed = pack(numbers);
     std::vector<Number> again(numbers.size(), Number{77});
     ASSERT_TRUE(core::unpackNumbers(packed, std::span<Number>(again))) << what;
+    if (numbers.empty()) return;
     ASSERT_EQ(std::memcmp(again.data(), numbers.data(), numbers.size() * sizeof(Number)), 0) << what;
-    if (packed.empty()) return;
     const std::span<const char> cut(packed.data(), packed.size() - 1);
     EXPECT_FALSE(core::unpackNumbers(cut, std::span<Number>(again))) << what << ", cut short";
 }
