@@ -79,7 +79,7 @@ std::shared_ptr<Raw> makeResult(int side) {
                 film->high[film->cell(x, y, c)] = high;
                 film->low[film->cell(x, y, c)] = std::round((sum - high) / fine) * fine;
             }
-            film->squares[film->pixel(x, y)] = level * level / 95.0;
+            film->squares.put(film->pixel(x, y), level * level / 95.0);
             film->depth[film->pixel(x, y)] = 100.0 * (2.0 + static_cast<double>(x + y) / side);
         }
     }
@@ -199,7 +199,9 @@ void plainCopy(const std::string& path, const Film& film, bool flushed) {
     put(film.high);
     put(film.low);
     put(film.samples);
-    put(film.squares);
+    put(film.squares.upper);
+    put(film.squares.lower);
+    put(film.squares.part);
     put(film.depth);
     put(film.depthSamples);
     std::fflush(file);

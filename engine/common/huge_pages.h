@@ -13,8 +13,8 @@ namespace nemra {
 
 /// Room for `count` numbers, on huge pages where it is large: the first touch of fresh memory takes longer than to fill it, in
 /// pages of 4 KiB.
-template <class Number>
-void reserveOnHugePages(std::vector<Number>& numbers, std::size_t count) {
+template <class Number, class Memory>
+void reserveOnHugePages(std::vector<Number, Memory>& numbers, std::size_t count) {
     constexpr std::uintptr_t page = std::uintptr_t{2} << 20;
     numbers.reserve(count);
     const auto begin = (reinterpret_cast<std::uintptr_t>(numbers.data()) + page - 1) / page * page;

@@ -39,17 +39,21 @@ public:
     /// Bytes that this scene keeps in memory for rendering.
     virtual std::size_t memory() const noexcept = 0;
 
-    /// An empty film of this scene's size and channels.
-    virtual std::unique_ptr<Film> makeFilm() const = 0;
-
     struct Tile {
         int x0, y0, x1, y1;  ///< pixels, ends excluded
+
+        bool operator==(const Tile&) const = default;
     };
+    /// An empty film of this scene's channels for that part of the image.
+    virtual std::unique_ptr<Film> makeFilm(Tile tile) const = 0;
+    std::unique_ptr<Film> makeFilm() const { return makeFilm({0, 0, width(), height()}); }
+
     struct Counts {
         std::uint64_t samples = 0;  ///< paths traced
         std::uint64_t wrong = 0;    ///< of these, dropped since a value wasn't finite
     };
-    /// Traces samples [first, first + count) of each pixel of the tile into the film. The value of a sample depends on the scene,
+    /// Traces samples [first, first + count) of each pixel of the tile into the film, which has the whole image or a part of it
+    /// with all of the tile. The value of a sample depends on the scene,
     /// the seed, the pixel and the sample's index alone. Tiles that don't overlap may be rendered at the same time.
     /// Returns early, with whole samples only, when `cancel` becomes true; what it did by then is in the film.
     virtual Counts render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count,

@@ -8,6 +8,7 @@ import sys
 
 from . import SVLIB_PATH, examples, nemra
 from ._render import EXIT_FAILED, RenderJob
+from ._worker import PASSWORD_VARIABLE, read_password, serve
 
 KINDS = ("png", "jpg", "jpeg", "exr", "hdr", "svraw", "csv")
 
@@ -26,8 +27,21 @@ def build_parser() -> argparse.ArgumentParser:
     render.add_argument("--time", type=positive_number, metavar="SECONDS", help="stop after this time")
     render.add_argument("--threads", type=positive_integer, metavar="N", default=usable_cores(),
                         help="render threads (default: %(default)s, all cores)")
+    render.add_argument("--worker", metavar="HOST:PORT", action="append", default=[], dest="workers",
+                        help="render worker to use besides this machine; may be given several times")
+    render.add_argument("--no-local", action="store_true", help="render on the workers alone")
+    add_password(render)
     render.add_argument("--setup", metavar="NAME", help="setup to render, when the scene has several")
     render.add_argument("-q", "--quiet", action="store_true", help="no progress, only warnings and errors")
+
+    worker = commands.add_parser(
+        "worker", help="serve renders of other machines",
+        description="Opens a port and renders for whoever knows the password, until Ctrl-C. Without one, for this machine alone.")
+    worker.add_argument("--port", type=port_number, default=0, metavar="N", help="port to open (default: any that is free)")
+    worker.add_argument("--threads", type=positive_integer, metavar="N", default=usable_cores(),
+                        help="render threads (default: %(default)s, all cores)")
+    add_password(worker)
+    worker.add_argument("-q", "--quiet", action="store_true", help="only warnings and errors")
 
     library = commands.add_parser("library", help="list what the shipped libraries hold")
     library.add_argument("words", metavar="WORD", nargs="*", help="only entries with all of these words")
@@ -35,6 +49,18 @@ def build_parser() -> argparse.ArgumentParser:
     commands.add_parser("version", help="print the version")
     commands.add_parser("examples", help="list the example scenes and their files")
     return parser
+
+
+def add_password(command: argparse.ArgumentParser) -> None:
+    command.add_argument("--password-file", metavar="FILE",
+                         help=f"file whose first line is the workers' password (default: the variable {PASSWORD_VARIABLE})")
+
+
+def port_number(text: str) -> int:
+    with contextlib.suppress(ValueError):
+        if 0 <= int(text) < 2**16:
+            return int(text)
+    raise argparse.ArgumentTypeError(f"{text} isn't a port, which goes from 0 to 65535")
 
 
 def positive_number(text: str) -> float:
@@ -90,10 +116,19 @@ def render(options: argparse.Namespace) -> int:
 
     spp = options.spp or (0 if options.time else 64)
     job = RenderJob(output, spp=spp, seconds=options.time or 0, quiet=options.quiet)
+    if options.no_local and not options.workers:
+        print("sarvo: --no-local needs a --worker", file=sys.stderr)
+        return EXIT_FAILED
     job.set_parameter("num_threads", options.threads)
     job.set_parameter("library_paths", SVLIB_PATH)
     if options.setup:
         job.set_parameter("setup", options.setup)
+    if options.workers:
+        job.set_parameter("password", read_password(options.password_file))
+    for address in options.workers:
+        job.add_worker(address)
+    if not options.no_local:
+        job.add_local()
     return job.run(scene)
 
 
@@ -108,6 +143,8 @@ def main(arguments: list[str] | None = None) -> int:
         return 0
     if options.command == "library":
         return list_library(options.words)
+    if options.command == "worker":
+        return serve(options.port, read_password(options.password_file), options.threads, options.quiet)
     return render(options)
 
 

@@ -32,11 +32,17 @@ class RenderJob:
     def set_parameter(self, name: str, value: str | int) -> None:
         self._renderer.setParameter(name, value)
 
+    def add_worker(self, address: str) -> None:
+        self._renderer.setParameter("remote_host", address)
+        self._renderer.addRemoteNode()
+
+    def add_local(self) -> None:
+        self._renderer.addLocalNode()
+
     def run(self, scene: str) -> int:
         """Renders and writes; returns an exit code."""
         renderer = self._renderer
         renderer.setHaltCondition(time=self._seconds, spp=self._spp, action=nemra.Renderer.halt_cond.stops)
-        renderer.addLocalNode()
         try:
             started = renderer.start(scene)
         except KeyboardInterrupt:

@@ -63,26 +63,24 @@ void nemraRendererRelease(nemra_renderer_t** handle) {
 }
 
 bool nemraRendererStart(nemra_renderer_t* renderer, const char* file_name) {
-    return start("nemraRendererStart", renderer,
-                 [&](const core::Settings& settings) -> std::shared_ptr<const core::PreparedScene> {
-                     const std::string name(viewOf(file_name));
-                     if (name.empty()) {
-                         log::error("nemraRendererStart", "no scene file is named");
-                         return nullptr;
-                     }
-                     return core::loadSceneFile(resolvePath(name), settings);
-                 });
+    return start("nemraRendererStart", renderer, [&](const core::Settings& settings, bool wantsParcel) -> core::LoadedScene {
+        const std::string name(viewOf(file_name));
+        if (name.empty()) {
+            log::error("nemraRendererStart", "no scene file is named");
+            return {};
+        }
+        return core::loadSceneFile(resolvePath(name), settings, wantsParcel);
+    });
 }
 
 bool nemraRendererStartData(nemra_renderer_t* renderer, const char* data, unsigned int size) {
-    return start("nemraRendererStartData", renderer,
-                 [&](const core::Settings& settings) -> std::shared_ptr<const core::PreparedScene> {
-                     if (!data || size == 0) {
-                         log::error("nemraRendererStartData", "the scene buffer is empty");
-                         return nullptr;
-                     }
-                     return core::loadSceneBytes({data, size}, settings);
-                 });
+    return start("nemraRendererStartData", renderer, [&](const core::Settings& settings, bool wantsParcel) -> core::LoadedScene {
+        if (!data || size == 0) {
+            log::error("nemraRendererStartData", "the scene buffer is empty");
+            return {};
+        }
+        return core::loadSceneBytes({data, size}, settings, wantsParcel);
+    });
 }
 
 void nemraRendererStop(nemra_renderer_t* renderer) {

@@ -1,9 +1,7 @@
-// nemraServer*: render workers. There is no network yet; the object, its parameters and its callback are here so that scripts
-// that make one run, and are told what is missing when they open it.
-#include <map>
+// nemraServer*: render workers.
+#include "engine/core/worker/server.h"
+
 #include <memory>
-#include <mutex>
-#include <string>
 
 #include "engine/common/guarded.h"
 #include "engine/common/slot_table.h"
@@ -11,17 +9,22 @@
 #include "module/flat/nemra_server.h"
 
 using namespace nemra;
+using core::worker::Server;
 
 namespace {
 
-struct Server {
-    std::mutex mutex;
-    std::map<std::string, std::string, std::less<>> parameters;
-    void* user = nullptr;
-    nemra_server_busy_callback busyChanged = nullptr;
-};
+/// The server of a handle, or null for a null, stale or foreign one, and for one that a fork has left without its threads.
+std::shared_ptr<Server> known(nemra_server_t* handle) {
+    auto server = find<Server>(handle);
+    return server && !server->isForeign() ? server : nullptr;
+}
 
-void sayMissing(const char* function) { log::error(function, "render workers are not available yet"); }
+template <class Body>
+void with(const char* function, nemra_server_t* handle, Body&& body) {
+    guarded(function, [&] {
+        if (const auto server = known(handle)) body(*server);
+    });
+}
 
 }  // namespace
 
@@ -33,53 +36,40 @@ nemra_server_t* nemraServerCreate(void) {
 }
 
 void nemraServerRelease(nemra_server_t** handle) {
-    guarded("nemraServerRelease", [&] { retire(handle); });
-}
-
-void nemraServerOpenAsync(nemra_server_t* server, int) {
-    guarded("nemraServerOpenAsync", [&] {
-        if (find<Server>(server)) sayMissing("nemraServerOpenAsync");
+    guarded("nemraServerRelease", [&] {
+        if (!handle) return;
+        const auto server = find<Server>(*handle);
+        retire(handle);
+        // At once, not when the last reference goes: its threads hold some.
+        if (server) server->release();
     });
 }
 
-int nemraServerOpenBlocking(nemra_server_t* server, int) {
+void nemraServerOpenAsync(nemra_server_t* server, int port) {
+    with("nemraServerOpenAsync", server, [&](Server& s) { s.openAsync(port); });
+}
+
+int nemraServerOpenBlocking(nemra_server_t* server, int port) {
     return guarded("nemraServerOpenBlocking", 0, [&] {
-        if (find<Server>(server)) sayMissing("nemraServerOpenBlocking");
-        return 0;
+        const auto s = known(server);
+        return s ? s->open(port) : 0;
     });
 }
 
-void nemraServerCloseBlocking(nemra_server_t*) {}  // nothing is ever open
+void nemraServerCloseBlocking(nemra_server_t* server) {
+    with("nemraServerCloseBlocking", server, [](Server& s) { s.close(); });
+}
 
 void nemraServerSetBusyChangedCallback(nemra_server_t* server, void* user, nemra_server_busy_callback callback) {
-    guarded("nemraServerSetBusyChangedCallback", [&] {
-        const auto known = find<Server>(server);
-        if (!known) return;
-        const std::lock_guard lock(known->mutex);
-        known->user = user;
-        known->busyChanged = callback;
-    });
+    with("nemraServerSetBusyChangedCallback", server, [&](Server& s) { s.callbacks().setBusy(user, callback); });
 }
 
-void nemraServerSendMessage(nemra_server_t* server, const char*, const char*, int) {
-    guarded("nemraServerSendMessage", [&] {
-        if (find<Server>(server))
-            log::warning("nemraServerSendMessage", "no client is connected: render workers are not available yet");
-    });
+void nemraServerSendMessage(nemra_server_t* server, const char* name, const char* message, int type) {
+    with("nemraServerSendMessage", server, [&](Server& s) { s.sendMessage(viewOf(name), viewOf(message), type); });
 }
 
 void nemraServerSetParameter(nemra_server_t* server, const char* name, const char* value) {
-    guarded("nemraServerSetParameter", [&] {
-        const auto known = find<Server>(server);
-        if (!known) return;
-        const std::string_view parameter = viewOf(name);
-        if (parameter != "num_threads" && parameter != "library_paths") {
-            log::warning("nemraServerSetParameter", "unknown parameter \"" + std::string(parameter) + "\"");
-            return;
-        }
-        const std::lock_guard lock(known->mutex);
-        known->parameters[std::string(parameter)] = viewOf(value);
-    });
+    with("nemraServerSetParameter", server, [&](Server& s) { s.setParameter(viewOf(name), viewOf(value)); });
 }
 
 }  // extern "C"

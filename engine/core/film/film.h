@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/core/film/square_sums.h"
+
 namespace nemra::core {
 
 enum class ChannelKind { unknown, energy, luminous, spectral };
@@ -21,18 +23,25 @@ struct Channel {
 /// Sums over samples, in memory order x, then y, then channel (channel fastest), as a reader of pixels walks it.
 /// A value is (high + low) / samples. `high` holds multiples of a quantum fixed for the render and `low` what is left, itself
 /// a multiple of a finer quantum, so that both sums are exact and any order of adding gives the same bits
-/// (pre-rounded summation: Demmel and Nguyen, "Parallel Reproducible Summation", IEEE Trans. Computers 64(7), 2015).
+/// (pre-rounded summation: Demmel and Nguyen, "Parallel Reproducible Summation", IEEE Trans. Computers 64(7), 2015). The same
+/// holds of all other arrays.
+///
+/// A film may be a cut-out of a larger image: its pixels are then those from (left, top) on.
 struct Film {
+    int left = 0;
+    int top = 0;
     int width = 0;
     int height = 0;
     std::vector<Channel> channels;
     std::vector<double> high;
     std::vector<double> low;
     std::vector<std::uint32_t> samples;  ///< per pixel, x-major
-    std::vector<double> squares;         ///< per pixel, sum of squares of the sample's luminance (or energy, or band mean)
-    std::vector<double> depth;  ///< per pixel, sum over samples of the distance to the first surface, m; escaped rays add none
+    SquareSums squares;                  ///< per pixel, of the sample's luminance (or energy, or band mean)
+    /// Per pixel, sum over samples of the distance to the first surface, m, in multiples of a quantum; escaped rays add none.
+    std::vector<double> depth;
     std::vector<std::uint32_t> depthSamples;  ///< per pixel, samples whose first ray met a surface
 
+    /// Counted from the film's own first pixel.
     std::size_t pixel(int x, int y) const noexcept { return static_cast<std::size_t>(x) * height + y; }
     std::size_t cell(int x, int y, int channel) const noexcept { return pixel(x, y) * channels.size() + channel; }
 };

@@ -21,7 +21,7 @@ void checkPictureSize(long long width, long long height, std::size_t channels, s
     }
     constexpr std::uint64_t free = std::uint64_t{16} << 20;  // readers' own buffers come to it, several times over
     constexpr std::uint64_t sums = 2 * sizeof(double);       // of a channel
-    constexpr std::uint64_t rest = 2 * sizeof(double) + 2 * sizeof(std::uint32_t);
+    constexpr std::uint64_t rest = 3 * sizeof(double) + 2 * sizeof(std::uint32_t) + 1;
     const bool large = w * h > free / (sums * channels + rest);
     if (large && w * h > plausiblePixels) throw PictureFault("the file is too small to hold " + size());
 }
@@ -58,7 +58,7 @@ void finishPictureFilm(Film& film) {
         } else {
             for (std::size_t c = 0; c < channels; ++c) value += values[c] / static_cast<double>(channels);
         }
-        film.squares[pixel] = value * value;
+        film.squares.put(pixel, value * value);
     }
 }
 

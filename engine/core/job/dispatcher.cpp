@@ -22,7 +22,8 @@ constexpr int kMostFaults = 64;
 /// call of ours, such as letting go of the renderer, takes microseconds.
 constexpr std::chrono::milliseconds kHostPause{5};
 
-constexpr std::array<const char*, Dispatcher::kSlotCount> kSlotNames{"update", "state", "finish", "statistics", "message"};
+constexpr std::array<const char*, Dispatcher::kSlotCount> kSlotNames{"update",     "state",   "finish",
+                                                                     "statistics", "message", "busy"};
 
 template <class Function>
 auto erased(Function function) {
@@ -46,6 +47,8 @@ void Dispatcher::setStatistics(void* user, nemra_renderer_statistics_callback ca
 }
 void Dispatcher::setMessage(void* user, nemra_renderer_message_callback callback) { set(Slot::message, user, erased(callback)); }
 
+void Dispatcher::setBusy(void* user, nemra_server_busy_callback callback) { set(Slot::busy, user, erased(callback)); }
+
 bool Dispatcher::wants(Slot slot) const {
     const std::lock_guard lock(mutex_);
     return !closed_ && callbacks_[indexOf(slot)].function;
@@ -57,6 +60,7 @@ Dispatcher::Callback Dispatcher::callbackOf(Slot slot) const {
 }
 
 void Dispatcher::postState(NemraRendererState_t state, From from) { post(StateEvent{state}, from); }
+void Dispatcher::postBusy(bool busy, From from) { post(BusyEvent{busy}, from); }
 void Dispatcher::postMessage(log::Message message, From from) {
     if (!log::hasHostSink() && !wants(Slot::message)) return log::print(message);
     post(MessageEvent{std::move(message), true}, from);
@@ -167,6 +171,8 @@ void Dispatcher::deliver(const Event& event) {
         call<nemra_renderer_statistics_callback>(Slot::statistics);
     } else if (const auto* const updated = std::get_if<UpdateEvent>(&event)) {
         deliverRaw(Slot::update, updated->raw);
+    } else if (const auto* const turned = std::get_if<BusyEvent>(&event)) {
+        call<nemra_server_busy_callback>(Slot::busy, turned->busy);
     } else if (const auto* const said = std::get_if<MessageEvent>(&event)) {
         if (said->toRenderer) {
             call<nemra_renderer_message_callback>(Slot::message, said->message.source.c_str(), said->message.text.c_str(),
@@ -227,7 +233,7 @@ void Dispatcher::noteFault(Slot slot, const std::string& what) {
             text += " (after " + std::to_string(faults_) + " faults of callbacks it is called no more)";
         }
         const bool toRenderer = slot != Slot::message && callbacks_[indexOf(Slot::message)].function;
-        log::Message message{NEMRA_LOG_ERROR, "renderer", text};
+        log::Message message{NEMRA_LOG_ERROR, owner_, text};
         if (closed_ || (!toRenderer && !log::hasHostSink())) return log::print(message);
         queue_.push_front({MessageEvent{std::move(message), toRenderer}, Clock::now()});
     }

@@ -1,4 +1,4 @@
-/// The one thread of a renderer that calls back into the host.
+/// The one thread of a renderer, or of a server, that calls back into the host.
 #pragma once
 
 #include <array>
@@ -15,24 +15,30 @@
 #include "engine/common/log.h"
 #include "engine/core/result/raw.h"
 #include "module/flat/nemra_renderer.h"
+#include "module/flat/nemra_server.h"
 
 namespace nemra::core {
 
-/// Render threads post, this thread calls, so a host that keeps its lock never slows a render. States, messages and finishes come
-/// in the order of their posts and are never lost; of updates and statistics the newest wins.
+/// Render threads post, this thread calls, so a host that keeps its lock never slows a render. States, messages, finishes and
+/// what a server says of being busy come in the order of their posts and are never lost; of updates and statistics the newest
+/// wins.
 ///
 /// The thread starts with the first post and ends after close(). Nobody ever waits for it: the host holds its lock during every
 /// call of ours, and a callback may be waiting for just that lock.
 class Dispatcher : public std::enable_shared_from_this<Dispatcher> {
 public:
-    enum class Slot { update, state, finish, statistics, message };
-    static constexpr std::size_t kSlotCount = 5;
+    enum class Slot { update, state, finish, statistics, message, busy };
+    static constexpr std::size_t kSlotCount = 6;
+
+    /// `owner` is the source of messages about callbacks.
+    explicit Dispatcher(const char* owner = "renderer") : owner_(owner) {}
 
     void setUpdate(void* user, nemra_renderer_raw_callback callback);
     void setState(void* user, nemra_renderer_state_callback callback);
     void setFinish(void* user, nemra_renderer_raw_callback callback);
     void setStatistics(void* user, nemra_renderer_statistics_callback callback);
     void setMessage(void* user, nemra_renderer_message_callback callback);
+    void setBusy(void* user, nemra_server_busy_callback callback);
     bool wants(Slot slot) const;
 
     /// Whose thread posts. During a call of the host its lock is held, so a callback begun at once would only stand in front of
@@ -45,6 +51,7 @@ public:
     void postFinish(std::shared_ptr<Raw> raw);
     void postUpdate(std::shared_ptr<Raw> raw);
     void postStatistics();
+    void postBusy(bool busy, From from);
 
     /// After the return no new callback starts, what is queued is dropped but for messages, which still go to the host's own
     /// sinks, and the raws given to callbacks are stale. A callback that is under way goes on. May be called from inside a
@@ -66,7 +73,10 @@ private:
         log::Message message;
         bool toRenderer;  ///< false for what the message callback itself gave rise to
     };
-    using Event = std::variant<StateEvent, FinishEvent, StatisticsEvent, UpdateEvent, MessageEvent>;
+    struct BusyEvent {
+        bool busy;
+    };
+    using Event = std::variant<StateEvent, FinishEvent, StatisticsEvent, UpdateEvent, MessageEvent, BusyEvent>;
     using Clock = std::chrono::steady_clock;
     struct Queued {
         Event event;
@@ -89,6 +99,7 @@ private:
     void call(Slot slot, Arguments... arguments);
     void noteFault(Slot slot, const std::string& what);
 
+    const char* const owner_;
     mutable std::mutex mutex_;  ///< for all that follows; never held around a callback
     std::condition_variable wake_;
     std::deque<Queued> queue_;

@@ -13,8 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/job/render_job.h"
-
 namespace nemra::core {
 
 namespace {
@@ -23,7 +21,7 @@ namespace {
 struct Running {
     std::mutex mutex;
     std::condition_variable ended;
-    std::vector<std::weak_ptr<RenderJob>> jobs;
+    std::vector<std::weak_ptr<Stoppable>> jobs;
     int threads = 0;
     bool closed = false;
 };
@@ -71,12 +69,12 @@ void countOut() {
 
 }  // namespace
 
-int startJobThreads(const std::shared_ptr<RenderJob>& job, const char* name, int count, const std::function<void()>& body) {
+int startJobThreads(const std::shared_ptr<Stoppable>& job, const char* name, int count, const std::function<void()>& body) {
     Running& all = running();
     const BlockedSignals blocked;
     const std::lock_guard lock(all.mutex);
     if (all.closed) return 0;
-    std::erase_if(all.jobs, [](const std::weak_ptr<RenderJob>& known) { return known.expired(); });
+    std::erase_if(all.jobs, [](const std::weak_ptr<Stoppable>& known) { return known.expired(); });
     all.jobs.push_back(job);
     for (int started = 0; started < count; ++started) {
         try {
@@ -95,14 +93,14 @@ int startJobThreads(const std::shared_ptr<RenderJob>& job, const char* name, int
 
 bool stopAllJobs(int timeoutMs) {
     Running& all = running();
-    std::vector<std::weak_ptr<RenderJob>> jobs;
+    std::vector<std::weak_ptr<Stoppable>> jobs;
     {
         const std::lock_guard lock(all.mutex);
         all.closed = true;
         jobs.swap(all.jobs);
     }
     for (const auto& known : jobs) {
-        if (const auto job = known.lock()) job->cancel();
+        if (const auto job = known.lock()) job->stopForGood();
     }
     std::unique_lock lock(all.mutex);
     return all.ended.wait_for(lock, std::chrono::milliseconds(std::max(0, timeoutMs)), [&] { return all.threads == 0; });

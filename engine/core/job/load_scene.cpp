@@ -1,6 +1,10 @@
 #include "engine/core/job/load_scene.h"
 
+#include <stdexcept>
+
+#include "engine/common/log.h"
 #include "engine/core/library/libraries.h"
+#include "engine/core/worker/scene_parcel.h"
 #include "engine/node/import/load_imports.h"
 #include "engine/node/read_scene.h"
 
@@ -9,23 +13,32 @@ namespace nemra::core {
 namespace {
 
 /// `path` is the scene's own file, or "".
-std::shared_ptr<const PreparedScene> prepare(node::Scene& scene, const std::string& path, const Settings& settings) {
+LoadedScene prepare(node::Scene& scene, const std::string& path, const Settings& settings, bool wantsParcel) {
     // Half a scene would give a wrong picture.
-    if (!node::loadImports(scene, path, node::Unknown::refuse)) return nullptr;
+    if (!node::loadImports(scene, path, node::Unknown::refuse)) return {};
     Libraries libraries(settings.libraryPaths);
-    return prepareScene(scene, settings.setup, &libraries);
+    LoadedScene loaded{prepareScene(scene, settings.setup, &libraries), nullptr};
+    if (!loaded.prepared || !wantsParcel) return loaded;
+    try {
+        loaded.parcel = std::make_shared<const Buffer>(worker::packScene(scene, libraries.taken()));
+    } catch (const std::length_error& e) {
+        log::error(path.empty() ? "scene \"" + scene.name + "\"" : path,
+                   std::string("it can't go to render workers: ") + e.what());
+        return {};
+    }
+    return loaded;
 }
 
 }  // namespace
 
-std::shared_ptr<const PreparedScene> loadSceneFile(const std::string& path, const Settings& settings) {
+LoadedScene loadSceneFile(const std::string& path, const Settings& settings, bool wantsParcel) {
     node::Scene scene;
-    return node::readSceneFile(path, scene) ? prepare(scene, path, settings) : nullptr;
+    return node::readSceneFile(path, scene) ? prepare(scene, path, settings, wantsParcel) : LoadedScene{};
 }
 
-std::shared_ptr<const PreparedScene> loadSceneBytes(std::span<const char> bytes, const Settings& settings) {
+LoadedScene loadSceneBytes(std::span<const char> bytes, const Settings& settings, bool wantsParcel) {
     node::Scene scene;
-    return node::readScene(bytes, "buffer", scene) ? prepare(scene, "", settings) : nullptr;
+    return node::readScene(bytes, "buffer", scene) ? prepare(scene, "", settings, wantsParcel) : LoadedScene{};
 }
 
 }  // namespace nemra::core

@@ -5,13 +5,19 @@
 #include <span>
 #include <string>
 
+#include "engine/common/buffer.h"
 #include "engine/core/job/settings.h"
 #include "engine/core/render.h"
 
 namespace nemra::core {
 
-/// Null after one error message. `path` is absolute.
-std::shared_ptr<const PreparedScene> loadSceneFile(const std::string& path, const Settings& settings);
-std::shared_ptr<const PreparedScene> loadSceneBytes(std::span<const char> bytes, const Settings& settings);
+struct LoadedScene {
+    std::shared_ptr<const PreparedScene> prepared;  ///< null after one error message
+    std::shared_ptr<const Buffer> parcel;           ///< for render workers (worker/scene_parcel.h), if it was wanted
+};
+
+/// `path` is absolute.
+LoadedScene loadSceneFile(const std::string& path, const Settings& settings, bool wantsParcel);
+LoadedScene loadSceneBytes(std::span<const char> bytes, const Settings& settings, bool wantsParcel);
 
 }  // namespace nemra::core

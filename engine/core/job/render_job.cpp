@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <new>
+#include <numeric>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -23,6 +25,11 @@ constexpr double kFirstUpdateSeconds = 1.0;
 constexpr double kUpdateGrowth = 1.25;
 constexpr double kLongestUpdateSeconds = 10.0;
 
+/// Samples of each pixel that outside workers take at least, since each piece costs them a film to send.
+constexpr std::uint32_t kOutsideSamples = 16;
+/// Workers whose number isn't known should find smaller tiles in a small image, too.
+constexpr int kOutsideThreads = 16;
+
 template <class Duration>
 auto ticks(double seconds) {
     return std::chrono::duration_cast<Duration>(Seconds(seconds));
@@ -34,14 +41,13 @@ RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
     : scene_(std::move(plan.scene)),
       dispatcher_(std::move(dispatcher)),
       pixels_(static_cast<double>(scene_->width()) * scene_->height()),
-      threads_(std::max(1, plan.threads)),
+      threads_(std::max(plan.hasOutsideWorkers ? 0 : 1, plan.threads)),
       outputFile_(std::move(plan.outputFile)),
       outputRaw_(plan.outputRaw),
-      film_(scene_->makeFilm()),
-      schedule_(scene_->width(), scene_->height(), threads_),
-      halt_(plan.halt) {
-    tileMutexes_ = std::vector<std::mutex>(schedule_.tileCount());
-}
+      film_(*scene_,
+            TileGrid::fitting(scene_->width(), scene_->height(), threads_ + (plan.hasOutsideWorkers ? kOutsideThreads : 0))),
+      schedule_(film_.grid()),
+      halt_(plan.halt) {}
 
 std::shared_ptr<RenderJob> RenderJob::start(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher) {
     auto job = std::make_shared<RenderJob>(std::move(plan), std::move(dispatcher));
@@ -55,7 +61,8 @@ void RenderJob::begin() {
     {
         const std::lock_guard lock(mutex_);  // the new threads wait for it, so nothing is heard of them before "running"
         started = startJobThreads(self, "nemra-render", threads_, [self] { self->guardThread(&RenderJob::work); });
-        if (started == 0 || startJobThreads(self, "nemra-conduct", 1, [self] { self->guardThread(&RenderJob::conduct); }) == 0) {
+        if (started < std::min(1, threads_) ||
+            startJobThreads(self, "nemra-conduct", 1, [self] { self->guardThread(&RenderJob::conduct); }) == 0) {
             throw std::system_error(EAGAIN, std::generic_category(),
                                     "no thread for the render");  // the others find the state idle
         }
@@ -63,6 +70,7 @@ void RenderJob::begin() {
         nextUpdate_ = Clock::now() + ticks<Clock::duration>(kFirstUpdateSeconds);
         setState(NEMRA_RENDERER_RUNNING, Dispatcher::From::host);
     }
+    wake();
     if (started < threads_) {
         log::warning("renderer", "the system gave " + std::to_string(started) + " of " + std::to_string(threads_) + " threads");
     }
@@ -80,11 +88,14 @@ void RenderJob::guardThread(void (RenderJob::*body)()) {
             endWithoutResult();
         } else {
             const std::lock_guard lock(mutex_);
-            --outstanding_;
-            if (state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED) beginStopping(Dispatcher::From::engine);
+            if (isLive()) beginStopping(Dispatcher::From::engine);
             conductor_.notify_all();
         }
     }
+}
+
+void RenderJob::wake() const {
+    for (const auto& wake : wakes_) wake();
 }
 
 NemraRendererState_t RenderJob::state() const {
@@ -94,10 +105,9 @@ NemraRendererState_t RenderJob::state() const {
 
 void RenderJob::setState(NemraRendererState_t state, Dispatcher::From from) {
     const auto now = Clock::now();
-    if (state_ == NEMRA_RENDERER_RUNNING && state != NEMRA_RENDERER_RUNNING) elapsedBefore_ = elapsed(now);
+    if (state_ == NEMRA_RENDERER_RUNNING && state != NEMRA_RENDERER_RUNNING) clock_.rest(now);
     if (state == NEMRA_RENDERER_RUNNING) {
-        runningSince_ = rateSince_ = now;
-        rateSamples_ = samples_;
+        clock_.run(now, samples_);
         nextStatistics_ = now + kStatisticsInterval;
     }
     state_ = state;
@@ -108,23 +118,30 @@ void RenderJob::setState(NemraRendererState_t state, Dispatcher::From from) {
 void RenderJob::beginStopping(Dispatcher::From from) {
     setState(NEMRA_RENDERER_STOPPING, from);
     cancel_ = true;
+    outside_.clear();
     workers_.notify_all();
     conductor_.notify_all();
 }
 
 void RenderJob::stop() {
-    const std::lock_guard lock(mutex_);
-    if (state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED) beginStopping(Dispatcher::From::host);
+    {
+        const std::lock_guard lock(mutex_);
+        if (isLive()) beginStopping(Dispatcher::From::host);
+    }
+    wake();
 }
 
 void RenderJob::cancel() {
-    const std::lock_guard lock(mutex_);
-    silent_ = true;
-    if (state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED) beginStopping(Dispatcher::From::host);
+    {
+        const std::lock_guard lock(mutex_);
+        silent_ = true;
+        if (isLive()) beginStopping(Dispatcher::From::host);
+    }
+    wake();
 }
 
 bool RenderJob::setPaused(bool paused) {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     if (state_ == NEMRA_RENDERER_RUNNING && paused) {
         setState(NEMRA_RENDERER_PAUSED, Dispatcher::From::host);
     } else if (state_ == NEMRA_RENDERER_PAUSED && !paused) {
@@ -132,16 +149,20 @@ bool RenderJob::setPaused(bool paused) {
         workers_.notify_all();
         conductor_.notify_all();
     }
-    return state_ == (paused ? NEMRA_RENDERER_PAUSED : NEMRA_RENDERER_RUNNING);
+    const bool isSo = state_ == (paused ? NEMRA_RENDERER_PAUSED : NEMRA_RENDERER_RUNNING);
+    lock.unlock();
+    wake();
+    return isSo;
 }
 
 void RenderJob::setHalt(const HaltCondition& halt) {
-    const std::lock_guard lock(mutex_);
-    halt_ = halt;
-    haltDone_ = false;
-    ++haltGeneration_;
-    workers_.notify_all();
-    conductor_.notify_all();
+    {
+        const std::lock_guard lock(mutex_);
+        halt_.set(halt);
+        workers_.notify_all();
+        conductor_.notify_all();
+    }
+    wake();
 }
 
 void RenderJob::requestUpdate() {
@@ -156,19 +177,23 @@ void RenderJob::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
         if (state_ == NEMRA_RENDERER_STOPPING || state_ == NEMRA_RENDERER_IDLE) return;
-        const auto task = state_ == NEMRA_RENDERER_RUNNING ? schedule_.next(sampleLimit()) : std::nullopt;
-        if (!task) {
+        const auto piece = state_ == NEMRA_RENDERER_RUNNING ? schedule_.next(halt_.sampleLimit()) : std::nullopt;
+        if (!piece) {
             if (outstanding_ == 0) conductor_.notify_all();
             workers_.wait(lock);
             continue;
         }
         ++outstanding_;
         lock.unlock();
-        renderTask(*task);
+        try {
+            renderPiece(*piece);
+        } catch (...) {
+            lock.lock();
+            --outstanding_;
+            throw;
+        }
         lock.lock();
         --outstanding_;
-        schedule_.finished(task->tile);
-        workers_.notify_all();
         if (outstanding_ == 0) conductor_.notify_all();
     }
 }
@@ -184,27 +209,23 @@ bool RenderJob::waitWhilePaused() {
     return !cancel_;
 }
 
-void RenderJob::renderTask(const TileSchedule::Task& task) {
-    // A call of the renderer can't be paused, so a task is cut into calls of kChunkSeconds by what the last one took: all of its
+void RenderJob::renderPiece(const Piece& piece) {
+    // A call of the renderer can't be paused, so a piece is cut into calls of kChunkSeconds by what the last one took: all of its
     // samples at once, fewer samples, or fewer rows. The samples' values don't depend on the cut.
     thread_local double secondsPerSample = 1.0e-3;  // a careful first guess: a row or so
-    const PreparedScene::Tile tile = schedule_.tile(task.tile);
+    const PreparedScene::Tile tile = piece.tile;
     const int columns = tile.x1 - tile.x0;
-    const std::uint32_t end = task.first + task.count;
-    for (std::uint32_t first = task.first; first < end;) {
+    const std::uint32_t end = piece.first + piece.count;
+    for (std::uint32_t first = piece.first; first < end;) {
         const double affordable = kChunkSeconds / secondsPerSample;
-        const double pixels = static_cast<double>(columns) * (tile.y1 - tile.y0);
+        const auto pixels = static_cast<double>(piece.pixels());
         const auto count = static_cast<std::uint32_t>(std::clamp(affordable / pixels, 1.0, static_cast<double>(end - first)));
         for (int y = tile.y0; y < tile.y1;) {
             const double rows = kChunkSeconds / secondsPerSample / (static_cast<double>(columns) * count);
             const int yEnd = y + static_cast<int>(std::clamp(rows, 1.0, static_cast<double>(tile.y1 - y)));
             if (!waitWhilePaused()) return;
             const auto before = Clock::now();
-            PreparedScene::Counts done;
-            {
-                const std::lock_guard lock(tileMutexes_[task.tile]);
-                done = scene_->render(*film_, {tile.x0, y, tile.x1, yEnd}, first, count, cancel_);
-            }
+            const PreparedScene::Counts done = film_.render(*scene_, {{tile.x0, y, tile.x1, yEnd}, first, count}, cancel_);
             samples_ += done.samples;
             wrong_ += done.wrong;
             if (done.samples > 0) {
@@ -214,6 +235,83 @@ void RenderJob::renderTask(const TileSchedule::Task& task) {
         }
         first += count;
     }
+}
+
+// ---- Outside workers ---------------------------------------------------------------------------------------------------------
+
+std::vector<RenderJob::HandedOut> RenderJob::takePieces(std::uint64_t samples) {
+    std::vector<HandedOut> taken;
+    const std::lock_guard lock(mutex_);
+    if (state_ != NEMRA_RENDERER_RUNNING) return taken;
+    const std::uint32_t limit = halt_.sampleLimit();
+    // Others are taken to ask for as much as this one, so what they have in hand tells their number.
+    samples = std::max<std::uint64_t>(1, samples);
+    const std::uint64_t workers = static_cast<std::uint64_t>(threads_) + outside_.samples() / samples + 1;
+    const std::uint64_t wanted = std::clamp<std::uint64_t>(schedule_.left(limit) / (2 * workers), 1, samples);
+    for (std::uint64_t sum = 0; sum < wanted;) {
+        const auto piece = schedule_.next(limit, {kOutsideSamples, wanted - sum});
+        if (!piece) break;
+        taken.push_back({outside_.add(*piece), *piece});
+        sum += piece->samples();
+    }
+    return taken;
+}
+
+bool RenderJob::deliver(std::uint64_t id, const Film& cutOut, PreparedScene::Counts done) {
+    const auto kept = std::accumulate(cutOut.samples.begin(), cutOut.samples.end(), std::uint64_t{0});
+    std::optional<Piece> piece;
+    bool fits = false;
+    {
+        const std::lock_guard lock(mutex_);
+        if (!isLive()) return false;
+        piece = outside_.take(id);
+        if (!piece) return false;
+        fits = done.samples == piece->samples() && kept + done.wrong == done.samples && film_.fits(*piece, cutOut);
+        if (fits) {
+            ++outstanding_;
+        } else {
+            schedule_.giveBack(*piece);
+            workers_.notify_all();
+        }
+    }
+    if (!fits) {
+        wake();
+        return false;
+    }
+    film_.add(*piece, cutOut);
+    samples_ += done.samples;
+    wrong_ += done.wrong;
+    const std::lock_guard lock(mutex_);
+    --outstanding_;
+    conductor_.notify_all();
+    return true;
+}
+
+void RenderJob::giveBack(std::span<const std::uint64_t> ids) {
+    {
+        const std::lock_guard lock(mutex_);
+        for (const std::uint64_t id : ids) {
+            if (const auto piece = outside_.take(id)) schedule_.giveBack(*piece);
+        }
+        workers_.notify_all();
+        conductor_.notify_all();
+    }
+    wake();
+}
+
+void RenderJob::endEarly(const std::string& why) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (!isLive()) return;
+        if (!silent_) dispatcher_->postMessage({NEMRA_LOG_ERROR, "renderer", why}, Dispatcher::From::engine);
+        beginStopping(Dispatcher::From::engine);
+    }
+    wake();
+}
+
+std::shared_ptr<const PreparedScene> RenderJob::scene() const {
+    const std::lock_guard lock(mutex_);
+    return scene_;
 }
 
 // ---- The conductor -----------------------------------------------------------------------------------------------------------
@@ -230,6 +328,7 @@ void RenderJob::conduct() {
             conductor_.wait(lock);
         }
     }
+    wakeWithout(lock);
     conductor_.wait(lock, [&] { return outstanding_ == 0; });
     finish(lock);
 }
@@ -251,30 +350,32 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
         return;  // much may have changed meanwhile
     }
     auto until = std::min(nextStatistics_, nextUpdate_);
-    if (halt_.hasTime() && !haltDone_) {
-        const double left = std::min(halt_.time - elapsed(now), 1.0e6);
+    if (halt_.waitsForTime()) {
+        const double left = std::min(halt_.secondsLeft(clock_.elapsed(now)), 1.0e6);
         until = std::min(until, now + ticks<Clock::duration>(left) + std::chrono::microseconds(1));
     }
     conductor_.wait_until(lock, until);
 }
 
 bool RenderJob::haltReached() const {
-    if (haltDone_) return false;
-    if (halt_.hasTime() && elapsed(Clock::now()) >= halt_.time) return true;
-    // A scene can't take more samples than their numbers reach, so the schedule's own end is one too.
-    return outstanding_ == 0 && schedule_.handedOut() >= sampleLimit();
+    if (halt_.isDone()) return false;
+    if (halt_.isTimeUp(clock_.elapsed(Clock::now()))) return true;
+    const std::uint32_t limit = halt_.sampleLimit();
+    return outstanding_ == 0 && !outside_.anyBelow(limit) && schedule_.allHandedOut(limit);
 }
 
 void RenderJob::halt(std::unique_lock<std::mutex>& lock) {
-    const std::uint64_t generation = haltGeneration_;
-    if (halt_.action == NEMRA_HALT_STOPS) {
-        haltDone_ = true;
+    const std::uint64_t generation = halt_.generation();
+    const auto action = halt_.condition().action;
+    if (action == NEMRA_HALT_STOPS) {
+        halt_.setDone();
         beginStopping(Dispatcher::From::engine);
         return;
     }
-    if (halt_.action == NEMRA_HALT_PAUSES) {
-        haltDone_ = true;
+    if (action == NEMRA_HALT_PAUSES) {
+        halt_.setDone();
         setState(NEMRA_RENDERER_PAUSED, Dispatcher::From::engine);
+        wakeWithout(lock);
         conductor_.wait(lock, [&] { return resting_ == outstanding_ || state_ != NEMRA_RENDERER_PAUSED; });
         if (state_ == NEMRA_RENDERER_STOPPING) return;
     }
@@ -292,8 +393,16 @@ void RenderJob::halt(std::unique_lock<std::mutex>& lock) {
     samplesAtFinish_ = samples;
     finishPosted_ = true;
     dispatcher_->postFinish(std::move(raw));
-    if (generation == haltGeneration_) haltDone_ = true;
+    if (generation == halt_.generation()) halt_.setDone();
     workers_.notify_all();
+    wakeWithout(lock);
+}
+
+/// Wakes the outside workers while the lock isn't held.
+void RenderJob::wakeWithout(std::unique_lock<std::mutex>& lock) const {
+    lock.unlock();
+    wake();
+    lock.lock();
 }
 
 void RenderJob::finish(std::unique_lock<std::mutex>& lock) {
@@ -301,27 +410,38 @@ void RenderJob::finish(std::unique_lock<std::mutex>& lock) {
     const bool writes = !silent_ && !outputFile_.empty();
     std::shared_ptr<Raw> raw;
     lock.unlock();
-    if (isNews || writes) raw = makeRaw(std::move(film_));
+    if (isNews || writes) raw = makeRaw(film_.release());
     if (writes) writeFinal(*raw, outputFile_, outputRaw_);
     lock.lock();
     setState(NEMRA_RENDERER_IDLE, Dispatcher::From::engine);
     // The finish is the last that is heard of a render: a script that waits for it may then drop everything.
     if (isNews) dispatcher_->postFinish(std::move(raw));
     lock.unlock();
-    scene_.reset();  // the job itself lives on for its statistics
-    film_.reset();
+    giveBackScene();
+    wake();
+}
+
+/// The job itself lives on for its statistics.
+void RenderJob::giveBackScene() {
+    std::shared_ptr<const PreparedScene> scene;
+    {
+        const std::lock_guard lock(mutex_);
+        scene.swap(scene_);
+    }
+    film_.release();
 }
 
 /// After a failure of the conductor: whoever waits for the finish must not wait for ever.
 void RenderJob::endWithoutResult() {
     std::unique_lock lock(mutex_);
-    if (state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED) beginStopping(Dispatcher::From::engine);
+    if (isLive()) beginStopping(Dispatcher::From::engine);
+    wakeWithout(lock);
     conductor_.wait(lock, [&] { return outstanding_ == 0; });
     if (state_ == NEMRA_RENDERER_STOPPING) setState(NEMRA_RENDERER_IDLE, Dispatcher::From::engine);
     if (!silent_ && !finishPosted_) dispatcher_->postFinish(nullptr);
     lock.unlock();
-    scene_.reset();
-    film_.reset();
+    giveBackScene();
+    wake();
 }
 
 void RenderJob::postUpdate(std::unique_lock<std::mutex>& lock) {
@@ -338,39 +458,9 @@ void RenderJob::postUpdate(std::unique_lock<std::mutex>& lock) {
 }
 
 void RenderJob::tickStatistics(Clock::time_point now) {
-    const double seconds = Seconds(now - rateSince_).count();
-    const std::uint64_t samples = samples_;
-    if (seconds > 0.0) currentRate_ = static_cast<double>(samples - rateSamples_) / seconds;
-    rateSince_ = now;
-    rateSamples_ = samples;
+    clock_.tick(now, samples_);
     nextStatistics_ = now + kStatisticsInterval;
     dispatcher_->postStatistics();
-}
-
-std::shared_ptr<Film> RenderJob::copyFilm() const {
-    // Tile by tile, so that render threads wait for this copy only where they are just about to go on.
-    std::shared_ptr<Film> copy = scene_->makeFilm();
-    const std::size_t channels = film_->channels.size();
-    const auto copyRange = [](const auto& from, auto& to, std::size_t first, std::size_t count) {
-        if (!from.empty())
-            std::copy_n(from.begin() + static_cast<std::ptrdiff_t>(first), count,
-                        to.begin() + static_cast<std::ptrdiff_t>(first));
-    };
-    for (std::size_t i = 0; i < tileMutexes_.size(); ++i) {
-        const PreparedScene::Tile tile = schedule_.tile(i);
-        const auto rows = static_cast<std::size_t>(tile.y1 - tile.y0);
-        const std::lock_guard lock(tileMutexes_[i]);
-        for (int x = tile.x0; x < tile.x1; ++x) {
-            const std::size_t pixel = film_->pixel(x, tile.y0);
-            copyRange(film_->high, copy->high, pixel * channels, rows * channels);
-            copyRange(film_->low, copy->low, pixel * channels, rows * channels);
-            copyRange(film_->samples, copy->samples, pixel, rows);
-            copyRange(film_->squares, copy->squares, pixel, rows);
-            copyRange(film_->depth, copy->depth, pixel, rows);
-            copyRange(film_->depthSamples, copy->depthSamples, pixel, rows);
-        }
-    }
-    return copy;
 }
 
 std::shared_ptr<Raw> RenderJob::makeRaw(std::shared_ptr<const Film> film) const {
@@ -391,19 +481,13 @@ std::shared_ptr<Raw> RenderJob::makeRaw(std::shared_ptr<const Film> film) const 
 /// The result so far; null if there is no memory for it.
 std::shared_ptr<Raw> RenderJob::snapshot() const {
     try {
-        return makeRaw(copyFilm());
+        return makeRaw(film_.copy(*scene_));
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
 
-std::uint32_t RenderJob::sampleLimit() const { return haltDone_ ? HaltCondition::kEndOfSamples : halt_.sampleLimit(); }
-
-double RenderJob::elapsed(Clock::time_point now) const {
-    return state_ == NEMRA_RENDERER_RUNNING ? elapsedBefore_ + Seconds(now - runningSince_).count() : elapsedBefore_;
-}
-
-RenderCounts RenderJob::counts(Clock::time_point now) const { return {elapsed(now), samples_, wrong_}; }
+RenderCounts RenderJob::counts(Clock::time_point now) const { return {clock_.elapsed(now), samples_, wrong_}; }
 
 double RenderJob::statistic(nemra_renderer_stat_t type) const {
     const std::lock_guard lock(mutex_);
@@ -420,13 +504,13 @@ double RenderJob::statistic(nemra_renderer_stat_t type) const {
             return rate(static_cast<double>(now.samples));
         // Before the first interval is over the average is the best there is.
         case NEMRA_STAT_SPS_CURRENT:
-            return currentRate_ > 0.0 ? currentRate_ : rate(static_cast<double>(now.samples));
+            return clock_.currentRate() > 0.0 ? clock_.currentRate() : rate(static_cast<double>(now.samples));
         case NEMRA_STAT_WRONG_RATE:
             return rate(static_cast<double>(now.wrong));
         case NEMRA_STAT_HALT_TIME:
-            return std::max(0.0, halt_.time);
+            return std::max(0.0, halt_.condition().time);
         case NEMRA_STAT_HALT_SPP:
-            return std::max(0.0, halt_.spp);
+            return std::max(0.0, halt_.condition().spp);
     }
     return 0.0;
 }

@@ -5,13 +5,19 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "engine/core/job/dispatcher.h"
-#include "engine/core/job/halt_condition.h"
+#include "engine/core/job/halt_watch.h"
+#include "engine/core/job/job_threads.h"
+#include "engine/core/job/outside_pieces.h"
+#include "engine/core/job/render_clock.h"
+#include "engine/core/job/shared_film.h"
 #include "engine/core/job/tile_schedule.h"
 #include "engine/core/render.h"
 
@@ -19,7 +25,8 @@ namespace nemra::core {
 
 struct JobPlan {
     std::shared_ptr<const PreparedScene> scene;
-    int threads = 1;
+    int threads = 1;                 ///< of our own; without outside workers at least one
+    bool hasOutsideWorkers = false;  ///< others take pieces of this render
     HaltCondition halt;
     std::string outputFile;  ///< absolute; "" for none
     bool outputRaw = false;  ///< the file takes the sensor's channels instead of the output node's picture
@@ -28,18 +35,28 @@ struct JobPlan {
 /// States go by these arrows only: running to paused and back, both to stopping, stopping to idle. Render threads take tiles, one
 /// conductor thread watches conditions and makes results. All threads are detached and keep the job alive; nobody waits for them
 /// except, with a limit, the end of the process (job_threads.h).
-class RenderJob : public std::enable_shared_from_this<RenderJob> {
+///
+/// Outside workers, such as other machines, take pieces too and deliver them as cut-outs of the film. A limit of samples waits
+/// for what they have in hand, so that each pixel has just as many; everything else that ends or pauses a render doesn't.
+class RenderJob : public Stoppable, public std::enable_shared_from_this<RenderJob> {
 public:
     /// Starts the threads. The state is running, and posted, when it returns. Throws std::system_error if no thread can be had.
     static std::shared_ptr<RenderJob> start(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher);
 
     RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher);
+    /// To be called whenever there may be new work for outside workers, a pause, a resume or an end: from any thread, also one of
+    /// the host's with the host's lock in hand, so it must neither wait nor call this job. Before begin(); kept as long as the
+    /// job.
+    void addWake(std::function<void()> wake) { wakes_.push_back(std::move(wake)); }
+    /// As start() does; once.
+    void begin();
 
     NemraRendererState_t state() const;
     /// Asks for the end; the last result comes through the dispatcher. Nothing happens if the job is stopping or idle.
     void stop();
     /// The end without a result.
     void cancel();
+    void stopForGood() override { cancel(); }
     /// True pauses, false resumes. True if the job is in the wanted state afterwards. A halt condition that has paused the render
     /// doesn't count again after it is resumed, until a new one is set.
     bool setPaused(bool paused);
@@ -48,13 +65,37 @@ public:
     void requestUpdate();
     double statistic(nemra_renderer_stat_t type) const;
 
-private:
-    using Clock = std::chrono::steady_clock;
+    // For outside workers; none of these waits for a callback or for a result to be made.
 
-    void begin();
+    struct HandedOut {
+        std::uint64_t id;
+        Piece piece;
+    };
+    /// Pieces with together about that many samples, fewer towards the end, so that a slow worker isn't waited for too long
+    /// (guided self-scheduling: Polychronopoulos and Kuck, IEEE Trans. Computers C-36(12), 1987). None if there is no work at the
+    /// moment: paused, limit reached, stopping.
+    std::vector<HandedOut> takePieces(std::uint64_t samples);
+    /// Adds a piece's samples, which were rendered into a film of the piece's size (PreparedScene::makeFilm(Tile)), all of them.
+    /// False and nothing happens if that piece isn't outstanding: it was given back, or the render is over. A film that doesn't
+    /// fit is refused too, and its piece counts as given back.
+    bool deliver(std::uint64_t id, const Film& cutOut, PreparedScene::Counts done);
+    /// These pieces won't be delivered: others get them. Those that aren't outstanding are left out.
+    void giveBack(std::span<const std::uint64_t> ids);
+    /// For when nobody is left to render: an error message, then the end with what there is. Nothing if the end has begun
+    /// already.
+    void endEarly(const std::string& why);
+    /// Null once the render is over.
+    std::shared_ptr<const PreparedScene> scene() const;
+
+private:
+    using Clock = RenderClock::Clock;
+
     void work();
     void guardThread(void (RenderJob::*body)());
-    void renderTask(const TileSchedule::Task& task);
+    void renderPiece(const Piece& piece);
+    bool isLive() const noexcept { return state_ == NEMRA_RENDERER_RUNNING || state_ == NEMRA_RENDERER_PAUSED; }
+    void wake() const;
+    void wakeWithout(std::unique_lock<std::mutex>& lock) const;
     bool waitWhilePaused();
     void conduct();
     void whileRunning(std::unique_lock<std::mutex>& lock);
@@ -68,21 +109,19 @@ private:
     void tickStatistics(Clock::time_point now);
     std::shared_ptr<Raw> makeRaw(std::shared_ptr<const Film> film) const;
     std::shared_ptr<Raw> snapshot() const;
-    std::shared_ptr<Film> copyFilm() const;
-    std::uint32_t sampleLimit() const;
-    double elapsed(Clock::time_point now) const;
     RenderCounts counts(Clock::time_point now) const;
+    void giveBackScene();
 
-    std::shared_ptr<const PreparedScene> scene_;  ///< given back at the end
+    std::shared_ptr<const PreparedScene> scene_;  ///< given back at the end; our own threads read it without the lock
     const std::shared_ptr<Dispatcher> dispatcher_;
     const double pixels_;
     const int threads_;
     const std::string outputFile_;
     const bool outputRaw_;
+    std::vector<std::function<void()>> wakes_;  ///< unchanged from begin() on
 
-    std::shared_ptr<Film> film_;
-    mutable std::vector<std::mutex> tileMutexes_;  ///< held while a tile of the film is written or read
-    std::atomic<bool> cancel_{false};              ///< render threads leave off what they do
+    SharedFilm film_;
+    std::atomic<bool> cancel_{false};  ///< render threads leave off what they do
     std::atomic<bool> paused_{false};
     std::atomic<std::uint64_t> samples_{0};
     std::atomic<std::uint64_t> wrong_{0};
@@ -92,24 +131,19 @@ private:
     std::condition_variable conductor_;  ///< something for the conductor
     NemraRendererState_t state_ = NEMRA_RENDERER_IDLE;
     TileSchedule schedule_;
-    int outstanding_ = 0;  ///< tasks handed out and not finished
+    OutsidePieces outside_;
+    int outstanding_ = 0;  ///< pieces that a thread is at work on here, be it only to add what was delivered
     int resting_ = 0;      ///< of these, the ones that wait for the end of a pause
-    HaltCondition halt_;
-    bool haltDone_ = false;             ///< the condition has had its effect
-    std::uint64_t haltGeneration_ = 0;  ///< conditions set so far
-    bool silent_ = false;               ///< cancelled: no result is wanted
+    HaltWatch halt_;
+    bool silent_ = false;  ///< cancelled: no result is wanted
     bool updateRequested_ = false;
     bool saidNoUpdates_ = false;  ///< the conductor's own
     bool finishPosted_ = false;
     std::uint64_t samplesAtFinish_ = 0;  ///< that the last posted finish showed
-    double elapsedBefore_ = 0.0;         ///< s, of running spans that are over
-    Clock::time_point runningSince_;
+    RenderClock clock_;
     Clock::time_point nextStatistics_;
     Clock::time_point nextUpdate_;
     double updateInterval_ = 1.0;  ///< s
-    Clock::time_point rateSince_;  ///< begin of the interval that the current rate is about
-    std::uint64_t rateSamples_ = 0;
-    double currentRate_ = 0.0;  ///< 1/s
 };
 
 }  // namespace nemra::core

@@ -8,6 +8,8 @@
 
 #include "engine/common/log.h"
 #include "engine/common/workdir.h"
+#include "engine/core/worker/load_network.h"
+#include "engine/core/worker/remote_nodes.h"
 
 namespace nemra::core {
 
@@ -65,21 +67,22 @@ void Renderer::setHalt(const HaltCondition& halt) {
 
 void Renderer::clearNodes() {
     const std::lock_guard lock(mutex_);
-    localNodes_.clear();
-    hasRemoteNode_ = false;
+    nodes_.clear();
 }
 
 void Renderer::addLocalNode() {
     const std::lock_guard lock(mutex_);
-    localNodes_.push_back(settings_);
+    nodes_.push_back({settings_, false});
 }
 
 void Renderer::addRemoteNode() {
+    std::string why;
     {
         const std::lock_guard lock(mutex_);
-        hasRemoteNode_ = true;
+        why = worker::whyNoTarget(settings_);
+        if (why.empty()) nodes_.push_back({settings_, true});
     }
-    say(NEMRA_LOG_WARNING, "render workers are not available yet: the remote node is left out");
+    if (!why.empty()) say(NEMRA_LOG_ERROR, "no remote node is added: " + why);
 }
 
 bool Renderer::start(const Loader& load) {
@@ -95,18 +98,17 @@ bool Renderer::start(const Loader& load) {
 }
 
 bool Renderer::startChecked(const Loader& load) {
-    std::vector<Settings> nodes;
+    std::vector<Node> nodes;
     const char* refusal = nullptr;
     {
         const std::lock_guard lock(mutex_);
         if (starting_ || (job_ && job_->state() != NEMRA_RENDERER_IDLE)) {
             refusal = "a render is under way already: stop it first";
-        } else if (!localNodes_.empty()) {
-            nodes = localNodes_;
+        } else if (!nodes_.empty()) {
+            nodes = nodes_;
             starting_ = true;
         } else {
-            refusal = hasRemoteNode_ ? "no node to render on: render workers are not available yet, add a local node"
-                                     : "no node to render on: add a local node first";
+            refusal = "no node to render on: add a local or a remote node first";
         }
     }
     if (refusal) {
@@ -123,12 +125,27 @@ bool Renderer::startChecked(const Loader& load) {
         }
     } const reset{*this};
 
-    const Settings& settings = nodes.back();
+    const Settings& settings = nodes.back().settings;
+    std::vector<Settings> remotes;
     JobPlan plan;
-    plan.scene = load(settings);
-    if (!plan.scene) return false;
     plan.threads = 0;
-    for (const Settings& node : nodes) plan.threads += node.threads > 0 ? node.threads : availableCores();
+    for (const Node& node : nodes) {
+        if (node.isRemote) {
+            remotes.push_back(node.settings);
+        } else {
+            plan.threads += node.settings.threads > 0 ? node.settings.threads : availableCores();
+        }
+    }
+    const LoadedScene loaded = load(settings, !remotes.empty());
+    if (!loaded.prepared) return false;
+    plan.scene = loaded.prepared;
+    std::vector<worker::RemoteNode::Target> targets;
+    if (!remotes.empty()) {
+        auto made = worker::makeTargets(remotes);
+        if (!made) return false;
+        targets = std::move(*made);
+        plan.hasOutsideWorkers = true;
+    }
     plan.outputFile = settings.outputFile.empty() ? "" : resolvePath(settings.outputFile);
     plan.outputRaw = settings.outputRaw;
 
@@ -138,10 +155,29 @@ bool Renderer::startChecked(const Loader& load) {
         const std::lock_guard lock(mutex_);
         if (released_) return false;
         plan.halt = halt_;
-        job = RenderJob::start(std::move(plan), dispatcher_);
+        job = std::make_shared<RenderJob>(std::move(plan), dispatcher_);
+        if (!targets.empty()) job->addWake(worker::wakerOf(targets));
+        job->begin();
         before = std::exchange(job_, job);
     }
+    if (!targets.empty()) startRemote(std::move(targets), job, loaded, settings, nodes.size() > remotes.size());
     return true;
+}
+
+void Renderer::startRemote(std::vector<worker::RemoteNode::Target> targets, std::shared_ptr<RenderJob> job,
+                           const LoadedScene& loaded, const Settings& settings, bool hasLocalNode) {
+    const network::Network& network = *worker::loadNetwork();
+    const int count = static_cast<int>(targets.size());
+    const std::shared_ptr<worker::RemoteRender> render(new worker::RemoteRender{.network = network,
+                                                                                .job = std::move(job),
+                                                                                .scene = loaded.prepared,
+                                                                                .dispatcher = dispatcher_,
+                                                                                .parcel = loaded.parcel,
+                                                                                .hash = network.hash(loaded.parcel->bytes()),
+                                                                                .setup = settings.setup,
+                                                                                .hasLocalNode = hasLocalNode,
+                                                                                .attendance{count, settings.remotePatience}});
+    worker::startRemoteNodes(std::move(targets), render);
 }
 
 void Renderer::stop() {

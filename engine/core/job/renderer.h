@@ -9,15 +9,17 @@
 
 #include "engine/core/job/dispatcher.h"
 #include "engine/core/job/halt_condition.h"
+#include "engine/core/job/load_scene.h"
 #include "engine/core/job/render_job.h"
 #include "engine/core/job/settings.h"
+#include "engine/core/worker/remote_node.h"
 
 namespace nemra::core {
 
 /// Any function may be called from any thread, also from inside a callback; none waits for a callback.
 class Renderer {
 public:
-    using Loader = std::function<std::shared_ptr<const PreparedScene>(const Settings&)>;
+    using Loader = std::function<LoadedScene(const Settings&, bool wantsParcel)>;
 
     Renderer();
     ~Renderer();  ///< as release()
@@ -45,17 +47,23 @@ public:
     bool isForeign() const noexcept;
 
 private:
+    struct Node {
+        Settings settings;
+        bool isRemote;
+    };
+
     std::shared_ptr<RenderJob> job() const;
     void say(LogLevel_t level, const std::string& text);
     bool startChecked(const Loader& load);
+    void startRemote(std::vector<worker::RemoteNode::Target> targets, std::shared_ptr<RenderJob> job, const LoadedScene& loaded,
+                     const Settings& settings, bool hasLocalNode);
 
     const std::shared_ptr<Dispatcher> dispatcher_;
     const int process_;  ///< id
 
     mutable std::mutex mutex_;  ///< for all that follows
     Settings settings_;
-    std::vector<Settings> localNodes_;
-    bool hasRemoteNode_ = false;
+    std::vector<Node> nodes_;
     HaltCondition halt_;
     bool starting_ = false;
     bool released_ = false;

@@ -12,16 +12,6 @@ namespace {
 
 constexpr int kMostThreads = 1024;
 
-std::vector<std::string> split(std::string_view list) {
-    std::vector<std::string> parts;
-    while (!list.empty()) {
-        const auto end = std::min(list.find(';'), list.size());
-        if (end > 0) parts.emplace_back(list.substr(0, end));
-        list.remove_prefix(std::min(end + 1, list.size()));
-    }
-    return parts;
-}
-
 bool toFlag(std::string_view value, bool& flag) {
     if (value == "true" || value == "1") {
         flag = true;
@@ -33,6 +23,14 @@ bool toFlag(std::string_view value, bool& flag) {
     return true;
 }
 
+bool toSeconds(std::string_view value, double& seconds) {
+    double number = 0.0;
+    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), number);
+    if (fault != std::errc() || end != value.data() + value.size() || !(number >= 0.0)) return false;
+    seconds = number;
+    return true;
+}
+
 }  // namespace
 
 bool Settings::set(std::string_view name, std::string_view value, std::string& why) {
@@ -41,7 +39,7 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
         return false;
     };
     if (name == "library_paths") {
-        libraryPaths = split(value);
+        libraryPaths = splitPaths(value);
     } else if (name == "setup") {
         setup = value;
     } else if (name == "output_file_name") {
@@ -49,18 +47,37 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
     } else if (name == "output_raw") {
         return toFlag(value, outputRaw) || wrong("\"true\" or \"false\"");
     } else if (name == "num_threads") {
-        int count = 0;
-        const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), count);
-        if (fault != std::errc() || end != value.data() + value.size()) return wrong("a whole number");
-        threads = std::min(count, kMostThreads);
+        return toThreads(value, threads) || wrong("a whole number");
     } else if (name == "remote_host") {
         remoteHost = value;
+    } else if (name == "password") {
+        password = value;
+    } else if (name == "remote_patience") {
+        return toSeconds(value, remotePatience) || wrong("a number of seconds");
     } else if (name == "local_remote_server") {
         return toFlag(value, localRemoteServer) || wrong("\"true\" or \"false\"");
     } else {
         why = "unknown parameter \"" + std::string(name) + "\"";
         return false;
     }
+    return true;
+}
+
+std::vector<std::string> splitPaths(std::string_view list) {
+    std::vector<std::string> parts;
+    while (!list.empty()) {
+        const auto end = std::min(list.find(';'), list.size());
+        if (end > 0) parts.emplace_back(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    return parts;
+}
+
+bool toThreads(std::string_view value, int& threads) {
+    int count = 0;
+    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), count);
+    if (fault != std::errc() || end != value.data() + value.size()) return false;
+    threads = std::min(count, kMostThreads);
     return true;
 }
 

@@ -14,12 +14,19 @@ struct Settings {
     std::string outputFile;                 ///< "output_file_name": where the last result goes, "" for nowhere
     bool outputRaw = false;                 ///< "output_raw"
     int threads = 0;                        ///< "num_threads": zero or below for all cores
-    std::string remoteHost;                 ///< "remote_host"
-    bool localRemoteServer = false;         ///< "local_remote_server"
+    std::string remoteHost;                 ///< "remote_host": host:port of a worker
+    bool localRemoteServer = false;         ///< "local_remote_server": a worker in this process instead
+    std::string password;                   ///< "password" of the worker
+    double remotePatience = 60.0;           ///< "remote_patience": s for which a render without any node waits for a worker
 
-    /// False, and nothing changes, for an unknown name or a value that doesn't fit; `why` says the reason.
+    /// False, and nothing changes, for an unknown name or a value that doesn't fit; `why` says the reason, never a password.
     bool set(std::string_view name, std::string_view value, std::string& why);
 };
+
+/// Parts between semicolons; empty ones are left out.
+std::vector<std::string> splitPaths(std::string_view list);
+/// False, and nothing changes, for what isn't a whole number. Numbers above what a machine bears are cut.
+bool toThreads(std::string_view value, int& threads);
 
 /// Cores that this process may use, at least 1.
 int availableCores();

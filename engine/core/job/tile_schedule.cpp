@@ -8,53 +8,81 @@ namespace nemra::core {
 
 namespace {
 
-constexpr int kLargestTile = 16;  // pixels; small enough that a tile's film stays in a core's cache
-constexpr int kSmallestTile = 4;
-constexpr int kTilesPerThread = 4;
 constexpr std::uint32_t kLongestPass = 64;  // samples; longer ones gain nothing and make the picture uneven
 
-int tileSize(int width, int height, int threads) {
-    int size = kLargestTile;
-    const auto count = [&] { return ((width + size - 1) / size) * static_cast<long long>((height + size - 1) / size); };
-    while (size > kSmallestTile && count() < static_cast<long long>(threads) * kTilesPerThread) size /= 2;
-    return size;
+/// Keeps the first samples of a piece and gives back the rest.
+std::optional<Piece> cutBehind(Piece& piece, std::uint32_t count) {
+    if (count >= piece.count) return std::nullopt;
+    const Piece rest{piece.tile, piece.first + count, piece.count - count};
+    piece.count = count;
+    return rest;
 }
 
 }  // namespace
 
-TileSchedule::TileSchedule(int width, int height, int threads) {
-    const int size = tileSize(width, height, threads);
-    for (int y = 0; y < height; y += size) {
-        for (int x = 0; x < width; x += size) {
-            tiles_.push_back({x, y, std::min(x + size, width), std::min(y + size, height)});
-        }
+TileSchedule::TileSchedule(TileGrid grid) : grid_(grid), nextSample_(grid.count(), 0) {}
+
+std::optional<Piece> TileSchedule::next(std::uint32_t limit, const Wish& wish) {
+    limit = std::min(limit, HaltCondition::kEndOfSamples);
+    auto piece = nextReturned(limit);
+    if (!piece) piece = nextOfPass(limit, wish.least);
+    if (!piece) return std::nullopt;
+    handedOut_ += piece->samples();
+    const std::uint64_t most = std::max<std::uint64_t>(1, wish.most / std::max<std::uint64_t>(1, piece->pixels()));
+    if (const auto rest = cutBehind(*piece, static_cast<std::uint32_t>(std::min<std::uint64_t>(most, piece->count)))) {
+        giveBack(*rest);
     }
-    nextSample_.assign(tiles_.size(), 0);
-    busy_.assign(tiles_.size(), false);
+    return piece;
 }
 
-std::optional<TileSchedule::Task> TileSchedule::next(std::uint32_t limit) {
-    if (tiles_.empty()) return std::nullopt;
+std::optional<Piece> TileSchedule::nextReturned(std::uint32_t limit) {
+    const auto found = std::find_if(returned_.rbegin(), returned_.rend(), [&](const Piece& p) { return p.first < limit; });
+    if (found == returned_.rend()) return std::nullopt;
+    Piece piece = *found;
+    if (const auto rest = cutBehind(piece, limit - piece.first)) {
+        *found = *rest;
+    } else {
+        returned_.erase(std::next(found).base());
+    }
+    return piece;
+}
+
+std::optional<Piece> TileSchedule::nextOfPass(std::uint32_t limit, std::uint32_t least) {
+    if (nextSample_.empty()) return std::nullopt;
     for (;;) {
         // A limit that came down in the middle of a pass cuts it short, and one that was lifted lets it go on: each tile knows
         // its own next sample.
-        while (cursor_ < tiles_.size()) {
-            const std::size_t tile = cursor_;
+        while (cursor_ < nextSample_.size()) {
+            const std::size_t tile = cursor_++;
             const std::uint32_t first = nextSample_[tile];
-            const std::uint32_t end = std::min(passEnd_, limit);
-            if (first < end && busy_[tile]) return std::nullopt;
-            ++cursor_;
-            if (first >= end) continue;
-            nextSample_[tile] = end;
-            busy_[tile] = true;
-            if (cursor_ == tiles_.size()) minimum_ = *std::min_element(nextSample_.begin(), nextSample_.end());
-            return Task{tile, first, end - first};
+            if (first >= std::min(passEnd_, limit)) continue;
+            const std::uint64_t end =
+                std::min<std::uint64_t>(std::max<std::uint64_t>(passEnd_, std::uint64_t{first} + least), limit);
+            nextSample_[tile] = static_cast<std::uint32_t>(end);
+            return Piece{grid_.tile(tile), first, static_cast<std::uint32_t>(end) - first};
         }
-        minimum_ = *std::min_element(nextSample_.begin(), nextSample_.end());
-        if (minimum_ >= std::min(limit, HaltCondition::kEndOfSamples)) return std::nullopt;
-        if (minimum_ >= passEnd_) passEnd_ = minimum_ + std::clamp(minimum_, 1U, kLongestPass);
+        const std::uint32_t minimum = *std::min_element(nextSample_.begin(), nextSample_.end());
+        if (minimum >= limit) return std::nullopt;
+        if (minimum >= passEnd_) passEnd_ = minimum + std::clamp(minimum, 1U, kLongestPass);
         cursor_ = 0;
     }
+}
+
+void TileSchedule::giveBack(const Piece& piece) {
+    returned_.push_back(piece);
+    handedOut_ -= piece.samples();
+}
+
+bool TileSchedule::allHandedOut(std::uint32_t limit) const {
+    limit = std::min(limit, HaltCondition::kEndOfSamples);
+    return std::all_of(nextSample_.begin(), nextSample_.end(), [&](std::uint32_t next) { return next >= limit; }) &&
+           std::none_of(returned_.begin(), returned_.end(), [&](const Piece& piece) { return piece.first < limit; });
+}
+
+std::uint64_t TileSchedule::left(std::uint32_t limit) const noexcept {
+    const std::uint64_t pixels = static_cast<std::uint64_t>(grid_.width) * static_cast<std::uint64_t>(grid_.height);
+    const std::uint64_t all = pixels * std::min(limit, HaltCondition::kEndOfSamples);
+    return all > handedOut_ ? all - handedOut_ : 0;
 }
 
 }  // namespace nemra::core

@@ -6,39 +6,46 @@
 #include <optional>
 #include <vector>
 
-#include "engine/core/render.h"
+#include "engine/core/job/piece.h"
+#include "engine/core/job/tile_grid.h"
 
 namespace nemra::core {
 
-/// Progressive passes over square tiles: all tiles get sample 0, then 1, then 2-3, 4-7, 8-15 and so on, so that the picture is
+/// Progressive passes over the tiles: all tiles get sample 0, then 1, then 2-3, 4-7, 8-15 and so on, so that the picture is
 /// even at any moment and long passes keep memory local. Not thread-safe.
 class TileSchedule {
 public:
-    /// `threads` that will work at the same time: small images get smaller tiles, so that each thread finds one.
-    TileSchedule(int width, int height, int threads);
+    explicit TileSchedule(TileGrid grid);
 
-    struct Task {
-        std::size_t tile;
-        std::uint32_t first, count;  ///< samples
+    /// What a piece should be like. A pass that is longer than `least` isn't cut short for it; `most` is kept to, but for a
+    /// piece having at least one sample of each of its pixels.
+    struct Wish {
+        std::uint32_t least = 1;          ///< samples of each pixel, even ahead of the pass
+        std::uint64_t most = UINT64_MAX;  ///< samples of all pixels together
     };
-    /// The next piece of work below the sample index `limit`. None if all of it is handed out, or if its tile is still being
-    /// worked on: a tile's samples are added in the order of their numbers, so that even plain sums come out the same.
-    std::optional<Task> next(std::uint32_t limit);
-    /// Says that the task of that tile is done.
-    void finished(std::size_t tile) { busy_[tile] = false; }
-    /// Samples that every pixel has been handed out.
-    std::uint32_t handedOut() const noexcept { return minimum_; }
+    /// The next piece of work below the sample index `limit`; none if all of it is handed out. What came back goes first.
+    std::optional<Piece> next(std::uint32_t limit, const Wish& wish);
+    std::optional<Piece> next(std::uint32_t limit) { return next(limit, Wish{}); }
+    /// Takes back a piece that was handed out and won't be done, or the rest of one.
+    void giveBack(const Piece& piece);
 
-    std::size_t tileCount() const noexcept { return tiles_.size(); }
-    PreparedScene::Tile tile(std::size_t index) const noexcept { return tiles_[index]; }
+    /// True if nothing is left below the limit.
+    bool allHandedOut(std::uint32_t limit) const;
+    /// Samples below the limit that aren't handed out; a guess after a limit that came down.
+    std::uint64_t left(std::uint32_t limit) const noexcept;
+
+    const TileGrid& grid() const noexcept { return grid_; }
 
 private:
-    std::vector<PreparedScene::Tile> tiles_;
+    std::optional<Piece> nextReturned(std::uint32_t limit);
+    std::optional<Piece> nextOfPass(std::uint32_t limit, std::uint32_t least);
+
+    TileGrid grid_;
     std::vector<std::uint32_t> nextSample_;  ///< per tile
-    std::vector<bool> busy_;                 ///< per tile
-    std::size_t cursor_ = 0;                 ///< tile that this pass looks at next
-    std::uint32_t passEnd_ = 1;              ///< sample index at which this pass ends
-    std::uint32_t minimum_ = 0;
+    std::vector<Piece> returned_;
+    std::size_t cursor_ = 0;       ///< tile that this pass looks at next
+    std::uint32_t passEnd_ = 1;    ///< sample index at which this pass ends
+    std::uint64_t handedOut_ = 0;  ///< samples, those that came back taken off
 };
 
 }  // namespace nemra::core

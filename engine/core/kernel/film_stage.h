@@ -1,6 +1,7 @@
 /// From a path's radiance at its wavelengths to sums in the film.
 #pragma once
 
+#include "engine/core/film/square_sums.h"
 #include "engine/core/kernel/simd.h"
 #include "engine/core/kernel/workspace.h"
 
@@ -69,10 +70,10 @@ static int filmStage(const KernelScene& scene, const Batch& batch, const Workspa
         const int local = batch.firstPixel + p;
         const int x = batch.x0 + local / batch.tileHeight;
         const int y = batch.y0 + local % batch.tileHeight;
-        const std::size_t pixel = static_cast<std::size_t>(x) * film.height + y;
+        const std::size_t pixel = static_cast<std::size_t>(x - film.left) * film.height + (y - film.top);
         double* const high = film.high + pixel * sensor.channels;
         double* const low = film.low + pixel * sensor.channels;
-        double squares = film.squares[pixel];
+        SquareSum squares{film.squaresUpper[pixel], film.squaresLower[pixel], film.squaresPart[pixel]};
         double depth = film.depth[pixel];
         std::uint32_t kept = 0;
         std::uint32_t met = 0;
@@ -83,14 +84,16 @@ static int filmStage(const KernelScene& scene, const Batch& batch, const Workspa
             }
             const float leading =
                 sensor.groups > 0 ? addResponses<W>(sensor, w, slot, high, low) : addBoxes<W>(sensor, w, slot, high, low);
-            squares += static_cast<double>(leading * leading);
+            add(squares, squareSum(static_cast<double>(leading) * static_cast<double>(leading)));
             if (w.firstDistance[slot] >= 0.0F) {
-                depth += w.firstDistance[slot];
+                depth += (w.firstDistance[slot] + sensor.depth) - sensor.depth;
                 ++met;
             }
             ++kept;
         }
-        film.squares[pixel] = squares;
+        film.squaresUpper[pixel] = squares.upper;
+        film.squaresLower[pixel] = squares.lower;
+        film.squaresPart[pixel] = static_cast<std::uint8_t>(squares.part);
         film.depth[pixel] = depth;
         film.samples[pixel] += kept;
         film.depthSamples[pixel] += met;

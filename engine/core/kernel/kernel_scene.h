@@ -109,6 +109,7 @@ struct SensorRecord {
     /// Pre-rounding: adding and taking away these constants rounds to a multiple of a fixed quantum.
     double coarse = 0.0;
     double fine = 0.0;
+    double depth = 0.0;  ///< for distances, m
 };
 
 /// Where the ray tracing of a scene is done, for one kind of ray.
@@ -178,11 +179,15 @@ inline constexpr int kBatchPaths = 1024;
 
 /// A film's arrays.
 struct FilmRecord {
+    std::int32_t left;  ///< pixel of the image that the film begins with
+    std::int32_t top;
     std::int32_t height;
     double* high;
     double* low;
     std::uint32_t* samples;
-    double* squares;
+    std::uint64_t* squaresUpper;  ///< see SquareSums
+    std::uint64_t* squaresLower;
+    std::uint8_t* squaresPart;
     double* depth;
     std::uint32_t* depthSamples;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "engine/common/log.h"
 #include "engine/common/workdir.h"
@@ -48,6 +49,8 @@ void Libraries::addFolder(const std::string& folder) {
     for (const std::string& path : found) add(path);
 }
 
+void Libraries::addFirst(std::shared_ptr<const Library> library) { files_.insert(files_.begin(), {std::string(), std::move(library)}); }
+
 const Library* Libraries::read(File& file) {
     if (!file.library) file.library = readLibrary(file.path);
     return file.library->get();
@@ -56,7 +59,10 @@ const Library* Libraries::read(File& file) {
 std::shared_ptr<const node::Node> Libraries::find(std::string_view family, std::string_view name, const node::Node* except) {
     for (File& file : files_) {
         const Library* const library = read(file);
-        if (auto found = library ? library->find(family, name, except) : nullptr) return found;
+        if (auto found = library ? library->find(family, name, except) : nullptr) {
+            if (std::find(taken_.begin(), taken_.end(), found) == taken_.end()) taken_.push_back(found);
+            return found;
+        }
     }
     return nullptr;
 }

@@ -21,10 +21,15 @@ public:
     /// belongs to. A file named twice counts where it was named first.
     explicit Libraries(const std::vector<std::string>& paths);
 
+    /// A library that isn't a file, before all others.
+    void addFirst(std::shared_ptr<const Library> library);
+
     /// Null if no library has one of that family and name other than `except`.
     std::shared_ptr<const node::Node> find(std::string_view family, std::string_view name, const node::Node* except = nullptr);
     /// Names of all nodes of the family, library by library.
     std::vector<std::string> names(std::string_view family);
+    /// What find() has given so far, each node once.
+    const std::vector<std::shared_ptr<const node::Node>>& taken() const noexcept { return taken_; }
 
 private:
     struct File {
@@ -36,6 +41,7 @@ private:
     static const Library* read(File& file);
 
     std::vector<File> files_;
+    std::vector<std::shared_ptr<const node::Node>> taken_;
 };
 
 /// The folder `svlib` of the package around the engine: beside the folder that holds the engine's library. "" if there is none.

@@ -159,7 +159,8 @@ void Prepared::placeCamera() {
 }
 
 /// The coarse quantum is 2^-20, the fine one 2^-50 of the brightest light's value. So sums are exact up to 2^33 times that value
-/// and 2^24 samples per pixel, and each sample is kept to 2^-51 of it.
+/// and 2^24 samples per pixel, and each sample is kept to 2^-51 of it. Of distances, which have 24 digits, one quantum does:
+/// 2^-28 of the farthest there can be, at most twice that for being a power of two.
 void Prepared::chooseRounding(int environment) {
     double radiance = lights_.peakRadiance;
     if (environment >= 0) radiance = std::max(radiance, tables_->maximum(environment));
@@ -172,6 +173,9 @@ void Prepared::chooseRounding(int environment) {
     // Adding 1.5 * 2^52 quanta leaves no bits below one quantum.
     kernel_.sensor.coarse = std::ldexp(1.5, exponent - 20 + 52);
     kernel_.sensor.fine = std::ldexp(1.5, exponent - 50 + 52);
+    const double farthest = length(camera_.position - world_.center) + world_.radius + camera_.lensRadius;
+    const int reach = farthest > 0.0 && std::isfinite(farthest) ? std::clamp(std::ilogb(farthest) + 1, -900, 900) : 0;
+    kernel_.sensor.depth = std::ldexp(1.5, reach - 28 + 52);
 }
 
 QuantityFactors Prepared::quantities() const noexcept {
@@ -190,16 +194,18 @@ std::size_t Prepared::memory() const noexcept {
            lights_.alias.size() * sizeof(AliasEntry) + responses_.size() * sizeof(float);
 }
 
-std::unique_ptr<Film> Prepared::makeFilm() const {
+std::unique_ptr<Film> Prepared::makeFilm(Tile tile) const {
     auto film = std::make_unique<Film>();
-    film->width = camera_.width;
-    film->height = camera_.height;
+    film->left = tile.x0;
+    film->top = tile.y0;
+    film->width = tile.x1 - tile.x0;
+    film->height = tile.y1 - tile.y0;
     film->channels = sensor_.channels;
     const std::size_t pixels = static_cast<std::size_t>(film->width) * film->height;
     film->high.assign(pixels * film->channels.size(), 0.0);
     film->low.assign(pixels * film->channels.size(), 0.0);
     film->samples.assign(pixels, 0);
-    film->squares.assign(pixels, 0.0);
+    film->squares.resize(pixels);
     film->depth.assign(pixels, 0.0);
     film->depthSamples.assign(pixels, 0);
     return film;
@@ -230,13 +236,22 @@ void Prepared::returnWorkspace(Workspace* workspace) const noexcept {
 PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
                                        const std::atomic<bool>& cancel) const {
     Counts counts;
-    tile.x0 = std::max(tile.x0, 0);
-    tile.y0 = std::max(tile.y0, 0);
-    tile.x1 = std::min(tile.x1, camera_.width);
-    tile.y1 = std::min(tile.y1, camera_.height);
+    tile.x0 = std::max({tile.x0, film.left, 0});
+    tile.y0 = std::max({tile.y0, film.top, 0});
+    tile.x1 = std::min({tile.x1, film.left + film.width, camera_.width});
+    tile.y1 = std::min({tile.y1, film.top + film.height, camera_.height});
     if (tile.x0 >= tile.x1 || tile.y0 >= tile.y1 || count == 0) return counts;
-    const FilmRecord record{film.height,         film.high.data(),  film.low.data(),         film.samples.data(),
-                            film.squares.data(), film.depth.data(), film.depthSamples.data()};
+    const FilmRecord record{film.left,
+                            film.top,
+                            film.height,
+                            film.high.data(),
+                            film.low.data(),
+                            film.samples.data(),
+                            film.squares.upper.data(),
+                            film.squares.lower.data(),
+                            film.squares.part.data(),
+                            film.depth.data(),
+                            film.depthSamples.data()};
     const FlushDenormals flushed;
     Workspace* const workspace = borrowWorkspace();
     const int tileHeight = tile.y1 - tile.y0;

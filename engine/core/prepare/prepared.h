@@ -34,7 +34,8 @@ public:
     double offAxis(int x, int y) const noexcept override;
     std::shared_ptr<const node::Node> instrument() const noexcept override { return setup_.instrument; }
     std::size_t memory() const noexcept override;
-    std::unique_ptr<Film> makeFilm() const override;
+    using PreparedScene::makeFilm;
+    std::unique_ptr<Film> makeFilm(Tile tile) const override;
     Counts render(Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
                   const std::atomic<bool>& cancel) const override;
 

@@ -52,7 +52,7 @@ LightView makeLightView(const Film& film, bool withSnr) {
             mean /= static_cast<double>(channels);
         }
         const double variance =
-            samples > 1.0 ? std::max(0.0, (film.squares[pixel] - samples * mean * mean) / (samples - 1.0)) : 0.0;
+            samples > 1.0 ? std::max(0.0, (total(film.squares.at(pixel)) - samples * mean * mean) / (samples - 1.0)) : 0.0;
         const double hits = film.depthSamples[pixel];
         view.meta[0][pixel] = variance;
         view.meta[1][pixel] = samples;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "engine/core/film/cut_out.h"
+
 namespace nemra::core {
 
 namespace {
@@ -53,15 +55,6 @@ void addTo(std::vector<Number>& sums, const std::vector<Number>& others) {
 }
 
 }  // namespace
-
-void addFilm(Film& film, const Film& other) {
-    addTo(film.high, other.high);
-    addTo(film.low, other.low);
-    addTo(film.samples, other.samples);
-    addTo(film.squares, other.squares);
-    addTo(film.depth, other.depth);
-    addTo(film.depthSamples, other.depthSamples);
-}
 
 QuantityTable quantityTable(const QuantityFactors& factors) {
     QuantityTable table{};
@@ -236,7 +229,7 @@ bool Raw::add(const Raw& other) {
     const std::lock_guard lock(mutex_);
     auto sum = std::make_shared<Film>(*parts_.film);
     if (!sum->channels.empty()) {
-        addFilm(*sum, *theirs);
+        addCutOut(*sum, *theirs);
     } else {
         addTo(sum->samples, theirs->samples);
     }

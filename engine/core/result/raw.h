@@ -97,7 +97,4 @@ private:
     mutable std::shared_ptr<const LightView> view_;
 };
 
-/// Adds the sums of `other`, of the same size and channels, to `film`. Exact in any order as long as the sums are (see Film).
-void addFilm(Film& film, const Film& other);
-
 }  // namespace nemra::core

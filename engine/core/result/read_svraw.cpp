@@ -73,7 +73,7 @@ public:
         readArray(chunk, kHigh, film_->high, shape.cells());
         readArray(chunk, kLow, film_->low, shape.cells());
         readArray(chunk, kSamples, film_->samples, shape.pixels);
-        readArray(chunk, kSquares, film_->squares, shape.ifChannels());
+        readSquares(chunk, shape.ifChannels());
         readArray(chunk, kDepth, film_->depth, shape.ifChannels());
         readArray(chunk, kDepthSamples, film_->depthSamples, shape.ifChannels());
         if (chunk.tag == kOffAxis) {
@@ -207,12 +207,25 @@ private:
         }
         const Shape shape{pixels_, film_->channels.size()};
         const std::uint64_t all = 2 * sizeof(double) * shape.cells() + sizeof(std::uint32_t) * shape.pixels +
-                                  (2 * sizeof(double) + sizeof(std::uint32_t)) * shape.ifChannels();
+                                  (3 * sizeof(double) + sizeof(std::uint32_t) + 1) * shape.ifChannels();
         if (all > kFreeBytes && all / kMostPerByte > bytes_.size()) fail(at, "the file is too small for what it claims to hold");
     }
 
-    template <class Number>
-    void readArray(Chunk& chunk, std::string_view tag, std::vector<Number>& numbers, std::size_t count) {
+    void readSquares(Chunk& chunk, std::size_t count) {
+        if (chunk.tag != kSquares) {
+            readArray(chunk, kSquaresUpper, film_->squares.upper, count);
+            readArray(chunk, kSquaresLower, film_->squares.lower, count);
+            readArray(chunk, kSquaresPart, film_->squares.part, count);
+            return;
+        }
+        std::vector<double> sums;
+        readArray(chunk, kSquares, sums, count);
+        film_->squares.resize(count);
+        for (std::size_t pixel = 0; pixel < count; ++pixel) film_->squares.put(pixel, std::max(0.0, sums[pixel]));
+    }
+
+    template <class Number, class Memory>
+    void readArray(Chunk& chunk, std::string_view tag, std::vector<Number, Memory>& numbers, std::size_t count) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
         std::vector<Chunk> blocks;
         for (std::size_t first = 0; first < count; first += perBlock) {

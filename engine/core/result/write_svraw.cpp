@@ -58,8 +58,8 @@ void appendBlock(std::vector<char>& file, std::string_view tag, std::span<const 
 /// The arrays of a film, cut into blocks.
 class Blocks {
 public:
-    template <class Number>
-    void array(std::string_view tag, const std::vector<Number>& numbers) {
+    template <class Number, class Memory>
+    void array(std::string_view tag, const std::vector<Number, Memory>& numbers) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
         const std::span<const Number> all(numbers);
         for (std::size_t first = 0; first < all.size(); first += perBlock) {
@@ -117,7 +117,9 @@ void writeSvraw(const Raw& raw, const TakeBytes& take) {
     file.array(kHigh, film.high);
     file.array(kLow, film.low);
     file.array(kSamples, film.samples);
-    file.array(kSquares, film.squares);
+    file.array(kSquaresUpper, film.squares.upper);
+    file.array(kSquaresLower, film.squares.lower);
+    file.array(kSquaresPart, film.squares.part);
     file.array(kDepth, film.depth);
     file.array(kDepthSamples, film.depthSamples);
     if (parts.offAxis) file.array(kOffAxis, *parts.offAxis);

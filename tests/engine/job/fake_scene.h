@@ -42,10 +42,13 @@ public:
     std::shared_ptr<const node::Node> instrument() const noexcept override { return camera; }
     std::size_t memory() const noexcept override { return 0; }
 
-    std::unique_ptr<core::Film> makeFilm() const override {
+    using PreparedScene::makeFilm;
+    std::unique_ptr<core::Film> makeFilm(Tile tile) const override {
         auto film = std::make_unique<core::Film>();
-        film->width = pixelsWide;
-        film->height = pixelsHigh;
+        film->left = tile.x0;
+        film->top = tile.y0;
+        film->width = tile.x1 - tile.x0;
+        film->height = tile.y1 - tile.y0;
         using core::ChannelKind;
         if (sensor == Sensor::xyz) {
             for (const char* name : {"X", "Y", "Z"}) film->channels.push_back({name, ChannelKind::luminous, 0, 0, "cd.m^-2"});
@@ -57,7 +60,7 @@ public:
                     {std::to_string(nm) + " nm", ChannelKind::spectral, nm * 1e-9, 10e-9, "W.m^-2.sr^-1.nm^-1"});
             }
         }
-        const std::size_t pixels = static_cast<std::size_t>(pixelsWide) * static_cast<std::size_t>(pixelsHigh);
+        const std::size_t pixels = static_cast<std::size_t>(film->width) * static_cast<std::size_t>(film->height);
         film->high.resize(pixels * film->channels.size());
         film->low.resize(pixels * film->channels.size());
         film->samples.resize(pixels);
@@ -80,10 +83,12 @@ public:
                         while (std::chrono::steady_clock::now() < until) {
                         }
                     }
-                    const std::size_t pixel = film.pixel(x, y);
-                    for (int c = 0; c < channels; ++c) film.high[film.cell(x, y, c)] += sample(x, y, i, c);
+                    const std::size_t pixel = film.pixel(x - film.left, y - film.top);
+                    for (int c = 0; c < channels; ++c) film.high[film.cell(x - film.left, y - film.top, c)] += sample(x, y, i, c);
                     const double reference = sample(x, y, i, channels == 3 ? 1 : 0);
-                    film.squares[pixel] += reference * reference;
+                    core::SquareSum squares = film.squares.at(pixel);
+                    add(squares, core::squareSum(reference * reference));
+                    film.squares.put(pixel, squares);
                     film.depth[pixel] += 2.0;
                     film.samples[pixel] += 1;
                     film.depthSamples[pixel] += 1;

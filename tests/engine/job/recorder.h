@@ -17,8 +17,8 @@ namespace nemra::test {
 
 class Recorder {
 public:
-    void attach(core::Renderer& renderer) {
-        core::Dispatcher& callbacks = renderer.callbacks();
+    void attach(core::Renderer& renderer) { attach(renderer.callbacks()); }
+    void attach(core::Dispatcher& callbacks) {
         callbacks.setState(this, [](void* user, NemraRendererState_t state) {
             static_cast<Recorder*>(user)->note([&](Recorder& r) { r.states.push_back(state); });
         });
@@ -78,7 +78,7 @@ inline Recorder& makeRecorder() {
 }
 
 inline core::Renderer::Loader loaderOf(std::shared_ptr<const FakeScene> scene) {
-    return [scene](const core::Settings&) { return scene; };
+    return [scene](const core::Settings&, bool) { return core::LoadedScene{scene, nullptr}; };
 }
 
 /// A renderer with one local node of that many threads.

@@ -73,7 +73,7 @@ TEST(RenderJob, StartIsRefusedWhileRunningAndWorksAgainAfterwards) {
     Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1);
     recorder.attach(*renderer);
-    EXPECT_FALSE(renderer->start([](const core::Settings&) { return nullptr; }));
+    EXPECT_FALSE(renderer->start([](const core::Settings&, bool) { return core::LoadedScene{}; }));
     ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
     EXPECT_FALSE(renderer->start(loaderOf(slowScene())));
     renderer->stop();
@@ -245,9 +245,10 @@ public:
     mutable std::atomic<int> films{1000};  ///< that can be made before there is no memory for more
     bool noResult = false;
 
-    std::unique_ptr<core::Film> makeFilm() const override {
+    using PreparedScene::makeFilm;
+    std::unique_ptr<core::Film> makeFilm(Tile tile) const override {
         if (films-- <= 0) throw std::bad_alloc();
-        return FakeScene::makeFilm();
+        return FakeScene::makeFilm(tile);
     }
     double offAxis(int x, int y) const override {
         if (noResult) throw std::bad_alloc();

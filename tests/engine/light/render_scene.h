@@ -26,7 +26,8 @@ inline double value(const core::Film& film, int x, int y, int channel) {
 inline Estimate estimate(const core::Film& film, int x, int y, int leading) {
     const double n = film.samples[film.pixel(x, y)];
     const double mean = value(film, x, y, leading);
-    const double variance = std::max(0.0, film.squares[film.pixel(x, y)] / n - mean * mean) * n / std::max(1.0, n - 1.0);
+    const double variance =
+        std::max(0.0, total(film.squares.at(film.pixel(x, y))) / n - mean * mean) * n / std::max(1.0, n - 1.0);
     return {mean, std::sqrt(variance / n)};
 }
 

@@ -1,6 +1,13 @@
 // How samples are drawn and summed: the same bits whatever the order, the right mean and the right spread.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <random>
+
+#include "engine/core/film/cut_out.h"
+#include "engine/core/result/svraw.h"
 #include "engine/node/read_scene.h"
 #include "tests/engine/light/render_scene.h"
 
@@ -42,21 +49,111 @@ TEST(Determinism, ThreadsAndTilesLeaveTheBits) {
     expectSameBits(*render(*packets, 24, 1, 40).film, *render(*packets, 24, 5, 9).film);
 }
 
-/// Disjoint ranges of samples, rendered anywhere and added in any order, are what one would have computed.
+using RawHandle = std::shared_ptr<core::Raw>;
+
+RawHandle renderRaw(const core::PreparedScene& scene, std::uint32_t first, std::uint32_t end) {
+    Rendered part = render(scene, end - first, 2, 8, first);
+    return std::make_shared<core::Raw>(std::move(part.film), scene, core::RenderCounts{1.0, part.samples, part.wrong});
+}
+
+RawHandle throughFile(const core::Raw& raw) {
+    const Buffer file = core::writeSvraw(raw);
+    return core::readSvraw({file.data(), file.size()}, "part.svraw");
+}
+
+/// All channels and meta channels as a reader gets them, with the film's own sums.
+void expectSameResult(const core::Raw& a, const core::Raw& b, const char* sensor, std::size_t parts) {
+    SCOPED_TRACE(testing::Message() << sensor << " in " << parts << " parts");
+    expectSameBits(*a.film(), *b.film());
+    EXPECT_EQ(a.view()->values, b.view()->values);
+    for (int meta = 0; meta < core::kMetaChannelCount; ++meta) {
+        const auto index = static_cast<std::size_t>(meta);
+        EXPECT_EQ(a.view()->meta[index], b.view()->meta[index]) << core::kMetaChannelNames[index];
+    }
+    EXPECT_EQ(a.counts().samples, b.counts().samples);
+}
+
+/// Disjoint ranges of samples, rendered anywhere and added in any order and grouping, before or after they were in a file, are
+/// what one render would have computed.
 TEST(Determinism, RangesMergeExactly) {
-    const auto scene = prepare(cornell(24));
-    const Rendered all = render(*scene, 60);
-    const std::pair<std::uint32_t, std::uint32_t> ranges[] = {{37, 23}, {0, 5}, {12, 25}, {5, 7}};
-    auto merged = scene->makeFilm();
-    for (const auto& [first, count] : ranges) {
-        const Rendered part = render(*scene, count, 2, 8, first);
-        for (std::size_t i = 0; i < merged->high.size(); ++i) {
-            merged->high[i] += part.film->high[i];
-            merged->low[i] += part.film->low[i];
+    const std::vector<std::vector<std::uint32_t>> cuts{{0, 23, 60}, {0, 1, 40, 60}, {0, 3, 5, 12, 29, 30, 53, 60}};
+    for (const char* sensor : {"ciexyz", "energy", "spectralbox"}) {
+        node::Scene cornellBox = cornell(20);
+        for (auto& node : cornellBox.nodes) {
+            if (node->family() == "setup") with(node->mutableChild("instrument"), "sensor", make("sensor", sensor));
+        }
+        const auto scene = prepare(cornellBox);
+        const RawHandle whole = renderRaw(*scene, 0, 60);
+        whole->generateSnr();
+        EXPECT_GT(whole->view()->meta[int(core::MetaChannel::variance)][210], 0.0);
+        EXPECT_GT(whole->view()->meta[int(core::MetaChannel::depth)][210], 0.0);
+        std::mt19937 random(5);
+        for (const auto& cut : cuts) {
+            std::vector<RawHandle> parts;
+            for (std::size_t i = 0; i + 1 < cut.size(); ++i) parts.push_back(renderRaw(*scene, cut[i], cut[i + 1]));
+            for (int turn = 0; turn < 6; ++turn) {
+                const bool stored = turn % 2 == 1;
+                std::vector<RawHandle> left;
+                for (const RawHandle& part : parts)
+                    left.push_back(stored ? throughFile(*part) : std::make_shared<core::Raw>(*part));
+                while (left.size() > 1) {  // any two that are left, which gives all orders and groupings
+                    std::shuffle(left.begin(), left.end(), random);
+                    const RawHandle last = left.back();
+                    left.pop_back();
+                    ASSERT_TRUE(left.back()->add(stored ? *throughFile(*last) : *last));
+                }
+                left.front()->generateSnr();
+                expectSameResult(*whole, *left.front(), sensor, parts.size());
+            }
         }
     }
-    EXPECT_EQ(merged->high, all.film->high);
-    EXPECT_EQ(merged->low, all.film->low);
+}
+
+/// Squares of numbers from starlight to the sun, and far beyond what a scene holds.
+TEST(Estimator, SquaresSumUpTheSameInAnyOrder) {
+    std::mt19937 random(11);
+    for (const double decades : {0.0, 3.0, 12.0, 36.0}) {
+        std::uniform_real_distribution<double> exponent(-decades, decades);
+        std::vector<double> squares(500);
+        for (double& square : squares) {
+            const auto number = static_cast<float>(std::pow(10.0, exponent(random)) * 1.234567);
+            square = static_cast<double>(number) * static_cast<double>(number);
+        }
+        squares[7] = squares[100] = 0.0;
+        std::optional<core::SquareSum> first;
+        for (int turn = 0; turn < 50; ++turn) {
+            std::shuffle(squares.begin(), squares.end(), random);
+            std::vector<core::SquareSum> groups(static_cast<std::size_t>(1 + turn % 9));
+            for (std::size_t i = 0; i < squares.size(); ++i)
+                add(groups[i * groups.size() / squares.size()], core::squareSum(squares[i]));
+            core::SquareSum sum;
+            for (const core::SquareSum& group : groups) add(sum, group);
+            if (!first) first = sum;
+            EXPECT_EQ(sum, *first) << decades;
+        }
+        const long double exact = std::accumulate(squares.begin(), squares.end(), 0.0L);
+        const double largest = *std::max_element(squares.begin(), squares.end());
+        EXPECT_NEAR(total(*first), static_cast<double>(exact), 500 * std::ldexp(largest, -32)) << decades;
+    }
+    EXPECT_EQ(total(core::SquareSum{}), 0.0);
+    EXPECT_EQ(total(core::squareSum(0.0)), 0.0);
+    EXPECT_EQ(total(core::squareSum(std::ldexp(3.0, -250))), std::ldexp(3.0, -250));
+}
+
+/// A part of the image rendered on its own is that part of the whole.
+TEST(Determinism, CutOutsAddUpToTheWhole) {
+    const auto scene = prepare(cornell(24));
+    const Rendered whole = render(*scene, 20);
+    const auto sum = scene->makeFilm();
+    const std::atomic<bool> cancel{false};
+    for (const core::PreparedScene::Tile tile :
+         {core::PreparedScene::Tile{9, 0, 24, 24}, {0, 0, 9, 7}, {0, 7, 1, 24}, {1, 7, 9, 24}}) {
+        const auto part = scene->makeFilm(tile);
+        EXPECT_EQ(part->samples.size(), static_cast<std::size_t>(tile.x1 - tile.x0) * (tile.y1 - tile.y0));
+        scene->render(*part, {0, 0, 24, 24}, 0, 20, cancel);  // cut to what the film has
+        core::addCutOut(*sum, *part);
+    }
+    expectSameBits(*whole.film, *sum);
 }
 
 TEST(Determinism, EveryKernelComputesTheSameBits) {

@@ -57,7 +57,7 @@ inline std::shared_ptr<core::Film> film(int width, int height, Channels channels
         for (int y = 0; y < height; ++y) {
             for (int c = 0; c < int(film->channels.size()); ++c) film->high[film->cell(x, y, c)] = samples * values(x, y, c);
             const double mean = values(x, y, reference);
-            film->squares[film->pixel(x, y)] = samples * mean * mean + (samples - 1) * (variance ? variance(x, y) : 0.0);
+            film->squares.put(film->pixel(x, y), samples * mean * mean + (samples - 1) * (variance ? variance(x, y) : 0.0));
         }
     }
     return film;
@@ -75,7 +75,7 @@ public:
     core::QuantityFactors quantities() const noexcept override { return factors; }
     std::shared_ptr<const node::Node> instrument() const noexcept override { return camera; }
     std::size_t memory() const noexcept override { return 0; }
-    std::unique_ptr<core::Film> makeFilm() const override { return std::make_unique<core::Film>(*content); }
+    std::unique_ptr<core::Film> makeFilm(Tile) const override { return std::make_unique<core::Film>(*content); }
     Counts render(core::Film&, Tile, std::uint32_t, std::uint32_t, const std::atomic<bool>&) const override { return {}; }
 };
 

@@ -1,0 +1,181 @@
+#include "engine/core/worker/remote_session.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "engine/common/log.h"
+#include "engine/core/api/version.h"
+#include "engine/core/worker/cut_out_bytes.h"
+
+namespace nemra::core::worker {
+
+namespace {
+
+constexpr int kLongestWaitMs = 250;
+/// A worker that says nothing for so long is taken for dead; workers say something every kAliveEvery.
+constexpr std::chrono::seconds kSilence{12};
+constexpr std::chrono::seconds kAliveEvery{2};
+/// What a worker has in hand should last that long: enough to bridge the way there and back, little to lose.
+constexpr double kInHandSeconds = 1.0;
+constexpr std::chrono::milliseconds kMeasureEvery{250};
+/// To begin with, per thread of the worker.
+constexpr double kFirstSamples = 8192.0;
+
+}  // namespace
+
+RemoteSession::RemoteSession(RemoteRender& render, network::Link& link, std::string name)
+    : render_(render),
+      link_(link),
+      name_(std::move(name)),
+      measuredAt_(Clock::now()),
+      lastHeard_(measuredAt_),
+      lastTold_(measuredAt_) {}
+
+RemoteSession::~RemoteSession() {
+    std::vector<std::uint64_t> ids;
+    ids.reserve(open_.size());
+    for (const auto& [id, open] : open_) ids.push_back(id);
+    render_.job->giveBack(ids);
+}
+
+std::optional<RemoteSession::Ending> RemoteSession::lose(std::string why) {
+    why_ = std::move(why);
+    return Ending::lost;
+}
+
+RemoteSession::Ending RemoteSession::run() {
+    outbox_.push_back(encode(Hello{kProtocol, kVersionText}));
+    std::string message;
+    for (;;) {
+        if (render_.isOver()) {
+            send(Goodbye{});
+            return Ending::over;
+        }
+        tellPause();
+        if (isReady_) askForWork();
+        const auto now = Clock::now();
+        if (now - lastTold_ >= kAliveEvery) outbox_.push_back(encode(Alive{}));
+        if (now - lastHeard_ > kSilence) return *lose("nothing has been heard of it");
+        const bool isStuck = !flush();
+        switch (link_.wait(kLongestWaitMs, isStuck, message)) {
+            case network::Event::message:
+                if (const auto ending = receive(message)) return *ending;
+                break;
+            case network::Event::closed:
+                return *lose("the connection is cut");
+            default:
+                break;
+        }
+    }
+}
+
+bool RemoteSession::send(const Message& message) {
+    if (!link_.send(encode(message))) return false;
+    lastTold_ = Clock::now();
+    return true;
+}
+
+/// False if there is more to send than the queue takes now.
+bool RemoteSession::flush() {
+    for (; !outbox_.empty(); outbox_.pop_front()) {
+        if (!link_.send(outbox_.front())) return false;
+        lastTold_ = Clock::now();
+    }
+    const std::span<const char> parcel = render_.parcel->bytes();
+    while (isSending_ && sent_ < parcel.size()) {
+        const auto part = parcel.subspan(sent_, std::min(kPartBytes, parcel.size() - sent_));
+        if (!send(ScenePart{sent_, part})) return false;
+        sent_ += part.size();
+    }
+    return true;
+}
+
+void RemoteSession::tellPause() {
+    const bool paused = render_.job->state() == NEMRA_RENDERER_PAUSED;
+    if (isReady_ && paused != isPaused_) {
+        isPaused_ = paused;
+        outbox_.push_back(encode(Pause{paused}));
+    }
+}
+
+std::optional<RemoteSession::Ending> RemoteSession::receive(std::span<const char> bytes) {
+    lastHeard_ = Clock::now();
+    const auto message = decode(bytes);
+    if (!message) return lose("it sent what isn't a message");
+    if (const auto* const part = std::get_if<ResultPart>(&*message)) return take(*part);
+    if (const auto* const welcome = std::get_if<Welcome>(&*message)) {
+        target_ = kFirstSamples * std::clamp(welcome->threads, 1U, 4096U);
+        if (welcome->ahead > 0) log::info(name_, "the worker is busy with another client: waiting for our turn");
+    } else if (std::holds_alternative<Turn>(*message)) {
+        outbox_.push_back(encode(SceneOffer{render_.hash, render_.parcel->size(), render_.setup}));
+    } else if (const auto* const need = std::get_if<Need>(&*message)) {
+        if (need->offset > render_.parcel->size()) return lose("it wants more of the scene than there is");
+        isSending_ = true;
+        sent_ = need->offset;
+    } else if (std::holds_alternative<Ready>(*message)) {
+        isSending_ = false;
+        isReady_ = true;
+        measuredAt_ = Clock::now();
+        log::info(name_, "the worker renders");
+    } else if (const auto* const failed = std::get_if<Failed>(&*message)) {
+        why_ = failed->why;
+        return Ending::refused;
+    } else if (const auto* const said = std::get_if<Said>(&*message)) {
+        log::emit(static_cast<LogLevel_t>(said->level), said->source, said->text);
+    } else if (!std::holds_alternative<Alive>(*message)) {
+        return lose("it talks like a client");
+    }
+    return std::nullopt;
+}
+
+void RemoteSession::askForWork() {
+    measure();
+    if (static_cast<double>(openSamples_) >= target_) return;
+    const auto pieces = render_.job->takePieces(static_cast<std::uint64_t>(target_) - openSamples_);
+    for (std::size_t first = 0; first < pieces.size(); first += kMostPieces) {
+        Work work;
+        for (std::size_t i = first; i < std::min(pieces.size(), first + kMostPieces); ++i) {
+            work.items.push_back({pieces[i].id, pieces[i].piece});
+            open_.emplace(pieces[i].id, Open{pieces[i].piece, std::nullopt});
+            openSamples_ += pieces[i].piece.samples();
+        }
+        outbox_.push_back(encode(work));
+    }
+}
+
+std::optional<RemoteSession::Ending> RemoteSession::take(const ResultPart& part) {
+    const auto found = open_.find(part.id);
+    if (found == open_.end()) return lose("it sent a result that it wasn't asked for");
+    Open& open = found->second;
+    if (!open.result) {
+        const auto empty = render_.scene->makeFilm(open.piece.tile);
+        if (part.size != cutOutSize(*empty)) return lose("it sent a result of another size");
+        open.result.emplace(part.size);
+    }
+    if (!open.result->add(part.offset, part.bytes)) return lose("it sent a result in disorder");
+    if (!open.result->isWhole()) return std::nullopt;
+    const auto film = render_.scene->makeFilm(open.piece.tile);
+    const std::uint64_t samples = open.piece.samples();
+    if (part.samples != samples || part.wrong > samples || !readCutOut(open.result->bytes().bytes(), open.piece.count, *film)) {
+        return lose("it sent a damaged result");
+    }
+    render_.job->deliver(part.id, *film, {part.samples, part.wrong});
+    delivered_ += samples;
+    openSamples_ -= samples;
+    open_.erase(found);
+    return std::nullopt;
+}
+
+void RemoteSession::measure() {
+    const auto now = Clock::now();
+    if (now - measuredAt_ < kMeasureEvery || isPaused_) return;
+    const double seconds = std::chrono::duration<double>(now - measuredAt_).count();
+    const double current = static_cast<double>(std::exchange(delivered_, 0)) / seconds;
+    measuredAt_ = now;
+    // A worker that is given little delivers little: growth is believed at once, a lull is not.
+    rate_ = current > rate_ ? current : rate_ + 0.25 * (current - rate_);
+    if (rate_ > 0.0) target_ = std::max(rate_ * kInHandSeconds, kFirstSamples);
+}
+
+}  // namespace nemra::core::worker
