@@ -82,39 +82,6 @@ TEST(Svraw, HalvesMergeToTheWholeAfterward) {
     EXPECT_EQ(second->counts().time, 3.0);
 }
 
-// Files of the first version have the sums of squares as doubles.
-TEST(Svraw, FilesOfTheFirstVersionAreRead) {
-    FakeScene scene;
-    const auto raw = makeRaw(scene, 6);
-    const auto file = fileOf(*raw);
-    std::vector<char> old(file.begin(), file.begin() + core::svraw::kFileHead);
-    old[8] = 1;
-    for (std::size_t at = core::svraw::kFileHead; at < file.size();) {
-        std::uint64_t size = 0;
-        std::memcpy(&size, file.data() + at + 8, sizeof size);
-        const auto end = at + core::svraw::kChunkHead + size + core::svraw::kChunkTail;
-        const std::string_view tag(file.data() + at, 4);
-        if (tag == core::svraw::kSquaresUpper) {
-            std::vector<char> sums;
-            for (std::size_t pixel = 0; pixel < raw->film()->samples.size(); ++pixel) {
-                appendNumber(sums, total(raw->film()->squares.at(pixel)));
-            }
-            appendChunk(old, core::svraw::kSquares, sums);
-        } else if (tag != core::svraw::kSquaresLower && tag != core::svraw::kSquaresPart) {
-            old.insert(old.end(), file.begin() + static_cast<std::ptrdiff_t>(at),
-                       file.begin() + static_cast<std::ptrdiff_t>(end));
-        }
-        at = end;
-    }
-    const auto again = core::readSvraw(old, "old");
-    ASSERT_NE(again, nullptr);
-    EXPECT_EQ(again->view()->values, raw->view()->values);
-    const auto& read = again->view()->meta[0];
-    for (std::size_t pixel = 0; pixel < read.size(); ++pixel) {
-        EXPECT_NEAR(read[pixel], raw->view()->meta[0][pixel], 1.0e-9 * total(raw->film()->squares.at(pixel)));
-    }
-}
-
 TEST(Svraw, WithoutChannelsTheMetadataIsKept) {
     FakeScene scene;
     scene.camera = makeCamera();
