@@ -105,7 +105,7 @@ private:
     /// Runs `read` with the sink, and leaves the buffer empty.
     py::bytes readSerialized(SerializedRead read);
 
-    std::vector<char> byteBuffer_;
+    std::vector<char> byteBuffer;  ///< empty but during a serialised read
 };
 
 }  // namespace Nemra

@@ -40,14 +40,14 @@ bool NemraRaw::writeRaw(const std::string& filename, const std::string& format) 
 bool NemraRaw::writeAuto(const std::string& filename) const { return succeeded(nemraRawWriteAuto(handle, filename.c_str())); }
 
 int NemraRaw::takeByte(void* user, char byte) {
-    static_cast<NemraRaw*>(user)->byteBuffer_.push_back(byte);
+    static_cast<NemraRaw*>(user)->byteBuffer.push_back(byte);
     return 1;
 }
 
 py::bytes NemraRaw::readSerialized(SerializedRead read) {
     read(handle, this, &NemraRaw::takeByte);
-    const std::string bytes(byteBuffer_.begin(), byteBuffer_.end());
-    byteBuffer_.clear();
+    const std::string bytes(byteBuffer.begin(), byteBuffer.end());
+    byteBuffer.clear();
     return bytes;
 }
 

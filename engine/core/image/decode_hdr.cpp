@@ -141,14 +141,16 @@ bool isHdr(std::span<const char> bytes) noexcept { return bytes.size() >= 2 && b
 Pixels decodeHdr(std::span<const char> bytes) {
     Reader file(bytes);
     const Header header = readHeader(file);
-    constexpr std::uint64_t pixelsPerByte = 8192;  // repeats of old files; packed scanlines stay far below
+    // Repeats of old files, of which none has so many; packed scanlines stay far below.
+    constexpr std::uint64_t pixelsPerByte = 256;
     checkPictureSize(header.width, header.height, 3, bytes.size() * pixelsPerByte);
     Pixels pixels{header.width, header.height, 3, {}, false, colorsOf(header.primaries), kRadianceEfficacy};
-    pixels.values.resize(3 * static_cast<std::size_t>(header.width) * static_cast<std::size_t>(header.height));
     std::vector<Pixel> line(static_cast<std::size_t>(header.width));
-    float* out = pixels.values.data();
     for (int y = 0; y < header.height; ++y) {
         file.beginsPacked(line.size()) ? readPacked(file, line) : readPlain(file, line);
+        // Grows as lines come, since a file may say that it has more than it has.
+        pixels.values.resize(pixels.values.size() + 3 * line.size());
+        float* out = pixels.values.data() + pixels.values.size() - 3 * line.size();
         for (const Pixel& pixel : line) {
             const double scale = pixel[3] == 0 ? 0.0 : std::ldexp(1.0, pixel[3] - 136) / header.exposure;
             for (std::size_t c = 0; c < 3; ++c) *out++ = static_cast<float>((pixel[c] + 0.5) * scale);

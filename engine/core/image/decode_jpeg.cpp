@@ -22,13 +22,20 @@ bool readHead(jpeg_decompress_struct& jpeg, JpegFaults& errors, std::span<const 
     return true;
 }
 
-bool readRows(jpeg_decompress_struct& jpeg, JpegFaults& errors, JSAMPLE* codes, std::size_t rowBytes) {
+bool begin(jpeg_decompress_struct& jpeg, JpegFaults& errors) {
     if (setjmp(errors.jump)) return false;
     jpeg_start_decompress(&jpeg);
-    while (jpeg.output_scanline < jpeg.output_height) {
-        JSAMPROW row = codes + rowBytes * jpeg.output_scanline;
-        jpeg_read_scanlines(&jpeg, &row, 1);
-    }
+    return true;
+}
+
+bool readRow(jpeg_decompress_struct& jpeg, JpegFaults& errors, JSAMPROW row) {
+    if (setjmp(errors.jump)) return false;
+    jpeg_read_scanlines(&jpeg, &row, 1);
+    return true;
+}
+
+bool end(jpeg_decompress_struct& jpeg, JpegFaults& errors) {
+    if (setjmp(errors.jump)) return false;
     jpeg_finish_decompress(&jpeg);
     return true;
 }
@@ -63,9 +70,18 @@ Pixels decodeJpeg(std::span<const char> bytes) {
     const std::size_t height = reader.jpeg.image_height;
     constexpr std::uint64_t pixelsPerByte = 1024;  // a block of 8 x 8 takes at least a bit, chroma may be subsampled
     checkPictureSize(static_cast<long long>(width), static_cast<long long>(height), channels, bytes.size() * pixelsPerByte);
-    std::vector<JSAMPLE> codes(channels * width * height);
-    if (!readRows(reader.jpeg, reader.errors, codes.data(), channels * width)) throw PictureFault(reader.errors.text);
-    Pixels pixels{static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0};
+    const auto demand = [&](bool done) {
+        if (!done) throw PictureFault(reader.errors.text);
+    };
+    demand(begin(reader.jpeg, reader.errors));
+    std::vector<JSAMPLE> codes;  // grows as rows come, since a file may say that it has more than it has
+    for (std::size_t y = 0; y < height; ++y) {
+        codes.resize(channels * width * (y + 1));
+        demand(readRow(reader.jpeg, reader.errors, codes.data() + channels * width * y));
+    }
+    demand(end(reader.jpeg, reader.errors));
+    Pixels pixels{
+        static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0, 255};
     pixels.values.resize(codes.size());
     std::transform(codes.begin(), codes.end(), pixels.values.begin(), [](JSAMPLE code) { return code / 255.0F; });
     return pixels;

@@ -11,6 +11,7 @@ namespace nemra::core {
 namespace {
 
 constexpr png_uint_32 kMaxSide = 65536;
+constexpr std::size_t kRowsBytes = std::size_t{4} << 20;
 
 /// What the library's callbacks need. It leaves by longjmp on a fault, so nothing with a destructor may be made below a setjmp.
 struct Source {
@@ -45,11 +46,14 @@ bool readHead(png_structp png, png_infop info, int* bitsPerPixel) {
     return true;
 }
 
-bool readRows(png_structp png, png_bytep first, std::size_t rowBytes, png_uint_32 height, int passes) {
+bool readRows(png_structp png, png_bytep first, std::size_t rowBytes, std::size_t rows) {
     if (setjmp(png_jmpbuf(png))) return false;
-    for (int pass = 0; pass < passes; ++pass) {
-        for (png_uint_32 y = 0; y < height; ++y) png_read_row(png, first + rowBytes * y, nullptr);
-    }
+    for (std::size_t y = 0; y < rows; ++y) png_read_row(png, first + rowBytes * y, nullptr);
+    return true;
+}
+
+bool readEnd(png_structp png) {
+    if (setjmp(png_jmpbuf(png))) return false;
     png_read_end(png, nullptr);
     return true;
 }
@@ -91,12 +95,21 @@ Pixels decodePng(std::span<const char> bytes) {
     if (png_get_bit_depth(reader.png, reader.info) != 16 || rowBytes != sizeof(std::uint16_t) * channels * width) {
         throw PictureFault("pixels of an unknown form");
     }
-    std::vector<std::uint16_t> codes(channels * width * height);
-    const int passes = png_get_interlace_type(reader.png, reader.info) == PNG_INTERLACE_NONE ? 1 : PNG_INTERLACE_ADAM7_PASSES;
-    if (!readRows(reader.png, reinterpret_cast<png_bytep>(codes.data()), rowBytes, height, passes)) {
-        throw PictureFault(reader.source.fault);
+    std::vector<std::uint16_t> codes;
+    const bool isWhole = png_get_interlace_type(reader.png, reader.info) != PNG_INTERLACE_NONE;
+    const std::size_t together = isWhole ? height : std::max<std::size_t>(1, kRowsBytes / rowBytes);
+    for (int pass = 0; pass < (isWhole ? PNG_INTERLACE_ADAM7_PASSES : 1); ++pass) {
+        // Memory is taken as rows come, since a file may say that it has more than it has.
+        for (std::size_t y = 0; y < height; y += together) {
+            const std::size_t rows = std::min(together, height - y);
+            codes.resize(std::max(codes.size(), channels * width * (y + rows)));
+            auto* const first = reinterpret_cast<png_bytep>(codes.data() + channels * width * y);
+            if (!readRows(reader.png, first, rowBytes, rows)) throw PictureFault(reader.source.fault);
+        }
     }
-    Pixels pixels{static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0};
+    if (!readEnd(reader.png)) throw PictureFault(reader.source.fault);
+    Pixels pixels{
+        static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0, 65535};
     pixels.values.resize(codes.size());
     std::transform(codes.begin(), codes.end(), pixels.values.begin(), [](std::uint16_t code) { return code / 65535.0F; });
     return pixels;

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "engine/common/huge_pages.h"
 #include "engine/core/film/pageable.h"
 #include "engine/core/result/in_strips.h"
 
@@ -19,8 +20,8 @@ void checkPictureSize(long long width, long long height, std::size_t channels, s
         throw PictureFault(size() + " with " + std::to_string(channels) + " channels take more than " +
                            std::to_string(kMaxBufferBytes) + " bytes");
     }
-    constexpr std::uint64_t free = std::uint64_t{64} << 20;
-    constexpr std::uint64_t sums = 2 * sizeof(double);  // of a channel
+    constexpr std::uint64_t free = std::uint64_t{16} << 20;  // readers' own buffers come to it, several times over
+    constexpr std::uint64_t sums = 2 * sizeof(double);       // of a channel
     constexpr std::uint64_t rest = 3 * sizeof(double) + 2 * sizeof(std::uint32_t) + 1;
     const bool large = w * h > free / (sums * channels + rest);
     if (large && w * h > plausiblePixels) throw PictureFault("the file is too small to hold " + size());
@@ -33,6 +34,8 @@ std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel
     film->channels = std::move(channels);
     makePageable(*film);
     const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    reserveOnHugePages(film->high, pixels * film->channels.size());
+    reserveOnHugePages(film->low, pixels * film->channels.size());
     film->high.resize(pixels * film->channels.size());
     film->low.resize(pixels * film->channels.size());
     film->samples.assign(pixels, 1);
@@ -88,17 +91,32 @@ std::vector<double> bandwidthsBetween(const std::vector<double>& centres) {
     return widths;
 }
 
+namespace {
+
+/// What the codes 0, 1/steps, ... 1 stand for.
+std::vector<double> decodedSteps(const ColorSpace& space, int steps) {
+    std::vector<double> decoded;
+    for (int i = 0; i <= steps && steps > 0; ++i)
+        decoded.push_back(space.decode(static_cast<float>(i) / static_cast<float>(steps)));
+    return decoded;
+}
+
+}  // namespace
+
 std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& space, bool encoded, double scale) {
     const bool grey = pixels.channels < 3;
     const bool withAlpha = pixels.channels == 2 || pixels.channels == 4;
     auto channels = tristimulusChannels();
     if (withAlpha) channels.push_back(alphaChannel());
     auto film = makePictureFilm(pixels.width, pixels.height, std::move(channels));
-    forEachInStrips(pixels.width, pixels.height, [&](int x, int y) {
+    const std::vector<double> decoded = encoded ? decodedSteps(space, pixels.steps) : std::vector<double>();
+    forEachOnAllCores(pixels.width, pixels.height, [&](int x, int y) {
         const float* const value = pixels.at(x, y);
         std::array<double, 3> rgb{value[0], value[grey ? 0 : 1], value[grey ? 0 : 2]};
-        if (encoded) {
-            for (double& component : rgb) component = space.decode(component);
+        for (double& component : rgb) {
+            if (!encoded) break;
+            component = pixels.steps > 0 ? decoded[static_cast<std::size_t>(std::lround(component * pixels.steps))]
+                                         : space.decode(component);
         }
         const auto xyz = space.toXyz(rgb[0], rgb[1], rgb[2]);
         for (int c = 0; c < 3; ++c) setCell(*film, x, y, c, scale * xyz[static_cast<std::size_t>(c)]);

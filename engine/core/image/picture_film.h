@@ -23,6 +23,7 @@ struct Pixels {
     bool encoded = false;              ///< code values of a display in [0, 1], not proportional to light
     std::optional<ColorSpace> colors;  ///< what the file says of R, G, B
     double luminanceOfWhite = 1.0;     ///< cd/m2 of R = G = B = 1
+    int steps = 0;                     ///< all values are multiples of 1 / steps from 0 to 1; 0: they are any
 
     const float* at(int x, int y) const noexcept {
         return values.data() + (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) *
@@ -37,7 +38,7 @@ public:
 };
 
 /// Throws a PictureFault, before anything is allocated, if a result of that size would have an array above kMaxBufferBytes, or if
-/// it takes more than 64 MiB and the file can't mean it seriously: `plausiblePixels` is what a file of its size can hold at most.
+/// it takes more than 16 MiB and the file can't mean it seriously: `plausiblePixels` is what a file of its size can hold at most.
 void checkPictureSize(long long width, long long height, std::size_t channels, std::uint64_t plausiblePixels);
 
 /// An empty film in which each pixel has one sample. The size must have been checked.

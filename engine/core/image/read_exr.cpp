@@ -14,12 +14,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <exception>
+#include <mutex>
 #include <optional>
 
 #include "engine/common/log.h"
+#include "engine/core/image/exr_chunk.h"
 #include "engine/core/image/exr_head.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/spectral_layout.h"
+#include "engine/core/output/parallel_rows.h"
 #include "engine/core/result/in_strips.h"
 #include "engine/node/encoding/utf8.h"
 
@@ -60,11 +64,30 @@ std::string textOf(const Imf::Header& header, const char* name) {
     return attribute ? attribute->value() : "";
 }
 
+/// Rows that the file packs together.
+int rowsOfChunk(const Imf::Header& header) {
+    if (header.hasTileDescription()) return static_cast<int>(std::min(header.tileDescription().ySize, unsigned{kMaxSide}));
+    switch (header.compression()) {
+        case Imf::ZIP_COMPRESSION:
+        case Imf::PXR24_COMPRESSION:
+            return 16;
+        case Imf::PIZ_COMPRESSION:
+        case Imf::B44_COMPRESSION:
+        case Imf::B44A_COMPRESSION:
+        case Imf::DWAA_COMPRESSION:
+            return 32;
+        case Imf::DWAB_COMPRESSION:
+            return 256;
+        default:
+            return 1;
+    }
+}
+
 class File {
 public:
     /// The first part of the file. Its headers are looked at before the library makes buffers for what they claim.
     File(std::span<const char> bytes, const std::string& origin)
-        : bytes_(bytes.size()),
+        : bytes_(bytes),
           origin_(origin),
           stream_(bytes),
           parts_(stream_, 0, false),
@@ -72,6 +95,7 @@ public:
           window_(header_.dataWindow()) {
         for (auto i = header_.channels().begin(); i != header_.channels().end(); ++i) {
             names_.emplace_back(i.name());
+            if (has(i.name())) bytesPerPixel_ += i.channel().type == Imf::HALF ? 2 : 4;
             if (names_.size() > kMaxChannels) throw PictureFault("more than " + std::to_string(kMaxChannels) + " channels");
         }
         checkSize(1);
@@ -92,28 +116,24 @@ public:
         for (const Source& source : sources) channels.push_back(source.channel);
         auto film = makePictureFilm(static_cast<int>(width()), static_cast<int>(height()), std::move(channels));
 
-        const std::size_t count = sources.size();
-        const auto w = static_cast<std::size_t>(width());
-        const auto h = static_cast<std::size_t>(height());
-        std::vector<std::vector<float>> planes(count, std::vector<float>(w * h));
-        Imf::FrameBuffer frame;
-        for (std::size_t c = 0; c < count; ++c) {
-            frame.insert(sources[c].name,
-                         Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window_, sizeof(float), sizeof(float) * w));
-        }
-        Imf::InputPart part(parts_, 0);
-        part.setFrameBuffer(frame);
-        part.readPixels(window_.min.y, window_.max.y);
-        double* const cells = film->high.data();
-        forEachInStrips(film->width, film->height, [&](int x, int y) {
-            const auto column = static_cast<std::size_t>(x);
-            const auto row = static_cast<std::size_t>(y);
-            double* const out = cells + (column * h + row) * count;
-            for (std::size_t c = 0; c < count; ++c) {
-                const float value = planes[c][row * w + column];
-                out[c] = std::isfinite(value) ? static_cast<double>(value) : 0.0;
-            }
-        });
+        // Rows that are unpacked at once by one thread: whole chunks, and so many that opening the file once more is little work.
+        constexpr long long kLeastPixels = 1 << 17;
+        const int chunk = rowsOfChunk(header_);
+        const auto least = std::min<long long>(height(), kLeastPixels / width() + 1);
+        const int rows = chunk * static_cast<int>((least + chunk - 1) / chunk);
+        std::mutex mutex;  // for `fault`
+        std::exception_ptr fault;
+        parallelRows((film->height + rows - 1) / rows,
+                     [&](int i) {
+                         try {
+                             readRows(*film, sources, i * rows, std::min(rows, film->height - i * rows));
+                         } catch (...) {
+                             const std::lock_guard lock(mutex);
+                             fault = std::current_exception();
+                         }
+                     },
+                     1);
+        if (fault) std::rethrow_exception(fault);
         finishPictureFilm(*film);
         return film;
     }
@@ -136,12 +156,55 @@ public:
 private:
     long long width() const noexcept { return static_cast<long long>(window_.max.x) - window_.min.x + 1; }
     long long height() const noexcept { return static_cast<long long>(window_.max.y) - window_.min.y + 1; }
+    /// What stands for more than deflate can shrink is a picture of one value, large and by DWA, or a fraud.
     void checkSize(std::size_t channels) const {
-        constexpr std::uint64_t pixelsPerByte = 8192;  // wavelets pack pictures of one value better than anything else does
-        checkPictureSize(width(), height(), channels, bytes_ * pixelsPerByte);
+        constexpr std::uint64_t deflate = 1032;  // bytes that one stands for at most: 258 in two bits
+        checkPictureSize(width(), height(), channels, bytes_.size() * deflate / std::max(bytesPerPixel_, std::uint64_t{1}));
     }
 
-    std::size_t bytes_;
+    void checkChunks(Imf::InputPart& part, int first, int last) const {
+        if (header_.hasTileDescription()) return;
+        const int together = rowsOfChunk(header_);
+        for (int y = first; y <= last; y += together) {
+            const char* packed = nullptr;
+            int size = 0;
+            part.rawPixelData(y, packed, size);
+            const int rows = std::min(together, last - y + 1);
+            if (size < 0 || !isWholeExrChunk(header_, y, rows, {packed, static_cast<std::size_t>(size)})) {
+                throw PictureFault("the rows from " + std::to_string(y - window_.min.y) + " on aren't whole");
+            }
+        }
+    }
+
+    /// From a stream of its own, so that several threads can at the same time.
+    void readRows(Film& film, const std::vector<Source>& sources, int first, int rows) const {
+        MemoryStream stream(bytes_);
+        Imf::MultiPartInputFile parts(stream, 0, false);
+        Imf::InputPart part(parts, 0);
+        const std::size_t count = sources.size();
+        const auto w = static_cast<std::size_t>(film.width);
+        const Imath::Box2i window({window_.min.x, window_.min.y + first}, {window_.max.x, window_.min.y + first + rows - 1});
+        std::vector<std::vector<float>> planes(count, std::vector<float>(w * static_cast<std::size_t>(rows)));
+        Imf::FrameBuffer frame;
+        for (std::size_t c = 0; c < count; ++c) {
+            frame.insert(sources[c].name,
+                         Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window, sizeof(float), sizeof(float) * w));
+        }
+        checkChunks(part, window.min.y, window.max.y);
+        part.setFrameBuffer(frame);
+        part.readPixels(window.min.y, window.max.y);
+        forEachInStrips(film.width, rows, [&](int x, int y) {
+            double* const out = film.high.data() + film.pixel(x, first + y) * count;
+            const std::size_t from = static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x);
+            for (std::size_t c = 0; c < count; ++c) {
+                const float value = planes[c][from];
+                out[c] = std::isfinite(value) ? static_cast<double>(value) : 0.0;
+            }
+        });
+    }
+
+    std::span<const char> bytes_;
+    std::uint64_t bytesPerPixel_ = 0;  ///< of the channels at full resolution
     const std::string& origin_;
     MemoryStream stream_;
     Imf::MultiPartInputFile parts_;

@@ -4,6 +4,7 @@
 
 #include "engine/core/data/tables.h"
 #include "engine/core/output/filters.h"
+#include "engine/core/result/in_strips.h"
 
 namespace nemra::core {
 
@@ -71,18 +72,16 @@ XyzImage toXyz(const Film& film, const LightView& view, std::string_view observe
     const std::size_t channels = film.channels.size();
     image.values.resize(3 * static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height));
     const Weights weights = weightsOf(film, observer);
-    for (int x = 0; x < view.width; ++x) {
-        for (int y = 0; y < view.height; ++y) {
-            const double* const values = view.values.data() + film.pixel(x, y) * channels;
-            std::array<double, 3> xyz{};
-            for (std::size_t i = 0; i < channels; ++i) {
-                for (std::size_t c = 0; c < 3; ++c) xyz[c] += weights[i][c] * values[i];
-            }
-            float* const out =
-                image.values.data() + 3 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(view.width) + std::size_t(x));
-            for (std::size_t c = 0; c < 3; ++c) out[c] = static_cast<float>(xyz[c]);
+    forEachOnAllCores(view.width, view.height, [&](int x, int y) {
+        const double* const values = view.values.data() + film.pixel(x, y) * channels;
+        std::array<double, 3> xyz{};
+        for (std::size_t i = 0; i < channels; ++i) {
+            for (std::size_t c = 0; c < 3; ++c) xyz[c] += weights[i][c] * values[i];
         }
-    }
+        float* const out =
+            image.values.data() + 3 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(view.width) + std::size_t(x));
+        for (std::size_t c = 0; c < 3; ++c) out[c] = static_cast<float>(xyz[c]);
+    });
     return image;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/core/output/encode.h"
+#include "engine/core/output/in_turn.h"
 #include "engine/core/output/radiance_view.h"
 
 namespace nemra::core {
@@ -98,17 +99,26 @@ std::vector<char> encodeHdr(const Raw& raw) {
     const std::string header = headerOf(raw);
     std::vector<char> file(header.begin(), header.end());
     const auto width = static_cast<std::size_t>(xyz.width);
-    std::vector<Pixel> line(width);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(xyz.height); ++y) {
-        for (std::size_t x = 0; x < width; ++x) {
-            const float* const value = xyz.values.data() + 3 * (y * width + x);
-            std::array<double, 3> rgb{value[1], value[1], value[1]};
-            if (!energy) rgb = space.linear(value[0], value[1], value[2]);
-            for (double& component : rgb) component *= scale;
-            line[x] = toRgbe(rgb);
-        }
-        appendScanline(file, line);
-    }
+    const auto height = static_cast<std::size_t>(xyz.height);
+    constexpr std::size_t together = 64;  // scanlines
+    inTurn((height + together - 1) / together,
+           [&](std::size_t i, std::vector<char>& lines) {
+               std::vector<Pixel> line(width);
+               for (std::size_t y = i * together; y < std::min(height, (i + 1) * together); ++y) {
+                   for (std::size_t x = 0; x < width; ++x) {
+                       const float* const value = xyz.values.data() + 3 * (y * width + x);
+                       std::array<double, 3> rgb{value[1], value[1], value[1]};
+                       if (!energy) rgb = space.linear(value[0], value[1], value[2]);
+                       for (double& component : rgb) component *= scale;
+                       line[x] = toRgbe(rgb);
+                   }
+                   appendScanline(lines, line);
+               }
+           },
+           [&](const std::vector<char>& lines) {
+               file.insert(file.end(), lines.begin(), lines.end());
+               return true;
+           });
     return file;
 }
 

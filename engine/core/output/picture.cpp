@@ -6,6 +6,7 @@
 
 #include "engine/common/log.h"
 #include "engine/core/output/filters.h"
+#include "engine/core/output/parallel_rows.h"
 #include "engine/core/output/write_result.h"
 
 namespace nemra::core {
@@ -25,6 +26,18 @@ void runFilter(const node::Node& filter, Picture& picture) {
     } else {
         log::warning(filter.label(), "this filter isn't available yet and is left out");
     }
+}
+
+/// A code from 0 to 1. Returns what is behind it.
+unsigned char* putCode(unsigned char* out, double code, int bits) noexcept {
+    if (bits == 16) {
+        const long wide = std::lround(code * 65535.0);
+        *out++ = static_cast<unsigned char>(wide >> 8);
+        *out++ = static_cast<unsigned char>(wide & 0xff);
+    } else {
+        *out++ = static_cast<unsigned char>(std::lround(code * 255.0));
+    }
+    return out;
 }
 
 void runDefault(std::string_view type, Picture& picture) {
@@ -55,24 +68,26 @@ std::string colorSpaceOf(const node::Node* output) {
 DisplayImage encodeDisplay(const XyzImage& image, const std::string& name, double gamma, int bits) {
     DisplayImage display{image.width, image.height, name, gamma, {}, bits};
     const ColorSpace& space = colorSpace(name);
-    display.bytes.reserve(image.values.size() * static_cast<std::size_t>(bits / 8));
-    for (std::size_t i = 0; i + 2 < image.values.size(); i += 3) {
-        const float* const xyz = image.values.data() + i;
-        for (const double linear : space.linear(xyz[0], xyz[1], xyz[2])) {
-            display.append(gamma > 0.0 ? std::pow(std::clamp(linear, 0.0, 1.0), 1.0 / gamma) : space.encode(linear));
+    const auto bytesPerCode = static_cast<std::size_t>(bits / 8);
+    const std::size_t rowCodes = 3 * static_cast<std::size_t>(image.width);
+    display.bytes.resize(image.values.size() * bytesPerCode);
+    parallelRows(image.height, [&](int y) {
+        const std::size_t first = static_cast<std::size_t>(y) * rowCodes;
+        unsigned char* out = display.bytes.data() + first * bytesPerCode;
+        for (std::size_t i = first; i < first + rowCodes; i += 3) {
+            const float* const xyz = image.values.data() + i;
+            for (const double linear : space.linear(xyz[0], xyz[1], xyz[2])) {
+                out =
+                    putCode(out, gamma > 0.0 ? std::pow(std::clamp(linear, 0.0, 1.0), 1.0 / gamma) : space.encode(linear), bits);
+            }
         }
-    }
+    });
     return display;
 }
 
 void DisplayImage::append(double code) {
-    if (bits == 16) {
-        const long wide = std::lround(code * 65535.0);
-        bytes.push_back(static_cast<unsigned char>(wide >> 8));
-        bytes.push_back(static_cast<unsigned char>(wide & 0xff));
-    } else {
-        bytes.push_back(static_cast<unsigned char>(std::lround(code * 255.0)));
-    }
+    bytes.resize(bytes.size() + static_cast<std::size_t>(bits / 8));
+    putCode(bytes.data() + bytes.size() - bits / 8, code, bits);
 }
 
 DisplayImage makeDisplayImage(const Raw& raw, bool fast, int bits) {

@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <system_error>
@@ -17,40 +17,6 @@
 namespace nemra::core {
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const noexcept { return number_; }
-    /// A full disk may show only here, so this result counts.
-    bool close() noexcept { return ::close(std::exchange(number_, -1)) == 0; }
-
-private:
-    int number_;
-};
-
-bool writeAll(int descriptor, std::span<const char> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) {
-            if (written == 0) errno = EIO;
-            return false;
-        }
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
-bool failed(const std::string& path, const char* step, int reason) {
-    log::error(path, std::string("can't ") + step + ": " + std::generic_category().message(reason));
-    return false;
-}
 
 std::string folderOf(const std::string& path) {
     const auto slash = path.rfind('/');
@@ -75,11 +41,15 @@ int writingFault(const std::string& path) {
     return ::access(folderOf(exists ? withoutLinks(path) : path).c_str(), W_OK | X_OK) == 0 ? 0 : errno;
 }
 
-bool writeDirectly(const std::string& path, std::span<const char> bytes) {
-    Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    if (file.get() < 0) return failed(path, "open the file", errno);
-    if (!writeAll(file.get(), bytes)) return failed(path, "write the file", errno);
-    return file.close() || failed(path, "close the file", errno);
+/// Bytes that go to the system at once.
+constexpr std::size_t kStep = std::size_t{8} << 20;
+
+/// The new name itself is safe only when the folder is; a folder that can't be flushed is no reason to call the file unwritten.
+void flushFolder(const std::string& folder) noexcept {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    ::fsync(descriptor);
+    ::close(descriptor);
 }
 
 }  // namespace
@@ -89,42 +59,97 @@ std::string whyNotWritable(const std::string& path) {
     return fault == 0 ? "" : std::generic_category().message(fault);
 }
 
-bool writeFileWhole(const std::string& requested, std::span<const char> bytes) {
+NewFile::NewFile(std::string path) : path_(std::move(path)), target_(path_) {
     struct stat old {};
-    const bool exists = ::stat(requested.c_str(), &old) == 0;
-    if (exists && S_ISDIR(old.st_mode)) return failed(requested, "write the file", EISDIR);
-    if (exists && !S_ISREG(old.st_mode)) return writeDirectly(requested, bytes);
-    const std::string path = exists ? withoutLinks(requested) : requested;
-    if (exists && ::access(path.c_str(), W_OK) != 0) return failed(requested, "write the file", errno);
-    const std::string folder = folderOf(path);
+    const bool exists = ::stat(path_.c_str(), &old) == 0;
+    if (exists && S_ISDIR(old.st_mode)) {
+        fail("write the file", EISDIR);
+    } else if (exists && !S_ISREG(old.st_mode)) {
+        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        if (descriptor_ < 0) fail("open the file", errno);
+    } else {
+        if (exists) target_ = withoutLinks(path_);
+        if (exists && ::access(target_.c_str(), W_OK) != 0) {
+            fail("write the file", errno);
+        } else {
+            makeTemporary();
+            if (exists && failedStep_ == nullptr && ::fchmod(descriptor_, old.st_mode & 07777) != 0) {
+                fail("keep the file's mode", errno);
+            }
+        }
+    }
+}
 
+NewFile::~NewFile() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    if (!temporary_.empty()) ::unlink(temporary_.c_str());
+}
+
+void NewFile::makeTemporary() {
     // A short name of its own: the wanted one may already be as long as the file system takes.
     static std::atomic<unsigned> counter{0};
-    std::string temporary;
-    int descriptor = -1;
+    std::string name;
     do {  // a killed process of the same number may have left its files behind
-        temporary = folder + "/.nemra-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1)) + ".part";
-        descriptor = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (descriptor < 0 && errno == EEXIST);
-    if (descriptor < 0) return failed(requested, "create the file", errno);
-    Descriptor file(descriptor);
+        name = folderOf(target_) + "/.nemra-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1)) + ".part";
+        descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (descriptor_ < 0 && errno == EEXIST);
+    if (descriptor_ < 0) {
+        fail("create the file", errno);
+    } else {
+        temporary_ = std::move(name);
+    }
+}
 
-    const auto giveUp = [&](const char* step) {
-        const int reason = errno;
-        ::unlink(temporary.c_str());
-        return failed(requested, step, reason);
-    };
-    if (exists && ::fchmod(file.get(), old.st_mode & 07777) != 0) return giveUp("keep the file's mode");
-    if (!writeAll(file.get(), bytes)) return giveUp("write the file");
-    if (::fsync(file.get()) != 0) return giveUp("flush the file");
-    if (!file.close()) return giveUp("close the file");
-    if (::rename(temporary.c_str(), path.c_str()) != 0) return giveUp("rename the file");
-
-    // The new name itself is safe only when the folder is; a folder that can't be flushed is no reason to call the file
-    // unwritten.
-    const Descriptor parent(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (parent.get() >= 0) ::fsync(parent.get());
+bool NewFile::append(std::span<const char> bytes) noexcept {
+    if (failedStep_ != nullptr) return false;
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor_, bytes.data(), std::min(bytes.size(), kStep));
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return fail("write the file", written == 0 ? EIO : errno);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+        size_ += static_cast<std::uint64_t>(written);
+        if (size_ - started_ >= kStep) startFlush();
+    }
     return true;
+}
+
+void NewFile::startFlush() noexcept {
+    if (!temporary_.empty()) {
+        ::sync_file_range(descriptor_, static_cast<off64_t>(started_), static_cast<off64_t>(size_ - started_),
+                          SYNC_FILE_RANGE_WRITE);
+    }
+    started_ = size_;
+}
+
+bool NewFile::finish() {
+    if (failedStep_ == nullptr && flushAndRename()) return true;
+    if (!temporary_.empty()) ::unlink(std::exchange(temporary_, std::string()).c_str());
+    log::error(path_, std::string("can't ") + failedStep_ + ": " + std::generic_category().message(reason_));
+    return false;
+}
+
+bool NewFile::flushAndRename() {
+    const bool isDirect = temporary_.empty();
+    if (!isDirect && ::fsync(descriptor_) != 0) return fail("flush the file", errno);
+    // A full disk may show only here.
+    if (::close(std::exchange(descriptor_, -1)) != 0) return fail("close the file", errno);
+    if (isDirect) return true;
+    if (::rename(temporary_.c_str(), target_.c_str()) != 0) return fail("rename the file", errno);
+    temporary_.clear();
+    flushFolder(folderOf(target_));
+    return true;
+}
+
+bool NewFile::fail(const char* step, int reason) noexcept {
+    failedStep_ = step;
+    reason_ = reason;
+    return false;
+}
+
+bool writeFileWhole(const std::string& path, std::span<const char> bytes) {
+    NewFile file(path);
+    file.append(bytes);
+    return file.finish();
 }
 
 }  // namespace nemra::core

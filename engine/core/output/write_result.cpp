@@ -88,9 +88,8 @@ Encode resultEncoder(std::string_view format) {
     return nullptr;
 }
 
-/// The sensor's channels, without any output.
+/// The sensor's channels, without any output; all raw formats but svraw.
 Encode rawEncoder(std::string_view format) {
-    if (format == "svraw") return [](const Raw& raw) { return Bytes(writeSvraw(raw)); };
     if (format == "exr") return [](const Raw& raw) { return adopt(encodeExr(raw, ExrColors::xyz)); };
     if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
     if (format == "csv") {
@@ -101,12 +100,24 @@ Encode rawEncoder(std::string_view format) {
 
 std::optional<Bytes> encode(Encode encoder, const Raw& raw, const std::string& format, const std::string& source) {
     try {
-        if (raw.film()->channels.empty() && format != "svraw") throw std::runtime_error("the result has no channels");
+        if (raw.film()->channels.empty()) throw std::runtime_error("the result has no channels");
         return encoder(raw);
     } catch (const std::exception& e) {
         log::error(source, "can't make the " + format + ": " + e.what());
         return std::nullopt;
     }
+}
+
+/// As it is made: it may be larger than the memory that is left.
+bool writeSvrawFile(const Raw& raw, const std::string& path) {
+    NewFile file(path);
+    try {
+        writeSvraw(raw, [&](std::span<const char> bytes) { return file.append(bytes); });
+    } catch (const std::exception& e) {
+        log::error(path, std::string("can't make the svraw: ") + e.what());
+        return false;
+    }
+    return file.finish();
 }
 
 bool write(Encode encoder, const Raw& raw, const std::string& format, const std::string& path) {
@@ -135,7 +146,7 @@ std::string formatOf(const std::string& path) { return formatNamed(extensionOf(p
 
 bool isResultFormat(std::string_view format) { return resultEncoder(format) != nullptr; }
 
-bool isRawFormat(std::string_view format) { return rawEncoder(format) != nullptr; }
+bool isRawFormat(std::string_view format) { return isAmong(kRawFormats, format); }
 
 // An output that nothing is known of has no list; a picture of it is made all the same.
 bool isOffered(std::span<const char* const> offered, std::string_view format) {
@@ -146,7 +157,7 @@ std::optional<Bytes> encodeResult(const Raw& raw, std::string_view wanted, const
     const std::string format = formatNamed(wanted);
     const Encode encoder = resultEncoder(format);
     if (!isOffered(outputFormats(raw), format)) {
-        refuse(source, format, encoder || rawEncoder(format) ? "this output isn't written in the format " : "unknown format: ");
+        refuse(source, format, encoder || isRawFormat(format) ? "this output isn't written in the format " : "unknown format: ");
         return std::nullopt;
     }
     return encode(encoder, raw, format, source);
@@ -159,6 +170,7 @@ bool writeResult(const Raw& raw, const std::string& path, std::string_view forma
 
 bool writeRaw(const Raw& raw, const std::string& path, std::string_view wanted) {
     const std::string format = formatNamed(wanted);
+    if (format == "svraw") return writeSvrawFile(raw, path);
     if (const Encode encoder = rawEncoder(format)) return write(encoder, raw, format, path);
     refuse(path, format, resultEncoder(format) ? "results aren't written as they are in the format " : "unknown format: ");
     return false;
@@ -168,7 +180,7 @@ namespace {
 
 /// By an extension alone: the output's own formats come first.
 bool goesAsItIs(const Raw& raw, std::string_view format) {
-    return isAmong(kRawFormats, format) && !isAmong(outputFormats(raw), format);
+    return isRawFormat(format) && !isAmong(outputFormats(raw), format);
 }
 
 }  // namespace
@@ -184,10 +196,11 @@ bool writeFinal(const Raw& raw, const std::string& path, bool asRaw) {
     if (!file.warning.empty()) log::warning(path, file.warning);
     const std::string format = formatOf(file.path);
     const bool isPlain = asRaw || goesAsItIs(raw, format);
+    if (isPlain && format == "svraw") return writeSvrawFile(raw, file.path);
     const auto bytes = isPlain ? encode(rawEncoder(format), raw, format, file.path) : encodeResult(raw, format, file.path);
     if (bytes) return writeFileWhole(file.path, bytes->span());
     const std::string kept = file.path + ".svraw";
-    if (format != "svraw" && writeRaw(raw, kept, "svraw")) log::warning(file.path, "the result is kept as it is in " + kept);
+    if (writeSvrawFile(raw, kept)) log::warning(file.path, "the result is kept as it is in " + kept);
     return false;
 }
 

@@ -5,9 +5,11 @@
 #include <new>
 
 #include "engine/common/byte_reader.h"
+#include "engine/common/huge_pages.h"
 #include "engine/common/log.h"
 #include "engine/core/film/pageable.h"
 #include "engine/core/output/parallel_rows.h"
+#include "engine/core/result/pack_numbers.h"
 #include "engine/core/result/svraw.h"
 #include "engine/core/result/svraw_layout.h"
 #include "engine/node/encoding/utf8.h"
@@ -34,7 +36,10 @@ struct Chunk {
     std::string_view tag;
     std::uint32_t codec;
     std::span<const char> payload;
+    std::uint32_t sum;
 };
+
+constexpr const char* kWrongSum = "the checksum of a chunk is wrong";
 
 constexpr std::uint64_t kFreeBytes = std::uint64_t{64} << 20;
 constexpr std::uint64_t kMostPerByte = 200;
@@ -50,7 +55,7 @@ public:
         if (std::string_view(magic.data(), magic.size()) != kSvrawMagic) fail("this is no svraw file");
         const auto version = rest_.value<std::uint32_t>();
         if (!rest_.ok()) fail("the file is cut short");
-        if (version > kSvrawVersion) {
+        if (version == 0 || version > kSvrawVersion) {
             fail("the file has version " + std::to_string(version) + ", of which this reader knows nothing yet");
         }
         readInfo(expect(kInfo));
@@ -78,6 +83,7 @@ public:
             readArray(chunk, kOffAxis, *offAxis, shape.pixels);
             parts_.offAxis = std::move(offAxis);
         }
+        if (!isWhole(chunk)) fail(chunk.at, kWrongSum);
         if (chunk.tag != kEnd) fail(chunk.at, "chunk '" + std::string(chunk.tag) + "' in the wrong place");
         if (rest_.left() > 0) fail("bytes behind the end");
         parts_.film = std::move(film_);
@@ -89,7 +95,7 @@ private:
     [[noreturn]] void fail(std::string why) const { fail(place(), std::move(why)); }
     [[noreturn]] static void fail(std::size_t at, std::string why) { throw Damage{at, std::move(why)}; }
 
-    /// The next chunk that isn't to be skipped, with its checksum right.
+    /// The next chunk that isn't to be skipped. Its checksum may be wrong still.
     Chunk next() {
         for (;;) {
             Chunk chunk{};
@@ -100,20 +106,29 @@ private:
             const auto size = rest_.value<std::uint64_t>();
             if (!rest_.ok() || size > rest_.left()) fail(chunk.at, "the file is cut short, or a chunk's length is wrong");
             chunk.payload = rest_.take(static_cast<std::size_t>(size));
-            const auto sum = rest_.value<std::uint32_t>();
+            chunk.sum = rest_.value<std::uint32_t>();
             if (!rest_.ok()) fail(chunk.at, "the file is cut short");
-            if (sum != libdeflate_crc32(0, bytes_.data() + chunk.at, kChunkHead + chunk.payload.size())) {
-                fail(chunk.at, "the checksum of a chunk is wrong");
-            }
+            if (chunk.tag[0] < 'a' || chunk.tag[0] > 'z') return chunk;
+            if (!isWhole(chunk)) fail(chunk.at, kWrongSum);
             if (chunk.tag == kProgress) readProgress(chunk);
-            if (chunk.tag[0] >= 'a' && chunk.tag[0] <= 'z') continue;
-            return chunk;
         }
+    }
+
+    /// Whether a chunk's checksum is right. Takes time for the blocks of arrays, so those are looked at several at a time.
+    bool isWhole(const Chunk& chunk) const noexcept {
+        return chunk.sum == libdeflate_crc32(0, bytes_.data() + chunk.at, kChunkHead + chunk.payload.size());
+    }
+
+    void demand(const Chunk& chunk, std::string_view tag) const {
+        if (chunk.tag == tag) return;
+        if (!isWhole(chunk)) fail(chunk.at, kWrongSum);
+        fail(chunk.at, "chunk '" + std::string(tag) + "' is missing");
     }
 
     Chunk expect(std::string_view tag) {
         const Chunk chunk = next();
-        if (chunk.tag != tag) fail(chunk.at, "chunk '" + std::string(tag) + "' is missing");
+        demand(chunk, tag);
+        if (!isWhole(chunk)) fail(chunk.at, kWrongSum);
         return chunk;
     }
 
@@ -175,6 +190,7 @@ private:
 
     /// Null for a class that this version doesn't know, after a warning.
     std::shared_ptr<const node::Node> readNode(const Chunk& chunk, std::string_view family) {
+        if (!isWhole(chunk)) fail(chunk.at, kWrongSum);
         std::vector<log::Message> messages;
         std::shared_ptr<const node::Node> node;
         {
@@ -222,20 +238,20 @@ private:
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
         std::vector<Chunk> blocks;
         for (std::size_t first = 0; first < count; first += perBlock) {
-            if (chunk.tag != tag) fail(chunk.at, "chunk '" + std::string(tag) + "' is missing");
+            demand(chunk, tag);
             blocks.push_back(chunk);
             chunk = next();
         }
+        reserveOnHugePages(numbers, count);
         numbers.resize(count);
-        auto* const bytes = reinterpret_cast<char*>(numbers.data());
         std::vector<const char*> damage(blocks.size(), nullptr);
         parallelRows(
             static_cast<int>(blocks.size()),
             [&](int i) {
                 const auto block = static_cast<std::size_t>(i);
                 const std::size_t first = block * perBlock;
-                damage[block] =
-                    unpack(blocks[block], bytes + first * sizeof(Number), std::min(perBlock, count - first), sizeof(Number));
+                const std::span<Number> part(numbers.data() + first, std::min(perBlock, count - first));
+                damage[block] = isWhole(blocks[block]) ? unpack(blocks[block], part) : kWrongSum;
             },
             1);
         for (std::size_t i = 0; i < blocks.size(); ++i) {
@@ -244,21 +260,30 @@ private:
     }
 
     /// What is wrong with the block, or null.
-    static const char* unpack(const Chunk& chunk, char* numbers, std::size_t count, std::size_t width) noexcept {
-        const std::size_t size = count * width;
-        if (chunk.codec == static_cast<std::uint32_t>(Codec::stored)) {
-            if (chunk.payload.size() != size) return "a block of the wrong size";
-            std::memcpy(numbers, chunk.payload.data(), size);
-            return nullptr;
+    template <class Number>
+    static const char* unpack(const Chunk& chunk, std::span<Number> numbers) noexcept {
+        switch (static_cast<Codec>(chunk.codec)) {
+            case Codec::stored:
+                if (chunk.payload.size() != numbers.size_bytes()) return "a block of the wrong size";
+                std::memcpy(numbers.data(), chunk.payload.data(), chunk.payload.size());
+                return nullptr;
+            case Codec::shuffledDeflate:
+                return inflate(chunk.payload, reinterpret_cast<char*>(numbers.data()), numbers.size(), sizeof(Number));
+            case Codec::packed:
+                return unpackNumbers(chunk.payload, numbers) ? nullptr : "a block that can't be unpacked";
         }
-        if (chunk.codec != static_cast<std::uint32_t>(Codec::shuffledDeflate)) return "an unknown way of packing";
+        return "an unknown way of packing";
+    }
+
+    static const char* inflate(std::span<const char> payload, char* numbers, std::size_t count, std::size_t width) noexcept {
+        const std::size_t size = count * width;
         const std::unique_ptr<char[]> shuffled(new (std::nothrow) char[size]);
         const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(libdeflate_alloc_decompressor());
         if (!shuffled || !decompressor) return "out of memory";
         std::size_t taken = 0;
         std::size_t made = 0;
-        const auto result = libdeflate_deflate_decompress_ex(decompressor.get(), chunk.payload.data(), chunk.payload.size(),
-                                                             shuffled.get(), size, &taken, &made);
+        const auto result = libdeflate_deflate_decompress_ex(decompressor.get(), payload.data(), payload.size(), shuffled.get(),
+                                                             size, &taken, &made);
         if (result != LIBDEFLATE_SUCCESS || made != size) return "a block that can't be unpacked";
         for (std::size_t b = 0; b < width; ++b) {
             const char* const plane = shuffled.get() + b * count;

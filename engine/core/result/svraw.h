@@ -2,6 +2,7 @@
 /// docs/formats.md describes the bytes.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -16,6 +17,12 @@ inline constexpr std::uint32_t kSvrawVersion = 2;
 /// First bytes of a file. As in PNG, one that isn't ASCII, and both ends of a line, so that a transfer as text is noticed.
 inline constexpr std::string_view kSvrawMagic{"\x89SVRAW\r\n", 8};
 
+/// Takes the next bytes of a file; false if no more are wanted. Must not call the host.
+using TakeBytes = std::function<bool(std::span<const char>)>;
+
+/// Gives the bytes of a file as they are made, one call at a time but not always on this thread. Throws what `take` throws,
+/// std::bad_alloc, or std::length_error for nodes nested deeper than readers bear.
+void writeSvraw(const Raw& raw, const TakeBytes& take);
 /// The bytes of a file. Throws std::bad_alloc, or std::length_error for nodes nested deeper than readers bear.
 Buffer writeSvraw(const Raw& raw);
 

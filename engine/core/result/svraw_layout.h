@@ -38,9 +38,11 @@ inline constexpr std::size_t kBlockBytes = std::size_t{1} << 22;
 enum class Codec : std::uint32_t {
     stored = 0,
     /// The first bytes of all numbers, then the second ones, and so on; deflated (RFC 1951). Zeros may follow the stream.
-    shuffledDeflate = 1
+    /// Version 1 has these; what is written now hasn't.
+    shuffledDeflate = 1,
+    packed = 2  ///< see pack_numbers.h; zeros may follow
 };
-/// A deflated block is filled up with zeros to that part of its contents, so that a reader can bound what a file unfolds to.
+/// A packed block is filled up with zeros to that part of its contents, so that a reader can bound what a file unfolds to.
 inline constexpr std::size_t kLargestRatio = 128;
 
 inline constexpr std::uint32_t kFlagSnr = 1;

@@ -1,12 +1,14 @@
 #include <libdeflate.h>
 
 #include <algorithm>
-#include <array>
-#include <memory>
-#include <new>
+#include <cstring>
+#include <functional>
+#include <type_traits>
+#include <vector>
 
 #include "engine/common/byte_reader.h"
-#include "engine/core/output/parallel_rows.h"
+#include "engine/core/output/in_turn.h"
+#include "engine/core/result/pack_numbers.h"
 #include "engine/core/result/svraw.h"
 #include "engine/core/result/svraw_layout.h"
 #include "engine/node/svbin/svbin.h"
@@ -17,97 +19,59 @@ namespace {
 
 using namespace svraw;
 
-struct FreeCompressor {
-    void operator()(libdeflate_compressor* c) const noexcept { libdeflate_free_compressor(c); }
-};
-
-/// A block as it goes into a chunk.
-struct Packed {
-    Codec codec = Codec::stored;
-    std::vector<char> bytes;
-    bool outOfMemory = false;
-};
-
-Packed pack(const char* numbers, std::size_t count, std::size_t width) noexcept {
-    Packed packed;
-    try {
-        const std::size_t size = count * width;
-        std::vector<char> shuffled(size);
-        for (std::size_t b = 0; b < width; ++b) {
-            char* const plane = shuffled.data() + b * count;
-            for (std::size_t i = 0; i < count; ++i) plane[i] = numbers[i * width + b];
-        }
-        const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(libdeflate_alloc_compressor(1));
-        if (!compressor) throw std::bad_alloc();
-        // Less than an eighth gained isn't worth the time of the reader.
-        packed.bytes.resize(size - size / 8);
-        const std::size_t used =
-            libdeflate_deflate_compress(compressor.get(), shuffled.data(), size, packed.bytes.data(), packed.bytes.size());
-        if (used == 0) {
-            packed.bytes.assign(numbers, numbers + size);
-        } else {
-            packed.codec = Codec::shuffledDeflate;
-            packed.bytes.resize(used);
-            packed.bytes.resize(std::max(used, size / kLargestRatio));  // with zeros
-        }
-    } catch (...) {
-        packed.outOfMemory = true;
-    }
-    return packed;
+/// Puts a chunk behind `file`; `fill(file)` puts its payload there and tells how that is packed.
+template <class Fill>
+void appendFilledChunk(std::vector<char>& file, std::string_view tag, Fill&& fill) {
+    const std::size_t start = file.size();
+    file.insert(file.end(), tag.begin(), tag.end());
+    file.resize(start + kChunkHead);
+    const auto codec = static_cast<std::uint32_t>(fill(file));
+    const std::uint64_t size = file.size() - start - kChunkHead;
+    std::memcpy(file.data() + start + 4, &codec, sizeof codec);
+    std::memcpy(file.data() + start + 8, &size, sizeof size);
+    appendNumber(file, libdeflate_crc32(0, file.data() + start, file.size() - start));
 }
 
-class Writer {
+void appendChunk(std::vector<char>& file, std::string_view tag, std::span<const char> payload) {
+    appendFilledChunk(file, tag, [&](std::vector<char>& bytes) {
+        bytes.insert(bytes.end(), payload.begin(), payload.end());
+        return Codec::stored;
+    });
+}
+
+template <class Number>
+void appendBlock(std::vector<char>& file, std::string_view tag, std::span<const Number> numbers) {
+    appendFilledChunk(file, tag, [&](std::vector<char>& bytes) {
+        const std::size_t start = bytes.size();
+        packNumbers(numbers, bytes);
+        const std::size_t used = bytes.size() - start;
+        if (used < numbers.size_bytes()) {
+            bytes.resize(start + std::max(used, numbers.size_bytes() / kLargestRatio));  // with zeros
+            return Codec::packed;
+        }
+        bytes.resize(start + numbers.size_bytes());
+        std::memcpy(bytes.data() + start, numbers.data(), numbers.size_bytes());
+        return Codec::stored;
+    });
+}
+
+/// The arrays of a film, cut into blocks.
+class Blocks {
 public:
-    Writer() {
-        file_.append(kSvrawMagic);
-        number(kSvrawVersion);
-    }
-
-    void chunk(std::string_view tag, Codec codec, std::span<const char> payload) {
-        const std::size_t start = file_.size();
-        file_.append(tag);
-        number(static_cast<std::uint32_t>(codec));
-        number(static_cast<std::uint64_t>(payload.size()));
-        file_.append({payload.data(), payload.size()});
-        number(libdeflate_crc32(0, file_.data() + start, file_.size() - start));
-    }
-
     template <class Number, class Memory>
     void array(std::string_view tag, const std::vector<Number, Memory>& numbers) {
         constexpr std::size_t perBlock = kBlockBytes / sizeof(Number);
-        constexpr std::size_t together = 8;  // blocks that are packed at the same time
-        const auto* const bytes = reinterpret_cast<const char*>(numbers.data());
-        const std::size_t blocks = (numbers.size() + perBlock - 1) / perBlock;
-        std::array<Packed, together> packed;
-        for (std::size_t first = 0; first < blocks; first += together) {
-            const std::size_t here = std::min(together, blocks - first);
-            parallelRows(
-                static_cast<int>(here),
-                [&](int i) {
-                    const std::size_t at = (first + static_cast<std::size_t>(i)) * perBlock;
-                    packed[static_cast<std::size_t>(i)] =
-                        pack(bytes + at * sizeof(Number), std::min(perBlock, numbers.size() - at), sizeof(Number));
-                },
-                1);
-            for (std::size_t i = 0; i < here; ++i) {
-                if (packed[i].outOfMemory) throw std::bad_alloc();
-                chunk(tag, packed[i].codec, packed[i].bytes);
-            }
+        const std::span<const Number> all(numbers);
+        for (std::size_t first = 0; first < all.size(); first += perBlock) {
+            const auto block = all.subspan(first, std::min(perBlock, all.size() - first));
+            blocks_.push_back([tag, block](std::vector<char>& file) { appendBlock(file, tag, block); });
         }
     }
-
-    Buffer finish() && {
-        chunk(kEnd, Codec::stored, {});
-        return std::move(file_);
-    }
+    std::size_t count() const noexcept { return blocks_.size(); }
+    void append(std::size_t i, std::vector<char>& file) const { blocks_[i](file); }
 
 private:
-    template <class Number>
-    void number(Number n) {
-        file_.append({reinterpret_cast<const char*>(&n), sizeof n});
-    }
-
-    Buffer file_;
+    std::vector<std::function<void(std::vector<char>&)>> blocks_;
 };
 
 std::vector<char> infoOf(const RawParts& parts) {
@@ -138,14 +102,18 @@ std::vector<char> channelsOf(const Film& film) {
 
 }  // namespace
 
-Buffer writeSvraw(const Raw& raw) {
+void writeSvraw(const Raw& raw, const TakeBytes& take) {
     const RawParts parts = raw.parts();
     const Film& film = *parts.film;
-    Writer file;
-    file.chunk(kInfo, Codec::stored, infoOf(parts));
-    file.chunk(kChannels, Codec::stored, channelsOf(film));
-    if (parts.instrument) file.chunk(kInstrument, Codec::stored, node::writeSvbin(*parts.instrument).bytes());
-    if (parts.output) file.chunk(kOutput, Codec::stored, node::writeSvbin(*parts.output).bytes());
+    std::vector<char> head(kSvrawMagic.size());
+    std::memcpy(head.data(), kSvrawMagic.data(), head.size());
+    appendNumber(head, kSvrawVersion);
+    appendChunk(head, kInfo, infoOf(parts));
+    appendChunk(head, kChannels, channelsOf(film));
+    if (parts.instrument) appendChunk(head, kInstrument, node::writeSvbin(*parts.instrument).bytes());
+    if (parts.output) appendChunk(head, kOutput, node::writeSvbin(*parts.output).bytes());
+    if (!take(head)) return;
+    Blocks file;
     file.array(kHigh, film.high);
     file.array(kLow, film.low);
     file.array(kSamples, film.samples);
@@ -155,8 +123,24 @@ Buffer writeSvraw(const Raw& raw) {
     file.array(kDepth, film.depth);
     file.array(kDepthSamples, film.depthSamples);
     if (parts.offAxis) file.array(kOffAxis, *parts.offAxis);
-    if (parts.progress) file.chunk(kProgress, Codec::stored, encodeProgress(*parts.progress));
-    return std::move(file).finish();
+    bool goesOn = true;
+    inTurn(
+        file.count(), [&](std::size_t i, std::vector<char>& bytes) { file.append(i, bytes); },
+        [&](std::span<const char> bytes) { return goesOn = take(bytes); });
+    if (!goesOn) return;
+    std::vector<char> end;
+    if (parts.progress) appendChunk(end, kProgress, encodeProgress(*parts.progress));
+    appendChunk(end, kEnd, std::span<const char>());
+    take(end);
+}
+
+Buffer writeSvraw(const Raw& raw) {
+    Buffer file;
+    writeSvraw(raw, [&](std::span<const char> bytes) {
+        file.append({bytes.data(), bytes.size()});
+        return true;
+    });
+    return file;
 }
 
 }  // namespace nemra::core

@@ -1,0 +1,124 @@
+// OpenEXR in the forms that other programs write: every compression, types of numbers, subsampled channels, any window and order
+// of rows, tiles. And rows that unpack to less than they should, which the library takes for whole.
+#include <ImfChannelList.h>
+#include <ImfFrameBuffer.h>
+#include <ImfHeader.h>
+#include <ImfOutputFile.h>
+#include <ImfTiledOutputFile.h>
+#include <gtest/gtest.h>
+#include <half.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include "engine/core/image/picture_film.h"
+#include "engine/core/image/read_exr.h"
+#include "engine/core/result/read_file.h"
+#include "tests/engine/result/made_raw.h"
+
+namespace nemra::test {
+namespace {
+
+constexpr int kWidth = 38;
+constexpr int kHeight = 300;  // more than the rows that any compression takes together
+
+/// Exact in half precision, and zero over whole blocks, which then pack well.
+float value(int channel, int x, int y) {
+    return x < 20 && y > 100 ? 0.0F : static_cast<float>((7 * x + 3 * y + 100 * channel) % 1000);
+}
+
+struct Form {
+    Imf::Compression compression;
+    bool subsampled, tiled;
+    Imf::LineOrder order;
+};
+
+Buffer fileOf(const Form& form, int width = kWidth) {
+    const std::string path = (std::filesystem::temp_directory_path() / ("nemra-exr-" + std::to_string(::getpid()))).string();
+    const Imath::Box2i window({-4, -6}, {width - 5, kHeight - 7});
+    Imf::Header header(window, window, 1.0F, Imath::V2f(0, 0), 1.0F, form.order, form.compression);
+    Imf::FrameBuffer frame;
+    std::vector<std::vector<float>> planes(3);
+    const char* const names[] = {"R", "G", "B"};
+    for (int c = 0; c < 3; ++c) {
+        auto& plane = planes[static_cast<std::size_t>(c)];
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < width; ++x) plane.push_back(value(c, x, y));
+        header.channels().insert(names[c], Imf::Channel(c == 1 ? Imf::FLOAT : Imf::HALF));
+    }
+    std::vector<std::vector<half>> halves(3);
+    for (std::size_t c = 0; c < 3; ++c) {
+        halves[c].assign(planes[c].begin(), planes[c].end());
+        if (c == 1) {
+            frame.insert(names[c], Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window));
+        } else {
+            frame.insert(names[c], Imf::Slice::Make(Imf::HALF, halves[c].data(), window));
+        }
+    }
+    std::vector<float> coarse(static_cast<std::size_t>(width * kHeight), 5.0F);
+    if (form.subsampled) {
+        header.channels().insert("coarse", Imf::Channel(Imf::FLOAT, 2, 2));
+        frame.insert("coarse",
+                     Imf::Slice::Make(Imf::FLOAT, coarse.data(), window, 4, 4 * static_cast<std::size_t>(width / 2 + 1), 2, 2));
+    }
+    if (form.tiled) {
+        header.setTileDescription(Imf::TileDescription(16, 48));
+        Imf::TiledOutputFile file(path.c_str(), header);
+        file.setFrameBuffer(frame);
+        file.writeTiles(0, file.numXTiles() - 1, 0, file.numYTiles() - 1);
+    } else {
+        Imf::OutputFile file(path.c_str(), header);
+        file.setFrameBuffer(frame);
+        file.writePixels(kHeight);
+    }
+    auto bytes = core::readFileWhole(path);
+    std::filesystem::remove(path);
+    return std::move(bytes).value();
+}
+
+TEST(ExrForms, EachIsRead) {
+    node::registerClasses();
+    for (int compression = Imf::NO_COMPRESSION; compression < Imf::NUM_COMPRESSION_METHODS; ++compression) {
+        for (const int variant : {0, 1, 2, 3}) {
+            const bool lossy = compression >= Imf::B44_COMPRESSION;
+            const Form form{static_cast<Imf::Compression>(compression), variant == 1, variant == 2,
+                            variant == 3 ? Imf::DECREASING_Y : Imf::INCREASING_Y};
+            const std::string what = "compression " + std::to_string(compression) + ", variant " + std::to_string(variant);
+            const Messages messages;
+            core::ColorSpace same = core::colorSpace("srgb");
+            same.toXyzRows = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+            const auto raw = core::readExr(fileOf(form).bytes(), "a.exr", &same);
+            ASSERT_EQ(raw->width(), kWidth) << what;
+            ASSERT_EQ(raw->height(), kHeight) << what;
+            ASSERT_TRUE(messages.errors.empty()) << what;
+            double worst = 0.0;
+            for (int x = 0; x < kWidth; ++x) {
+                for (int y = 0; y < kHeight; ++y) {
+                    for (int c = 0; c < 3; ++c)
+                        worst = std::max(worst, std::abs(raw->film()->high[raw->film()->cell(x, y, c)] - value(c, x, y)));
+                }
+            }
+            EXPECT_LE(worst, lossy ? 100.0 : 0.0) << what;
+        }
+    }
+}
+
+// The window says that rows are wider than they were packed. Whatever memory held before must not become a picture.
+TEST(ExrForms, RowsThatUnpackToTooLittleAreRefused) {
+    node::registerClasses();
+    for (int compression = Imf::NO_COMPRESSION; compression < Imf::NUM_COMPRESSION_METHODS; ++compression) {
+        if (compression == Imf::PIZ_COMPRESSION) continue;  // it goes on decoding zero bits
+        const Buffer file = fileOf({static_cast<Imf::Compression>(compression), false, false, Imf::INCREASING_Y});
+        std::vector<char> wider(file.bytes().begin(), file.bytes().end());
+        const std::string_view name("dataWindow\0box2i\0", 17);
+        const auto at = std::string_view(wider.data(), wider.size()).find(name);
+        ASSERT_NE(at, std::string_view::npos);
+        const std::int32_t last = kWidth + 200;
+        std::memcpy(wider.data() + at + name.size() + 4 + 8, &last, sizeof last);
+        EXPECT_THROW(core::readExr(wider, "a.exr"), core::PictureFault) << "compression " << compression;
+    }
+}
+
+}  // namespace
+}  // namespace nemra::test
