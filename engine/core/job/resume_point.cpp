@@ -33,7 +33,7 @@ bool isInside(const PreparedScene::Tile& tile, const Film& film) {
 /// as it kept.
 bool isPlausible(const RenderProgress& progress, const Film& film) {
     constexpr int mostPieces = 256;  // of a tile; a few come from threads that were stopped in the middle of one
-    if (progress.tileSize < TileGrid::kSmallest) return false;
+    if (progress.tileSize < TileGrid::kSmallest || progress.tileSize > TileGrid::kLargest) return false;
     const TileGrid grid{film.width, film.height, progress.tileSize};
     std::vector<DoneSamples> tiles;
     tiles.reserve(grid.count());
