@@ -75,6 +75,7 @@ Supported parameters: (list may not be up to date)
 - "resume" : "true" or "false", goes on from the svraw file of an earlier render of the same scene if there is one, and saves such a file
   while rendering; needs "output_raw" and "output_file_name". The result is that of a render that was not interrupted
 - "save_interval" : seconds between the files that a render with "resume" saves, "60" by default, "0" for the last one only
+- "adaptive" : "true" or "false", more samples where the picture is noisy; the halt condition's spp is then the mean. Not with "resume"
 - "halt_noise" : relative standard error of the picture at which the halt condition's action is taken, for instance "0.01";
   "0", the default, for none
 
