@@ -67,7 +67,7 @@ def test_killed_and_gone_on_with_is_as_if_nothing_had_happened(tmp_path):
     long, whole = tmp_path / "long.svraw", tmp_path / "whole.svraw"
     kill_when_saved(long, 0.5)
     kill_when_saved(long, samples_in(long) + 0.5)
-    spp = 2 * int(samples_in(long)) + 3  # no pixel has more: passes over the image double at most
+    spp = 2 * int(samples_in(long) + 1) + 70  # beyond the pass that was under way
     for path, threads, resume in ((long, 3, "true"), (whole, 1, "false")):
         process = render(path, spp, threads, resume)
         assert (process.wait(120 * SLOW), process.stderr.read()) == (0, "")

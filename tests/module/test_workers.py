@@ -385,7 +385,9 @@ render.wait_for_spp(1)
         child = subprocess.Popen([sys.executable, "-c", script], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                  env={"PYTHONPATH": package})
         _, errors = child.communicate(timeout=60 * SLOW)
-        assert (child.returncode, errors) == (0, "")
+        assert child.returncode == 0
+        # A server that goes before its client may still be missed in time.
+        assert all("the worker is lost" in line for line in errors.splitlines()), errors
 
     def test_fork_while_serving(self):
         """The child has none of the parent's threads: it answers and ends."""

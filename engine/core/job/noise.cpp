@@ -1,5 +1,7 @@
 #include "engine/core/job/noise.h"
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -15,6 +17,13 @@ constexpr std::uint32_t kFewestSamples = 16;  // fewer say little about their ow
 constexpr double kFloor = 0.01;
 constexpr double kShortestInterval = 0.25;  // s
 constexpr double kIntervalPerLook = 200.0;
+
+/// s of the processor that this thread has had: waiting for a tile that is being rendered takes nothing from the render.
+double ownTime() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1.0e-9 * static_cast<double>(time.tv_nsec);
+}
 
 }  // namespace
 
@@ -40,11 +49,10 @@ double relativeNoise(const SharedFilm& shared) {
 }
 
 bool NoiseWatch::isQuiet(const SharedFilm& film) {
-    const auto before = Clock::now();
+    const double before = ownTime();
     const double noise = relativeNoise(film);
-    const auto now = Clock::now();
-    const auto interval = std::max(kShortestInterval, kIntervalPerLook * std::chrono::duration<double>(now - before).count());
-    next_ = now + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(interval));
+    const double interval = std::max(kShortestInterval, kIntervalPerLook * (ownTime() - before));
+    next_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(interval));
     return noise <= wanted_;
 }
 

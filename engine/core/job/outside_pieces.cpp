@@ -22,8 +22,9 @@ void OutsidePieces::clear() noexcept {
     samples_ = 0;
 }
 
-bool OutsidePieces::anyBelow(std::uint32_t limit) const {
-    return std::any_of(pieces_.begin(), pieces_.end(), [&](const auto& entry) { return entry.second.first < limit; });
+bool OutsidePieces::anyBelow(std::uint32_t limit, const TileSchedule& schedule) const {
+    return std::any_of(pieces_.begin(), pieces_.end(),
+                       [&](const auto& entry) { return entry.second.first < schedule.limitOf(entry.second.tile, limit); });
 }
 
 }  // namespace nemra::core

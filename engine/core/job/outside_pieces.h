@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "engine/core/job/piece.h"
+#include "engine/core/job/tile_schedule.h"
 
 namespace nemra::core {
 
@@ -19,8 +20,8 @@ public:
     void clear() noexcept;
 
     std::uint64_t samples() const noexcept { return samples_; }
-    /// True if samples below that index are outstanding.
-    bool anyBelow(std::uint32_t limit) const;
+    /// True if samples are outstanding below the index that the schedule has for their tile at that limit.
+    bool anyBelow(std::uint32_t limit, const TileSchedule& schedule) const;
 
 private:
     std::unordered_map<std::uint64_t, Piece> pieces_;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "engine/common/log.h"
+#include "engine/core/job/adaptive.h"
 #include "engine/core/job/job_threads.h"
 #include "engine/core/output/write_result.h"
 
@@ -38,8 +39,9 @@ auto ticks(double seconds) {
 TileGrid gridOf(const JobPlan& plan) {
     const int width = plan.scene->width();
     const int height = plan.scene->height();
+    if (plan.adaptive) return {width, height, kAdaptiveTile};
     if (plan.from) return {width, height, plan.from->progress->tileSize};
-    return TileGrid::fitting(width, height, std::max(1, plan.threads) + (plan.hasOutsideWorkers ? kOutsideThreads : 0));
+    return TileGrid::fitting(width, height, std::max(1, plan.threads + (plan.hasOutsideWorkers ? kOutsideThreads : 0)));
 }
 
 /// Of a film that account is kept of.
@@ -71,6 +73,7 @@ RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
       resumable_(plan.resumable),
       film_(*scene_, gridOf(plan)),
       schedule_(film_.grid()),
+      piloting_(plan.adaptive),
       halt_(plan.halt),
       noise_(plan.haltNoise),
       clock_(plan.from ? plan.from->time : 0.0) {
@@ -222,7 +225,7 @@ void RenderJob::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
         if (state_ == NEMRA_RENDERER_STOPPING || state_ == NEMRA_RENDERER_IDLE) return;
-        const auto piece = state_ == NEMRA_RENDERER_RUNNING ? schedule_.next(halt_.sampleLimit()) : std::nullopt;
+        const auto piece = state_ == NEMRA_RENDERER_RUNNING ? schedule_.next(sampleLimit()) : std::nullopt;
         if (!piece) {
             if (outstanding_ == 0) conductor_.notify_all();
             workers_.wait(lock);
@@ -239,7 +242,7 @@ void RenderJob::work() {
         }
         lock.lock();
         --outstanding_;
-        if (outstanding_ == 0) conductor_.notify_all();
+        if (outstanding_ == resting_) conductor_.notify_all();  // a pause may be waiting for just this piece
     }
 }
 
@@ -298,7 +301,7 @@ std::vector<RenderJob::HandedOut> RenderJob::takePieces(std::uint64_t samples) {
     std::vector<HandedOut> taken;
     const std::lock_guard lock(mutex_);
     if (state_ != NEMRA_RENDERER_RUNNING) return taken;
-    const std::uint32_t limit = halt_.sampleLimit();
+    const std::uint32_t limit = sampleLimit();
     // Others are taken to ask for as much as this one, so what they have in hand tells their number.
     samples = std::max<std::uint64_t>(1, samples);
     const std::uint64_t workers = static_cast<std::uint64_t>(threads_) + outside_.samples() / samples + 1;
@@ -394,12 +397,16 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
         halt(lock);
         return;
     }
+    if (piloting_ && isInTo(kPilotSamples)) {
+        shareOut(lock);
+        return;  // much may have changed meanwhile
+    }
     const auto now = Clock::now();
     if (now >= nextStatistics_) tickStatistics(now);
     const bool looksAtNoise = noise_.isOn() && !halt_.isDone();
     if (looksAtNoise && now >= noise_.next()) {
         lookAtNoise(lock);
-        return;  // much may have changed meanwhile
+        return;
     }
     const bool isDue = now >= nextUpdate_;
     if (isDue) {
@@ -430,8 +437,27 @@ void RenderJob::lookAtNoise(std::unique_lock<std::mutex>& lock) {
 bool RenderJob::haltReached() const {
     if (halt_.isDone()) return false;
     if (halt_.isQuiet() || halt_.isTimeUp(clock_.elapsed(Clock::now()))) return true;
-    const std::uint32_t limit = halt_.sampleLimit();
-    return outstanding_ == 0 && !outside_.anyBelow(limit) && schedule_.allHandedOut(limit);
+    return isInTo(halt_.sampleLimit());
+}
+
+/// All samples below the limit are in the film.
+bool RenderJob::isInTo(std::uint32_t limit) const {
+    return outstanding_ == 0 && !outside_.anyBelow(limit, schedule_) && schedule_.allHandedOut(limit);
+}
+
+std::uint32_t RenderJob::sampleLimit() const noexcept {
+    return piloting_ ? std::min(kPilotSamples, halt_.sampleLimit()) : halt_.sampleLimit();
+}
+
+/// Once the pilot is there, and nothing else: what each tile gets from now on.
+void RenderJob::shareOut(std::unique_lock<std::mutex>& lock) {
+    lock.unlock();  // nobody is at work, and nobody gets work: the limit is that of the pilot still
+    auto shares = adaptiveShares(film_);
+    lock.lock();
+    schedule_.setShares(kPilotSamples, std::move(shares));
+    piloting_ = false;
+    workers_.notify_all();
+    wakeWithout(lock);
 }
 
 void RenderJob::halt(std::unique_lock<std::mutex>& lock) {

@@ -33,6 +33,7 @@ struct JobPlan {
     double haltNoise = 0.0;     ///< ends the render as `halt` does, see relativeNoise; 0 or below for none
     std::string outputFile;     ///< absolute; "" for none
     bool outputRaw = false;     ///< the file takes the sensor's channels instead of the output node's picture
+    bool adaptive = false;      ///< more samples where the picture is noisy, see adaptiveShares; not together with the next one
     bool resumable = false;     ///< a later render can go on from the results, and they are saved meanwhile; needs a svraw file
     double saveInterval = 0.0;  ///< s between saved results; 0 or below for none but the last
     std::shared_ptr<const ResumePoint> from;  ///< what to go on from; null for the beginning
@@ -105,6 +106,9 @@ private:
     void wakeWithout(std::unique_lock<std::mutex>& lock) const;
     bool waitWhilePaused();
     void conduct();
+    std::uint32_t sampleLimit() const noexcept;
+    bool isInTo(std::uint32_t limit) const;
+    void shareOut(std::unique_lock<std::mutex>& lock);
     void lookAtNoise(std::unique_lock<std::mutex>& lock);
     void whileRunning(std::unique_lock<std::mutex>& lock);
     bool haltReached() const;
@@ -142,8 +146,9 @@ private:
     NemraRendererState_t state_ = NEMRA_RENDERER_IDLE;
     TileSchedule schedule_;
     OutsidePieces outside_;
-    int outstanding_ = 0;  ///< pieces that a thread is at work on here, be it only to add what was delivered
-    int resting_ = 0;      ///< of these, the ones that wait for the end of a pause
+    int outstanding_ = 0;    ///< pieces that a thread is at work on here, be it only to add what was delivered
+    int resting_ = 0;        ///< of these, the ones that wait for the end of a pause
+    bool piloting_ = false;  ///< all pixels get the pilot of adaptive sampling before anything else
     HaltWatch halt_;
     bool silent_ = false;  ///< cancelled: no result is wanted
     bool updateRequested_ = false;

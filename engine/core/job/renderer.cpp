@@ -167,6 +167,11 @@ bool Renderer::startChecked(const Loader& load) {
         plan.hasOutsideWorkers = true;
     }
     plan.haltNoise = settings.haltNoise;
+    plan.adaptive = settings.adaptive;
+    if (settings.resume && settings.adaptive) {
+        log::error(kSource, "the parameters \"resume\" and \"adaptive\" don't go together");
+        return false;
+    }
     if (settings.resume && !planResume(settings, plan)) return false;
 
     std::shared_ptr<RenderJob> before;

@@ -49,6 +49,8 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
         return toFlag(value, outputRaw) || wrong("\"true\" or \"false\"");
     } else if (name == "resume") {
         return toFlag(value, resume) || wrong("\"true\" or \"false\"");
+    } else if (name == "adaptive") {
+        return toFlag(value, adaptive) || wrong("\"true\" or \"false\"");
     } else if (name == "save_interval") {
         return toNumber(value, saveInterval) || wrong("a number of seconds");
     } else if (name == "halt_noise") {

@@ -15,6 +15,7 @@ struct Settings {
     bool outputRaw = false;                 ///< "output_raw"
     bool resume = false;                    ///< "resume": go on from the file of an earlier render, and save it while rendering
     double saveInterval = 60.0;             ///< "save_interval", s: how often; zero or below for never
+    bool adaptive = false;                  ///< "adaptive": more samples where the picture is noisy
     double haltNoise = 0.0;                 ///< "halt_noise": see relativeNoise; zero or below for none
     int threads = 0;                        ///< "num_threads": zero or below for all cores
     std::string remoteHost;                 ///< "remote_host": host:port of a worker

@@ -1,13 +1,13 @@
 #include "engine/core/job/shared_film.h"
 
+#include <mutex>
 #include <utility>
 
 #include "engine/core/film/cut_out.h"
 
 namespace nemra::core {
 
-SharedFilm::SharedFilm(const PreparedScene& scene, TileGrid grid)
-    : grid_(grid), film_(scene.makeFilm()), mutexes_(grid.count()) {}
+SharedFilm::SharedFilm(const PreparedScene& scene, TileGrid grid) : grid_(grid), film_(scene.makeFilm()), locks_(grid.count()) {}
 
 void SharedFilm::keepAccount(const ResumePoint* from) {
     done_.reserve(grid_.count());
@@ -19,7 +19,7 @@ void SharedFilm::keepAccount(const ResumePoint* from) {
 
 PreparedScene::Counts SharedFilm::render(const PreparedScene& scene, const Piece& piece, const std::atomic<bool>& cancel) {
     if (done_.empty()) {
-        const std::lock_guard lock(mutexes_[indexOf(piece)]);
+        const std::lock_guard lock(locks_[indexOf(piece)]);
         return scene.render(*film_, piece.tile, piece.first, piece.count, cancel);
     }
     const auto aside = scene.makeFilm(piece.tile);
@@ -31,7 +31,7 @@ PreparedScene::Counts SharedFilm::render(const PreparedScene& scene, const Piece
 
 void SharedFilm::add(const Piece& piece, const Film& cutOut) {
     const std::size_t tile = indexOf(piece);
-    const std::lock_guard lock(mutexes_[tile]);
+    const TileLock::First lock(locks_[tile]);
     if (!done_.empty()) done_[tile].add(piece);
     addCutOut(*film_, cutOut);
 }
@@ -59,8 +59,8 @@ FilmState SharedFilm::copy(const PreparedScene& scene) const {
 }
 
 void SharedFilm::eachTile(const std::function<void(const Film&, const PreparedScene::Tile&)>& look) const {
-    for (std::size_t i = 0; i < mutexes_.size(); ++i) {
-        const std::lock_guard lock(mutexes_[i]);
+    for (std::size_t i = 0; i < locks_.size(); ++i) {
+        const TileLock::First lock(locks_[i]);
         look(*film_, grid_.tile(i));
     }
 }

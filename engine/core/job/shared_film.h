@@ -4,13 +4,13 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "engine/core/job/done_samples.h"
 #include "engine/core/job/piece.h"
 #include "engine/core/job/resume_point.h"
 #include "engine/core/job/tile_grid.h"
+#include "engine/core/job/tile_lock.h"
 
 namespace nemra::core {
 
@@ -53,8 +53,8 @@ private:
 
     const TileGrid grid_;
     std::shared_ptr<Film> film_;
-    std::vector<DoneSamples> done_;            ///< per tile, or none
-    mutable std::vector<std::mutex> mutexes_;  ///< per tile
+    std::vector<DoneSamples> done_;        ///< per tile, or none
+    mutable std::vector<TileLock> locks_;  ///< per tile
 };
 
 }  // namespace nemra::core

@@ -1,6 +1,8 @@
 #include "engine/core/job/tile_schedule.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "engine/core/job/halt_condition.h"
 
@@ -45,10 +47,11 @@ std::optional<Piece> TileSchedule::next(std::uint32_t limit, const Wish& wish) {
 }
 
 std::optional<Piece> TileSchedule::nextReturned(std::uint32_t limit) {
-    const auto found = std::find_if(returned_.rbegin(), returned_.rend(), [&](const Piece& p) { return p.first < limit; });
+    const auto found = std::find_if(returned_.rbegin(), returned_.rend(),
+                                    [&](const Piece& piece) { return piece.first < limitOf(piece.tile, limit); });
     if (found == returned_.rend()) return std::nullopt;
     Piece piece = *found;
-    if (const auto rest = cutBehind(piece, limit - piece.first)) {
+    if (const auto rest = cutBehind(piece, limitOf(piece.tile, limit) - piece.first)) {
         *found = *rest;
     } else {
         returned_.erase(std::next(found).base());
@@ -57,24 +60,47 @@ std::optional<Piece> TileSchedule::nextReturned(std::uint32_t limit) {
 }
 
 std::optional<Piece> TileSchedule::nextOfPass(std::uint32_t limit, std::uint32_t least) {
-    if (nextSample_.empty()) return std::nullopt;
     for (;;) {
         // A limit that came down in the middle of a pass cuts it short, and one that was lifted lets it go on: each tile knows
         // its own next sample.
         while (cursor_ < nextSample_.size()) {
             const std::size_t tile = cursor_++;
             const std::uint32_t first = nextSample_[tile];
-            if (first >= std::min(passEnd_, limit)) continue;
-            const std::uint64_t end =
-                std::min<std::uint64_t>(std::max<std::uint64_t>(passEnd_, std::uint64_t{first} + least), limit);
-            nextSample_[tile] = static_cast<std::uint32_t>(end);
-            return Piece{grid_.tile(tile), first, static_cast<std::uint32_t>(end) - first};
+            if (first >= limitOf(tile, std::min(passEnd_, limit))) continue;
+            const std::uint64_t pass = std::max<std::uint64_t>(limitOf(tile, passEnd_), std::uint64_t{first} + least);
+            nextSample_[tile] = static_cast<std::uint32_t>(std::min<std::uint64_t>(pass, limitOf(tile, limit)));
+            return Piece{grid_.tile(tile), first, nextSample_[tile] - first};
         }
-        const std::uint32_t minimum = *std::min_element(nextSample_.begin(), nextSample_.end());
-        if (minimum >= limit) return std::nullopt;
-        if (minimum >= passEnd_) passEnd_ = minimum + std::clamp(minimum, 1U, kLongestPass);
+        if (hasAll(limit)) return std::nullopt;
+        if (hasAll(passEnd_)) {
+            // Without shares a pass begins where the tiles are, which may be far on: with a render that was gone on with.
+            const std::uint32_t level = shares_.empty() ? *std::min_element(nextSample_.begin(), nextSample_.end()) : passEnd_;
+            passEnd_ = level + std::clamp(level, 1U, kLongestPass);
+        }
         cursor_ = 0;
     }
+}
+
+void TileSchedule::setShares(std::uint32_t pilot, std::vector<double> shares) {
+    pilot_ = pilot;
+    shares_ = std::move(shares);
+}
+
+std::uint32_t TileSchedule::limitOf(std::size_t tile, std::uint32_t limit) const noexcept {
+    if (shares_.empty() || limit <= pilot_) return limit;
+    const double more = std::round(shares_[tile] * (limit - pilot_));
+    return static_cast<std::uint32_t>(std::min<double>(pilot_ + more, HaltCondition::kEndOfSamples));
+}
+
+std::uint32_t TileSchedule::limitOf(const PreparedScene::Tile& tile, std::uint32_t limit) const noexcept {
+    return limitOf(grid_.indexOf(tile.x0, tile.y0), limit);
+}
+
+bool TileSchedule::hasAll(std::uint32_t limit) const noexcept {
+    for (std::size_t tile = 0; tile < nextSample_.size(); ++tile) {
+        if (nextSample_[tile] < limitOf(tile, limit)) return false;
+    }
+    return true;
 }
 
 void TileSchedule::giveBack(const Piece& piece) {
@@ -84,8 +110,8 @@ void TileSchedule::giveBack(const Piece& piece) {
 
 bool TileSchedule::allHandedOut(std::uint32_t limit) const {
     limit = std::min(limit, HaltCondition::kEndOfSamples);
-    return std::all_of(nextSample_.begin(), nextSample_.end(), [&](std::uint32_t next) { return next >= limit; }) &&
-           std::none_of(returned_.begin(), returned_.end(), [&](const Piece& piece) { return piece.first < limit; });
+    return hasAll(limit) && std::none_of(returned_.begin(), returned_.end(),
+                                         [&](const Piece& piece) { return piece.first < limitOf(piece.tile, limit); });
 }
 
 std::uint64_t TileSchedule::left(std::uint32_t limit) const noexcept {

@@ -21,6 +21,12 @@ public:
     /// Begins with what isn't done yet; `done` has one for each tile.
     void goOnFrom(const std::vector<DoneSamples>& done);
 
+    /// From the sample index `pilot` on each tile gets samples in proportion to its share, with the mean 1: limits are then means
+    /// over the image.
+    void setShares(std::uint32_t pilot, std::vector<double> shares);
+    /// Sample index at which a tile has its part of such a limit.
+    std::uint32_t limitOf(const PreparedScene::Tile& tile, std::uint32_t limit) const noexcept;
+
     /// What a piece should be like. A pass that is longer than `least` isn't cut short for it; `most` is kept to, but for a
     /// piece having at least one sample of each of its pixels.
     struct Wish {
@@ -41,12 +47,16 @@ public:
     const TileGrid& grid() const noexcept { return grid_; }
 
 private:
+    std::uint32_t limitOf(std::size_t tile, std::uint32_t limit) const noexcept;
+    bool hasAll(std::uint32_t limit) const noexcept;  ///< but for what came back
     std::optional<Piece> nextReturned(std::uint32_t limit);
     std::optional<Piece> nextOfPass(std::uint32_t limit, std::uint32_t least);
 
     TileGrid grid_;
     std::vector<std::uint32_t> nextSample_;  ///< per tile
     std::vector<Piece> returned_;
+    std::uint32_t pilot_ = 0;
+    std::vector<double> shares_;   ///< per tile; empty where all are 1
     std::size_t cursor_ = 0;       ///< tile that this pass looks at next
     std::uint32_t passEnd_ = 1;    ///< sample index at which this pass ends
     std::uint64_t handedOut_ = 0;  ///< samples, those that came back taken off

@@ -80,6 +80,7 @@ TEST(OutsideWorkers, WhateverTheyLoseAndInWhatOrderTheyDeliverTheResultIsThatOfO
         auto scene = std::make_shared<FakeScene>();
         scene->pixelsWide = 70;
         scene->pixelsHigh = 45;
+        scene->perSample = 3us;  // so that our own threads leave the others something
         Hired run(scene, threads, {0.0, 45.0, NEMRA_HALT_STOPS});
         std::vector<std::thread> workers;
         std::atomic<int> delivered{0}, lost{0};
