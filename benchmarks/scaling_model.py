@@ -9,12 +9,12 @@ carries results one after the other, then one of its cores merges each. docs/sca
 import argparse
 import heapq
 
-PIECE_SAMPLES = 16 * 16 * 64
+PIECE_PIXELS = 16 * 16
 
 
-def speed(workers, threads, sample, merge, size, link, cores, seconds=10.0):
+def speed(workers, samples, threads, sample, merge, size, link, cores, seconds=10.0):
     """Samples per second that come in, of `workers` of so many threads each."""
-    compute = PIECE_SAMPLES * sample / threads  # of a worker as a whole
+    compute = samples * sample / threads  # of a worker as a whole
     events = [(compute * (1 + index / workers), index) for index in range(workers)]
     heapq.heapify(events)
     link_free, core_free, done, held = 0.0, [0.0] * cores, 0, [0] * workers
@@ -28,7 +28,7 @@ def speed(workers, threads, sample, merge, size, link, cores, seconds=10.0):
         finished = max(free, link_free) + merge
         heapq.heappush(core_free, finished)
         if finished <= seconds:
-            done += PIECE_SAMPLES
+            done += samples
         # A worker computes on as long as it has pieces; the next are asked for when results have come in.
         held[index] += 1
         lag = finished - now
@@ -41,11 +41,12 @@ def main():
     parser.add_argument("--sample-ns", type=float, required=True, help="of one thread, for one sample")
     parser.add_argument("--merge-us", type=float, required=True, help="of the client, for taking a piece in")
     parser.add_argument("--piece-kb", type=float, required=True, help="bytes of a piece, in 1000")
+    parser.add_argument("--spp", type=int, default=256, help="samples per pixel of a piece: 256 in long renders, 16 at their beginning")
     parser.add_argument("--gigabit", type=float, default=10.0, help="of the client's link")
     parser.add_argument("--threads", type=int, default=16, help="of each worker")
     parser.add_argument("--cores", type=int, default=4, help="of the client, for merging")
     options = parser.parse_args()
-    known = (options.threads, options.sample_ns * 1e-9, options.merge_us * 1e-6, options.piece_kb * 1e3, options.gigabit * 1.25e8, options.cores)
+    known = (PIECE_PIXELS * options.spp, options.threads, options.sample_ns * 1e-9, options.merge_us * 1e-6, options.piece_kb * 1e3, options.gigabit * 1.25e8, options.cores)
     one = speed(1, *known)
     print("workers  speed-up")
     for workers in (1, 2, 4, 8, 16, 32, 64):

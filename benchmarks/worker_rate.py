@@ -19,7 +19,7 @@ import numpy
 
 from sarvo import examples, nemra
 
-BOX = pathlib.Path(examples["cornellbox"]).read_bytes()
+BOX = pathlib.Path(examples["cornellbox"]).read_bytes().replace(b'value="512"', b'value="256"')
 PASSWORD = "benchmark"
 
 
@@ -50,11 +50,11 @@ def renderer(scene, addresses=(), threads=0):
 
 
 def rate(scene, seconds, **nodes):
-    """Samples per second, from 64 samples per pixel on: before that passes over the image are shorter, and more of them travel."""
+    """Samples per second, from 256 samples per pixel on: before that pieces have fewer samples, and more of them travel."""
     made, ended = renderer(scene, **nodes)
     assert made.startData(scene, len(scene))
     samples = nemra.Renderer.samples
-    while made.getStatistic(nemra.Renderer.spp) < 64:
+    while made.getStatistic(nemra.Renderer.spp) < 256:
         time.sleep(0.005)
     began, before = time.monotonic(), made.getStatistic(samples)
     time.sleep(seconds)

@@ -28,6 +28,9 @@ constexpr double kLongestUpdateSeconds = 10.0;
 
 /// Samples of each pixel that outside workers take at least, since each piece costs them a film to send.
 constexpr std::uint32_t kOutsideSamples = 16;
+/// And at most, of what each pixel has got by then: so the picture stays even.
+constexpr std::uint32_t kMostOutsideSamples = 256;
+constexpr double kOutsideShare = 0.25;
 /// Workers whose number isn't known should find smaller tiles in a small image, too.
 constexpr int kOutsideThreads = 16;
 
@@ -306,8 +309,10 @@ std::vector<RenderJob::HandedOut> RenderJob::takePieces(std::uint64_t samples) {
     samples = std::max<std::uint64_t>(1, samples);
     const std::uint64_t workers = static_cast<std::uint64_t>(threads_) + outside_.samples() / samples + 1;
     const std::uint64_t wanted = std::clamp<std::uint64_t>(schedule_.left(limit) / (2 * workers), 1, samples);
+    const double fair = kOutsideShare * static_cast<double>(samples_) / std::max(1.0, pixels_);
+    const auto least = static_cast<std::uint32_t>(std::clamp<double>(fair, kOutsideSamples, kMostOutsideSamples));
     for (std::uint64_t sum = 0; sum < wanted;) {
-        const auto piece = schedule_.next(limit, {kOutsideSamples, wanted - sum});
+        const auto piece = schedule_.next(limit, {least, wanted - sum});
         if (!piece) break;
         taken.push_back({outside_.add(*piece), *piece});
         sum += piece->samples();
