@@ -46,7 +46,9 @@ def main():
     parser.add_argument("--threads", type=int, default=16, help="of each worker")
     parser.add_argument("--cores", type=int, default=4, help="of the client, for merging")
     options = parser.parse_args()
-    known = (PIECE_PIXELS * options.spp, options.threads, options.sample_ns * 1e-9, options.merge_us * 1e-6, options.piece_kb * 1e3, options.gigabit * 1.25e8, options.cores)
+    samples = PIECE_PIXELS * options.spp
+    costs = options.sample_ns * 1e-9, options.merge_us * 1e-6, options.piece_kb * 1e3
+    known = (samples, options.threads, *costs, options.gigabit * 1.25e8, options.cores)
     one = speed(1, *known)
     print("workers  speed-up")
     for workers in (1, 2, 4, 8, 16, 32, 64):

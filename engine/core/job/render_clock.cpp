@@ -12,6 +12,7 @@ void RenderClock::run(Clock::time_point now, std::uint64_t samples) noexcept {
     running_ = true;
     since_ = rateSince_ = now;
     rateSamples_ = samples;
+    rate_.reset();
 }
 
 void RenderClock::rest(Clock::time_point now) noexcept {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 
 namespace nemra::core {
 
@@ -21,7 +22,8 @@ public:
 
     /// Takes the rate of samples since the last tick or the last run.
     void tick(Clock::time_point now, std::uint64_t samples) noexcept;
-    double currentRate() const noexcept { return rate_; }  ///< 1/s, 0 before the first tick
+    /// 1/s, 0 at rest; `average` before the first tick, as the best there is.
+    double currentRate(double average) const noexcept { return running_ ? rate_.value_or(average) : 0.0; }
 
 private:
     bool running_ = false;
@@ -29,7 +31,7 @@ private:
     Clock::time_point since_;
     Clock::time_point rateSince_;
     std::uint64_t rateSamples_ = 0;
-    double rate_ = 0.0;
+    std::optional<double> rate_;
 };
 
 }  // namespace nemra::core

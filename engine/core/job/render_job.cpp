@@ -611,9 +611,8 @@ double RenderJob::statistic(nemra_renderer_stat_t type) const {
             return pixels_ > 0.0 ? static_cast<double>(now.samples) / pixels_ : 0.0;
         case NEMRA_STAT_SPS_AVERAGE:
             return rate(static_cast<double>(now.samples));
-        // Before the first interval is over the average is the best there is.
         case NEMRA_STAT_SPS_CURRENT:
-            return clock_.currentRate() > 0.0 ? clock_.currentRate() : rate(static_cast<double>(now.samples));
+            return clock_.currentRate(rate(static_cast<double>(now.samples)));
         case NEMRA_STAT_WRONG_RATE:
             return rate(static_cast<double>(now.wrong));
         case NEMRA_STAT_HALT_TIME:

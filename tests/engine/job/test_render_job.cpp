@@ -69,6 +69,23 @@ TEST(RenderJob, StatesGoByTheArrowsAndFinishComesLast) {
     EXPECT_GE(recorder.statistics, 1);
 }
 
+TEST(RenderJob, TheCurrentRateIsNothingAtRest) {
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(1);
+    recorder.attach(*renderer);
+    ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
+    ASSERT_TRUE(recorder.waitFor([&](const Recorder& r) { return r.statistics > 0; }));
+    EXPECT_GT(renderer->statistic(NEMRA_STAT_SPS_CURRENT), 0.0);
+    renderer->setPaused(true);
+    EXPECT_EQ(renderer->statistic(NEMRA_STAT_SPS_CURRENT), 0.0);
+    renderer->setPaused(false);
+    EXPECT_GT(renderer->statistic(NEMRA_STAT_SPS_CURRENT), 0.0);
+    renderer->stop();
+    ASSERT_TRUE(recorder.waitForFinish());
+    EXPECT_EQ(renderer->statistic(NEMRA_STAT_SPS_CURRENT), 0.0);
+    EXPECT_GT(renderer->statistic(NEMRA_STAT_SPS_AVERAGE), 0.0);
+}
+
 TEST(RenderJob, StartIsRefusedWhileRunningAndWorksAgainAfterwards) {
     Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1);

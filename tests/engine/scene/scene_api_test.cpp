@@ -211,7 +211,7 @@ TEST_F(SceneApi, NullStaleAndForeignHandlesAreAnswered) {
         EXPECT_EQ(taken(nemraInstance_serialize(instance, 1, &size)), "");
         EXPECT_EQ(size, 0);
         std::uint32_t nodeSize = 7;
-        if (handle != node) EXPECT_EQ(taken(nemraNode_serialize(static_cast<nemra_onode_t*>(handle), 0, &nodeSize)), "");
+        EXPECT_TRUE(handle == node || taken(nemraNode_serialize(static_cast<nemra_onode_t*>(handle), 0, &nodeSize)).empty());
         EXPECT_EQ(nemraMesh_getTriangleNormals(geometry), nullptr);
         EXPECT_STREQ(nemraInstance_geometryName(instance), "");
         EXPECT_EQ(nemraInstance_getTransform(instance), nullptr);
