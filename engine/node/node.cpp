@@ -1,6 +1,7 @@
 #include "engine/node/node.h"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 
 #include "engine/common/slot_table.h"
@@ -44,11 +45,17 @@ Node::~Node() {
     if (!children_) return;
     // Nodes nested thousands deep must not cost as many stack frames: the outermost destructor takes them one by one.
     thread_local std::vector<std::shared_ptr<Node>>* pending = nullptr;
-    const auto moveChildren = [&](std::vector<std::shared_ptr<Node>>& to) {
-        for (Slot& slot : children_->slots) {
-            if (slot.node) to.push_back(std::move(slot.node));
+    const auto move = [](std::shared_ptr<Node>& child, std::vector<std::shared_ptr<Node>>& to) {
+        if (!child) return;
+        try {
+            to.push_back(std::move(child));
+        } catch (const std::bad_alloc&) {
+            child.reset();  // without memory it goes from within this frame after all
         }
-        std::move(children_->list.begin(), children_->list.end(), std::back_inserter(to));
+    };
+    const auto moveChildren = [&](std::vector<std::shared_ptr<Node>>& to) {
+        for (Slot& slot : children_->slots) move(slot.node, to);
+        for (std::shared_ptr<Node>& child : children_->list) move(child, to);
     };
     if (pending) {
         moveChildren(*pending);

@@ -1,6 +1,7 @@
 #include "engine/core/worker/remote_session.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -34,10 +35,11 @@ RemoteSession::RemoteSession(RemoteRender& render, network::Link& link, std::str
       lastTold_(measuredAt_) {}
 
 RemoteSession::~RemoteSession() {
-    std::vector<std::uint64_t> ids;
-    ids.reserve(open_.size());
-    for (const auto& [id, piece] : open_) ids.push_back(id);
-    render_.job->giveBack(ids);
+    try {
+        for (const auto& [id, piece] : open_) render_.job->giveBack({&id, 1});
+    } catch (const std::exception&) {
+        render_.job->stop();  // without memory for it nobody would render the piece, and the render would wait for it for ever
+    }
 }
 
 std::optional<RemoteSession::Ending> RemoteSession::lose(std::string why) {
