@@ -12,16 +12,18 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <fstream>
 #include <memory>
 #include <string>
 
+#include "benchmarks/process.h"
 #include "engine/core/render.h"
 #include "engine/node/node_class.h"
 #include "engine/node/read_scene.h"
 
 using namespace nemra;
+using benchmark::memory;
+using benchmark::processorSeconds;
 using Clock = std::chrono::steady_clock;
 
 namespace {
@@ -79,23 +81,9 @@ node::Scene sceneOf(int instances, int triangles) {
     return scene;
 }
 
-/// From /proc/self/status, in bytes.
-double memory(const char* key) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with(key)) return 1024.0 * std::atof(line.c_str() + std::strlen(key) + 1);
-    return 0.0;
-}
-
 struct Cost {
     double seconds, processor, bytes, sample;
 };
-
-double processorSeconds() {
-    std::timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
 
 /// Of making a scene ready; the least times of three. The first run counts for memory, since later ones use again what it has
 /// left to the heap.

@@ -1,7 +1,5 @@
-// What encryption costs: messages of the size that workers send, through a TCP connection of this machine, with and without CURVE.
-// Ratios of both, taken alternately; the processor time is that of both ends together.
-#include <time.h>
-
+// What encryption costs: messages of the size that workers send, through a TCP connection of this machine, with and without
+// CURVE. Ratios of both, taken alternately; the processor time is that of both ends together.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -9,6 +7,10 @@
 #include <thread>
 #include <vector>
 #include <zmq.hpp>
+
+#include "benchmarks/process.h"
+
+using nemra::benchmark::processorSeconds;
 
 namespace {
 
@@ -20,12 +22,6 @@ struct Cost {
     double wall;  ///< s
     double cpu;   ///< s
 };
-
-double processorSeconds() {
-    timespec now{};
-    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
 
 struct KeyPair {
     char publicKey[41];
@@ -87,7 +83,8 @@ int main() {
         plainCpu.push_back((curve.cpu - plain.cpu) / (kMessages * static_cast<double>(kMessage)) * 1e9);
         bytesPerSecond.push_back(kMessages * static_cast<double>(kMessage) / curve.wall);
     }
-    std::printf("encrypted beside plain: %.2f times the time, %.2f times the processor time; %.2f ns more per byte, both ends together\n",
-                middle(wall), middle(cpu), middle(plainCpu));
+    std::printf(
+        "encrypted beside plain: %.2f times the time, %.2f times the processor time; %.2f ns more per byte, both ends together\n",
+        middle(wall), middle(cpu), middle(plainCpu));
     std::printf("encrypted: %.0f MB/s through one connection\n", middle(bytesPerSecond) / 1e6);
 }

@@ -9,18 +9,19 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
 
+#include "benchmarks/process.h"
 #include "engine/node/encoding/encode.h"
 #include "engine/node/read_scene.h"
 
 using namespace nemra;
 using namespace nemra::node;
+using nemra::benchmark::memory;
+using nemra::benchmark::processorSeconds;
 
 namespace {
 
@@ -50,20 +51,6 @@ Scene gridScene(int side) {
     Scene scene;
     scene.geometries = {geometry};
     return scene;
-}
-
-/// From /proc/self/status, in bytes.
-double memory(const char* key) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with(key)) return 1024.0 * std::atof(line.c_str() + std::strlen(key) + 1);
-    return 0.0;
-}
-
-double processorSeconds() {
-    std::timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
 struct Result {

@@ -5,6 +5,9 @@
 #include <cxxabi.h>
 
 #include <exception>
+#include <functional>
+#include <new>
+#include <string>
 #include <utility>
 
 #include "engine/common/log.h"
@@ -31,7 +34,17 @@ NEMRA_API bool closeCallbackGate(int timeoutMs);
 /// False once `limit` are kept; then the caller should stop calling that callback.
 NEMRA_API bool keepForever(std::exception_ptr thrown) noexcept;
 
-enum class HostCall { done, closed, threw };
+/// Empty where memory ends.
+inline void tell(std::string& what, const char* text) noexcept {
+    try {
+        what = text;
+    } catch (const std::bad_alloc&) {
+        what.clear();
+    }
+}
+
+/// How a call went: `empty` if the host has taken away what its function calls (std::bad_function_call), as if there were none.
+enum class HostCall { done, empty, closed, threw };
 
 /// The host's own lock, if it has told of one: taken before and given back after each callback. Then whether an object of the
 /// host is still there can be decided inside the callback, and holds to its end: the host destroys objects under its lock.
@@ -46,8 +59,9 @@ NEMRA_API HostLock hostLock() noexcept;
 
 /// Calls `callback` through the gate and under the host's lock, if that is known. The caller holds no lock. Never put a noexcept
 /// frame around it: the interpreter may end this thread inside the callback by a forced unwind, which is passed on.
+/// What it throws is kept, and told in `what`.
 template <class Callback>
-HostCall callHost(Callback&& callback) {
+HostCall callHost(Callback&& callback, std::string& what) {
     const GatePass pass;
     if (!pass) return HostCall::closed;
     const HostLock lock = hostLock();
@@ -59,9 +73,16 @@ HostCall callHost(Callback&& callback) {
         std::forward<Callback>(callback)();
     } catch (const abi::__forced_unwind&) {
         throw;
-    } catch (...) {
-        keepForever(std::current_exception());
+    } catch (const std::bad_function_call&) {
+        outcome = HostCall::empty;
+    } catch (const std::exception& e) {
         outcome = HostCall::threw;
+        keepForever(std::current_exception());
+        tell(what, e.what());  // here, inside the gate: a host's exception may need the host's lock to say what it is
+    } catch (...) {
+        outcome = HostCall::threw;
+        keepForever(std::current_exception());
+        tell(what, "an unknown fault");
     }
     if (lock.release) lock.release(token);
     return outcome;

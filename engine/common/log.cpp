@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstdio>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -83,25 +82,12 @@ namespace {
 /// True if the sink took the line.
 bool deliver(const Sink& sink, const std::string& line, LogLevel_t level) {
     if (sink.throws->load() >= kThrowsUntilSilenced) return false;
-    bool heard = false;
     std::string what;
-    const HostCall outcome = callHost([&] {
-        try {
-            sink.function(sink.user, line.c_str(), level);
-            heard = true;
-        } catch (const abi::__forced_unwind&) {
-            throw;
-        } catch (const std::bad_function_call&) {
-            // The host has taken away what its sink calls.
-        } catch (const std::exception& e) {
-            what = e.what();  // here, inside the gate: a host's exception may need the host's lock to say what it is
-            throw;
-        }
-    });
+    const HostCall outcome = callHost([&] { sink.function(sink.user, line.c_str(), level); }, what);
     if (outcome == HostCall::threw && sink.throws->fetch_add(1) == 0) {
-        print({NEMRA_LOG_ERROR, "", "the message callback raised: " + (what.empty() ? "an unknown fault" : what)});
+        print({NEMRA_LOG_ERROR, "", "the message callback raised: " + what});
     }
-    return heard;
+    return outcome == HostCall::done;
 }
 
 }  // namespace

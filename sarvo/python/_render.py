@@ -4,12 +4,11 @@ import sys
 import threading
 
 from . import nemra
+from ._messages import is_complaint, is_error, line_of
 
 EXIT_WRITTEN = 0
 EXIT_FAILED = 1
 EXIT_INTERRUPTED = 130
-
-_LEVEL_NAMES = {int(nemra.Warning): "warning: ", int(nemra.Error): "error: ", int(nemra.Critcal): "error: "}
 
 
 class RenderJob:
@@ -89,9 +88,9 @@ class RenderJob:
             self._finished.set()
 
     def _log(self, message: str, level) -> None:
-        if int(level) in _LEVEL_NAMES:
-            self._say("sarvo: " + _LEVEL_NAMES[int(level)] + message)
-        if int(level) in (int(nemra.Error), int(nemra.Critcal)):
+        if is_complaint(level):
+            self._say(line_of(message, level))
+        if is_error(level):
             self._complained.set()
 
     def _say(self, line: str) -> None:

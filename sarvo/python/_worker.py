@@ -6,10 +6,9 @@ import sys
 import threading
 
 from . import SVLIB_PATH, nemra
+from ._messages import is_complaint, line_of
 
 PASSWORD_VARIABLE = "SARVO_PASSWORD"
-
-_LEVEL_NAMES = {int(nemra.Warning): "warning: ", int(nemra.Error): "error: ", int(nemra.Critcal): "error: "}
 
 
 def read_password(file: str | None) -> str:
@@ -27,8 +26,8 @@ def serve(port: int, password: str, threads: int, quiet: bool) -> int:
         signal.signal(number, lambda *_: ended.set())
 
     def show(message: str, level) -> None:
-        if int(level) in _LEVEL_NAMES or not quiet:
-            print("sarvo: " + _LEVEL_NAMES.get(int(level), "") + message, file=sys.stderr, flush=True)
+        if is_complaint(level) or not quiet:
+            print(line_of(message, level), file=sys.stderr, flush=True)
 
     nemra.onMessage(show)
     server = nemra.Server()

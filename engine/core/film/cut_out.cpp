@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "engine/core/film/arrays.h"
+
 namespace nemra::core {
 
 namespace {
@@ -13,7 +15,11 @@ struct Run {
     std::size_t to;
     std::size_t count;
 
-    Run cells(std::size_t channels) const noexcept { return {from * channels, to * channels, count * channels}; }
+    /// What a run of pixels is in an array of that kind.
+    Run of(Per per, std::size_t channels) const noexcept {
+        const std::size_t times = per == Per::cell ? channels : 1;
+        return {from * times, to * times, count * times};
+    }
 };
 
 template <class Numbers>
@@ -35,16 +41,12 @@ void addCutOut(Film& whole, const Film& part) {
     for (int x = 0; x < part.width; ++x) {
         const int left = part.left - whole.left;
         const Run run{part.pixel(x, 0), whole.pixel(left + x, part.top - whole.top), static_cast<std::size_t>(part.height)};
-        add(part.high, whole.high, run.cells(channels));
-        add(part.low, whole.low, run.cells(channels));
-        add(part.samples, whole.samples, run);
+        visitSums([&](Per per, const auto& from, auto& to) { add(from, to, run.of(per, channels)); }, part, whole);
         for (std::size_t i = 0; i < run.count; ++i) {
             SquareSum sum = whole.squares.at(run.to + i);
             add(sum, part.squares.at(run.from + i));
             whole.squares.put(run.to + i, sum);
         }
-        add(part.depth, whole.depth, run);
-        add(part.depthSamples, whole.depthSamples, run);
     }
 }
 
@@ -53,14 +55,7 @@ void copyPixels(const Film& from, Film& to, int x0, int y0, int x1, int y1) {
     for (int x = x0; x < x1; ++x) {
         const std::size_t pixel = from.pixel(x - from.left, y0 - from.top);
         const Run run{pixel, pixel, static_cast<std::size_t>(y1 - y0)};
-        copy(from.high, to.high, run.cells(channels));
-        copy(from.low, to.low, run.cells(channels));
-        copy(from.samples, to.samples, run);
-        copy(from.squares.upper, to.squares.upper, run);
-        copy(from.squares.lower, to.squares.lower, run);
-        copy(from.squares.part, to.squares.part, run);
-        copy(from.depth, to.depth, run);
-        copy(from.depthSamples, to.depthSamples, run);
+        visitArrays([&](Per per, const auto& source, auto& target) { copy(source, target, run.of(per, channels)); }, from, to);
     }
 }
 

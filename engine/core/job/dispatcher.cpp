@@ -3,7 +3,6 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <functional>
 #include <iterator>
 #include <new>
 #include <thread>
@@ -225,25 +224,15 @@ bool Dispatcher::call(Slot slot, Arguments... arguments) {
     if (!wants(slot)) return false;
     std::string what;
     bool done = false;
-    const HostCall outcome = callHost([&] {
+    const auto body = [&] {
         // Only now: with the host's lock in hand, the renderer isn't released between this look and the callback's own first
         // steps.
         const Callback callback = callbackOf(slot);
         if (!callback.function) return;
-        const auto function = reinterpret_cast<Function>(callback.function);
-        try {
-            function(callback.user, arguments...);
-            done = true;
-        } catch (const abi::__forced_unwind&) {
-            throw;
-        } catch (const std::bad_function_call&) {
-            // The host keeps its function with us and has nothing to call in it any more, as if there were no callback.
-        } catch (const std::exception& e) {
-            what = e.what();  // here, inside the gate: a host's exception may need the host's lock to say what it is
-            throw;
-        }
-    });
-    if (outcome == HostCall::threw) noteFault(slot, what.empty() ? "an unknown fault" : what);
+        reinterpret_cast<Function>(callback.function)(callback.user, arguments...);
+        done = true;
+    };
+    if (callHost(body, what) == HostCall::threw) noteFault(slot, what);
     return done;
 }
 

@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "engine/core/film/arrays.h"
 #include "engine/core/film/cut_out.h"
 
 namespace nemra::core {
@@ -38,13 +39,8 @@ void SharedFilm::add(const Piece& piece, const Film& cutOut) {
 
 bool SharedFilm::fits(const Piece& piece, const Film& cutOut) const noexcept {
     const PreparedScene::Tile& tile = piece.tile;
-    const std::size_t pixels = piece.pixels();
-    const std::size_t cells = pixels * film_->channels.size();
-    const SquareSums& squares = cutOut.squares;
     return cutOut.left == tile.x0 && cutOut.top == tile.y0 && cutOut.width == tile.x1 - tile.x0 &&
-           cutOut.height == tile.y1 - tile.y0 && cutOut.high.size() == cells && cutOut.low.size() == cells &&
-           cutOut.samples.size() == pixels && squares.upper.size() == pixels && squares.lower.size() == pixels &&
-           squares.part.size() == pixels && cutOut.depth.size() == pixels && cutOut.depthSamples.size() == pixels;
+           cutOut.height == tile.y1 - tile.y0 && cutOut.channels.size() == film_->channels.size() && arraysFit(cutOut);
 }
 
 FilmState SharedFilm::copy(const PreparedScene& scene) const {

@@ -2,6 +2,7 @@
 // straight from the result (table_text.h).
 #include <algorithm>
 
+#include "engine/core/film/arrays.h"
 #include "engine/core/output/channel_values.h"
 #include "engine/core/output/document.h"
 #include "engine/core/output/table_text.h"
@@ -17,13 +18,8 @@ Raw resultOf(const ChannelValues& values) {
     for (const Plane& channel : values.channels) {
         film->channels.push_back({channel.name, ChannelKind::unknown, 0.0, 0.0, channel.unit.empty() ? "1" : channel.unit});
     }
-    const std::size_t pixels = std::size_t(values.width) * std::size_t(values.height);
-    film->high.resize(pixels * film->channels.size());
-    film->low.resize(film->high.size());
-    film->samples.assign(pixels, 1);
-    film->squares.resize(pixels);
-    film->depth.resize(pixels);
-    film->depthSamples.resize(pixels);
+    makeArrays(*film);
+    film->samples.assign(film->samples.size(), 1);
     for (int x = 0; x < values.width; ++x) {
         for (int y = 0; y < values.height; ++y) {
             for (std::size_t c = 0; c < values.channels.size(); ++c) {

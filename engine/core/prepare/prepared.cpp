@@ -8,6 +8,7 @@
 
 #include "engine/common/log.h"
 #include "engine/core/environment/environment.h"
+#include "engine/core/film/arrays.h"
 #include "engine/core/kernel/workspace.h"
 #include "engine/core/output/resolve_links.h"
 
@@ -202,13 +203,7 @@ std::unique_ptr<Film> Prepared::makeFilm(Tile tile) const {
     film->width = tile.x1 - tile.x0;
     film->height = tile.y1 - tile.y0;
     film->channels = sensor_.channels;
-    const std::size_t pixels = static_cast<std::size_t>(film->width) * film->height;
-    film->high.assign(pixels * film->channels.size(), 0.0);
-    film->low.assign(pixels * film->channels.size(), 0.0);
-    film->samples.assign(pixels, 0);
-    film->squares.resize(pixels);
-    film->depth.assign(pixels, 0.0);
-    film->depthSamples.assign(pixels, 0);
+    makeArrays(*film);
     return film;
 }
 

@@ -6,25 +6,13 @@
 #include <vector>
 
 #include "engine/common/byte_reader.h"
+#include "engine/core/film/arrays.h"
 
 namespace nemra::core::worker {
 
 namespace {
 
 constexpr std::uint8_t kHighestPart = 0x7FF / 32;  // of a sum of squares, see SquareSum
-
-/// The arrays of a film, in the order of the bytes. Both ends are of the same version, so nothing says which is which.
-template <class AnyFilm, class Visit>
-void visitArrays(AnyFilm& film, Visit&& visit) {
-    visit(film.high);
-    visit(film.low);
-    visit(film.squares.upper);
-    visit(film.squares.lower);
-    visit(film.squares.part);
-    visit(film.depth);
-    visit(film.samples);
-    visit(film.depthSamples);
-}
 
 template <class Array>
 std::size_t bytesOf(const Array& array) {
@@ -43,27 +31,24 @@ bool areAtMost(const Array& numbers, Number most) {
 
 }  // namespace
 
-std::uint64_t cutOutSize(std::uint64_t pixels, std::uint64_t channels) noexcept {
-    constexpr std::uint64_t ofCell = 2 * sizeof(double);
-    constexpr std::uint64_t ofPixel =
-        2 * sizeof(std::uint64_t) + sizeof(std::uint8_t) + sizeof(double) + 2 * sizeof(std::uint32_t);
-    return pixels * (channels * ofCell + ofPixel);
-}
-
 std::string cutOutBytes(const Film& film) {
     std::string bytes;
-    bytes.reserve(cutOutSize(film.samples.size(), film.channels.size()));
-    visitArrays(film, [&](const auto& array) { bytes.append(reinterpret_cast<const char*>(array.data()), bytesOf(array)); });
+    bytes.reserve(arrayBytes(film.samples.size(), film.channels.size()));
+    const auto append = [&](Per, const auto& array) {
+        bytes.append(reinterpret_cast<const char*>(array.data()), bytesOf(array));
+    };
+    visitArrays(append, film);
     return bytes;
 }
 
 bool readCutOut(std::span<const char> bytes, std::uint32_t samples, Film& film) {
-    if (bytes.size() != cutOutSize(film.samples.size(), film.channels.size())) return false;
+    if (bytes.size() != arrayBytes(film.samples.size(), film.channels.size())) return false;
     ByteReader reader(bytes);
-    visitArrays(film, [&](auto& array) {
+    const auto fill = [&](Per, auto& array) {
         const auto part = reader.take(bytesOf(array));
         if (!part.empty()) std::memcpy(array.data(), part.data(), part.size());
-    });
+    };
+    visitArrays(fill, film);
     return areFinite(film.high) && areFinite(film.low) && areFinite(film.depth) && areAtMost(film.squares.part, kHighestPart) &&
            areAtMost(film.samples, samples) && areAtMost(film.depthSamples, samples);
 }

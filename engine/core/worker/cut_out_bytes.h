@@ -9,8 +9,7 @@
 
 namespace nemra::core::worker {
 
-/// Bytes that a film of so many pixels and channels comes to.
-std::uint64_t cutOutSize(std::uint64_t pixels, std::uint64_t channels) noexcept;
+/// The film's arrays one behind the other, `arrayBytes` in all. Both ends are of one version, so nothing says which is which.
 std::string cutOutBytes(const Film& film);
 /// Into a film of the size and channels that the bytes were made of. False if they don't fit, or are no sums of at most that many
 /// samples in each pixel; the film is then of no use.

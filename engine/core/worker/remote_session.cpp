@@ -7,6 +7,7 @@
 
 #include "engine/common/log.h"
 #include "engine/core/api/version.h"
+#include "engine/core/film/arrays.h"
 #include "engine/core/worker/cut_out_bytes.h"
 
 namespace nemra::core::worker {
@@ -153,7 +154,7 @@ std::optional<RemoteSession::Ending> RemoteSession::take(const ResultPart& part)
     while (const auto head = results_.head()) {
         const auto found = open_.find(head->id);
         if (found == open_.end()) return lose("it sent a result that it wasn't asked for");
-        if (head->size != cutOutSize(found->second.pixels(), channels_)) return lose("it sent a result of another size");
+        if (head->size != arrayBytes(found->second.pixels(), channels_)) return lose("it sent a result of another size");
         const auto bytes = results_.take(*head);
         if (!bytes) break;
         if (!deliver(*head, *bytes)) return lose("it sent a damaged result");
