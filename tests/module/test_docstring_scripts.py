@@ -40,9 +40,15 @@ def scripts_of(page: str) -> list[str]:
     return re.findall(r"```python\n(.*?)```", (SOURCE / page).read_text(), re.S)
 
 
+@pytest.fixture(scope="module")
+def reader(tmp_path_factory):
+    """The folder of somebody who tries a page's scripts one after the other."""
+    return tmp_path_factory.mktemp("reader")
+
+
 @pytest.mark.parametrize("script", scripts_of("README.md") + scripts_of("docs/scene.md"))
-def test_script_of_a_page(script, tmp_path):
-    result = subprocess.run([sys.executable, "-c", script], env=ENVIRONMENT, cwd=tmp_path, capture_output=True, text=True, timeout=300)
+def test_script_of_a_page(script, reader):
+    result = subprocess.run([sys.executable, "-c", script], env=ENVIRONMENT, cwd=reader, capture_output=True, text=True, timeout=300)
     assert (result.returncode, result.stderr) == (0, "")
 
 

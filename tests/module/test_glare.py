@@ -12,7 +12,7 @@ import zlib
 import numpy as np
 import pytest
 
-from sarvo import nemra
+from sarvo import nemra, results
 
 # Two spheres of 2000 cd/m2 and radius 0.15 m, 4 m and 3 m before the eye, 1.5 m above it, the second one 1 m to the side; an even
 # background of 50 cd/m2. A flat spectrum of 1 W/(m2 sr nm) has 683 * 106.857 cd/m2. The lamps have no reflection.
@@ -137,7 +137,7 @@ def csv_report(raw):
 def test_rating_of_the_view(raw):
     whole = raw.getUGR(0, 0, 2147483647, 2147483647)
     assert whole == pytest.approx(UGR, abs=0.05)
-    assert raw.getUGR(-5, -5, 320, 320) == whole
+    assert raw.getUGR(-5, -5, 320, 320) == whole == results.ugr(raw)
     # Without the second sphere, which stands to the left: +y is on the left of a view along +x with +z up.
     left = raw.getUGR(0, 0, 140, 320)
     assert left - whole == pytest.approx(8 * math.log10(3038.392 / (3038.392 + 3209.845)), abs=0.05)
@@ -146,6 +146,8 @@ def test_rating_of_the_view(raw):
 
 def test_formats_are_listed_and_others_refused(raw, tmp_path):
     assert raw.getOutputFormat() == ["html", "txt", "csv"]
+    with pytest.raises(ValueError, match="'report' isn't a picture: it has html, txt, csv"):
+        results.preview(raw)
     assert raw.getDefaultFormat() == "html"
     assert raw.writeResult(str(tmp_path / "a.html"), "html")
     assert (tmp_path / "a.html").read_bytes() == raw.writeResultBytes("html")
