@@ -122,13 +122,13 @@ TEST(RenderJob, PauseStopAndTimeHaltDoNotWaitForTheTaskInHand) {
     Recorder& recorder = makeRecorder();
     auto scene = std::make_shared<FakeScene>();
     scene->pixelsWide = scene->pixelsHigh = 64;
-    scene->perSample = 2ms;  // a tile of 256 pixels takes half a second for one sample each, far longer than any limit below
+    scene->perSample = 10ms;  // a tile of 256 pixels takes 2.5 s for one sample each, longer than any limit below
     auto renderer = rendererWith(2);
     recorder.attach(*renderer);
     ASSERT_TRUE(renderer->start(loaderOf(scene)));
     std::this_thread::sleep_for(150ms);
     ASSERT_TRUE(renderer->setPaused(true));
-    std::this_thread::sleep_for(100ms);
+    std::this_thread::sleep_for(500ms);
     const double before = renderer->statistic(NEMRA_STAT_SAMPLES);
     const double time = renderer->statistic(NEMRA_STAT_TIME);
     std::this_thread::sleep_for(100ms);
@@ -140,15 +140,15 @@ TEST(RenderJob, PauseStopAndTimeHaltDoNotWaitForTheTaskInHand) {
     auto asked = Clock::now();
     renderer->stop();
     ASSERT_TRUE(recorder.waitForFinish());
-    EXPECT_LT(seconds(Clock::now() - asked), 0.4);
+    EXPECT_LT(seconds(Clock::now() - asked), 1.5);
 
     renderer->setHalt({0.2, 0.0, NEMRA_HALT_STOPS});
     asked = Clock::now();
     ASSERT_TRUE(renderer->start(loaderOf(scene)));
     ASSERT_TRUE(recorder.waitForFinish(2));
     EXPECT_GE(seconds(Clock::now() - asked), 0.2);
-    EXPECT_LT(seconds(Clock::now() - asked), 0.6);
-    EXPECT_NEAR(nemraRawRenderTime(recorder.finished[1]), 0.2, 0.4);
+    EXPECT_LT(seconds(Clock::now() - asked), 1.7);
+    EXPECT_NEAR(nemraRawRenderTime(recorder.finished[1]), 0.2, 1.5);
 }
 
 TEST(RenderJob, AHaltThatPausesFinishesOnceAndCanBeResumed) {
