@@ -7,7 +7,16 @@ gives `nemra` (the simulation module), `examples` (name to scene file) and `SVLI
 
 from pathlib import Path as _Path
 
-from . import nemra
+try:
+    from . import nemra
+except ImportError as _fault:
+    # The binding layer calls whatever ends the module's start an ImportError, Ctrl-C too.
+    _cause: BaseException | None = _fault
+    while _cause is not None and not isinstance(_cause, KeyboardInterrupt):
+        _cause = _cause.__cause__ or _cause.__context__
+    if _cause is not None:
+        raise KeyboardInterrupt from _fault
+    raise
 from ._examples import Examples as _Examples
 from ._exit_gate import register as _register_exit_gate
 

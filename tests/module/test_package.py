@@ -36,6 +36,24 @@ class TestNames:
         assert os.path.isdir(sarvo.SVLIB_PATH)
 
 
+class TestImport:
+    def test_an_interrupted_import_says_so(self):
+        """Ctrl-C while the module starts, which looks for numpy then."""
+        result = run("-c", """
+import sys
+class Interrupted:
+    def find_spec(self, name, path=None, target=None):
+        if name == "numpy":
+            raise KeyboardInterrupt
+sys.meta_path.insert(0, Interrupted())
+try:
+    import sarvo
+except KeyboardInterrupt:
+    print("interrupted")
+""")
+        assert (result.returncode, result.stdout) == (0, "interrupted\n"), result.stderr
+
+
 class TestTypeStub:
     """What an editor is told exists, with the same parameters, and nothing that exists is left out."""
 
