@@ -13,13 +13,13 @@ import pytest
 
 from sarvo import nemra
 
-# Upper bounds of the rings in degrees and patches in each (Klems 1994).
+# Upper bounds of the rings in degrees and patches in each (Klems 1994, and the coarse ones of LBNL's WINDOW).
 RINGS = {
     "full": [(5, 1), (15, 8), (25, 16), (35, 20), (45, 24), (55, 24), (65, 24), (75, 16), (90, 12)],
-    "half": [(6.5, 1), (19.5, 8), (32.5, 12), (46.5, 16), (61.5, 20), (76.5, 12), (90, 4)],
-    "quarter": [(9, 1), (27, 8), (46, 12), (66, 12), (90, 8)],
+    "half": [(6.5, 1), (19.5, 8), (32.5, 12), (45.5, 16), (58.5, 20), (71.5, 12), (90, 8)],
+    "quarter": [(9, 1), (27, 8), (45, 12), (63, 12), (90, 8)],
 }
-COUNTS = {"full": 145, "half": 73, "quarter": 41}
+COUNTS = {"full": 145, "half": 77, "quarter": 41}
 NAMESPACE = {"w": "http://windows.lbl.gov"}
 NORMAL, TANGENT = np.array([0.0, 0.0, 1.0]), np.array([1.0, 0.0, 0.0])
 
@@ -202,7 +202,7 @@ class TestWindowXml:
             ({"basis": "equal_area"}, (41, 41), '"equal_area"'),
             ({"basis": "klems"}, (145, 145), None),
             ({"basis": "klems", "component": "both"}, (145, 145), "needs 145 x 290 values"),
-            ({"basis": "klems", "klems_patches": "half"}, (145, 145), "needs 73 x 73 values"),
+            ({"basis": "klems", "klems_patches": "half"}, (145, 145), "needs 77 x 77 values"),
             (None, (41, 41), "this one is of a stdcam"),
         ],
     )

@@ -84,9 +84,9 @@ private:
 const std::vector<PatchRing>& klemsRings(std::string_view resolution) {
     static const std::vector<PatchRing> full{{0, 5, 1},    {10, 15, 8},  {20, 25, 16}, {30, 35, 20},  {40, 45, 24},
                                              {50, 55, 24}, {60, 65, 24}, {70, 75, 16}, {82.5, 90, 12}};
-    static const std::vector<PatchRing> half{{0, 6.5, 1},    {13, 19.5, 8},  {26, 32.5, 12}, {39.5, 46.5, 16},
-                                             {54, 61.5, 20}, {69, 76.5, 12}, {83.25, 90, 4}};
-    static const std::vector<PatchRing> quarter{{0, 9, 1}, {18, 27, 8}, {36.5, 46, 12}, {56, 66, 12}, {78, 90, 8}};
+    static const std::vector<PatchRing> half{{0, 6.5, 1},    {13, 19.5, 8},  {26, 32.5, 12}, {39, 45.5, 16},
+                                             {52, 58.5, 20}, {65, 71.5, 12}, {80.75, 90, 8}};
+    static const std::vector<PatchRing> quarter{{0, 9, 1}, {18, 27, 8}, {36, 45, 12}, {54, 63, 12}, {76.5, 90, 8}};
     return resolution == "half" ? half : resolution == "quarter" ? quarter : full;
 }
 

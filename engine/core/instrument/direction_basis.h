@@ -34,8 +34,9 @@ struct PatchRing {
     int patches;
 };
 
-/// The rings of full, half and quarter resolution: 145, 73 and 41 patches (J. H. Klems, A new method for predicting the solar
-/// heat gain of complex fenestration systems, ASHRAE Transactions 100, 1994). Patches count from the normal outwards.
+/// The rings of full, half and quarter resolution: 145, 77 and 41 patches (J. H. Klems, A new method for predicting the solar
+/// heat gain of complex fenestration systems, ASHRAE Transactions 100, 1994; the coarse ones as LBNL's WINDOW has them. Radiance
+/// had others until July 2022, of which half had 73 patches). Patches count from the normal outwards.
 const std::vector<PatchRing>& klemsRings(std::string_view resolution);
 
 /// Rings of any kind; the last one ends at 90 degrees. Patches count along a ring by azimuth, and from ring to ring.

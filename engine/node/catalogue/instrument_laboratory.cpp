@@ -80,7 +80,7 @@ void addLaboratoryInstruments(Catalogue& catalogue) {
                   .option("klems", "Patches of about equal projected solid angle for windows (Klems 1994)",
                           {choice("klems_patches")
                                .option("full", "145 patches")
-                               .option("half", "73 patches")
+                               .option("half", "77 patches")
                                .option("quarter", "41 patches")
                                .doc("How many patches a hemisphere has")})
                   .option("equal_area",

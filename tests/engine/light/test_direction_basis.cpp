@@ -21,7 +21,7 @@ struct Case {
 std::vector<Case> bases() {
     std::vector<Case> all;
     all.push_back({"full", core::ringBasis(core::klemsRings("full")), 145});
-    all.push_back({"half", core::ringBasis(core::klemsRings("half")), 73});
+    all.push_back({"half", core::ringBasis(core::klemsRings("half")), 77});
     all.push_back({"quarter", core::ringBasis(core::klemsRings("quarter")), 41});
     all.push_back({"beams", core::beamGrid(10, 6), 60});
     all.push_back({"one beam", core::beamGrid(1, 1), 1});
