@@ -8,6 +8,7 @@
 #include "engine/common/text.h"
 #include "engine/core/api/raw_handle.h"
 #include "engine/core/glare/rating.h"
+#include "engine/core/output/table_titles.h"
 #include "module/flat/nemra_raw.h"
 
 using namespace nemra;
@@ -82,8 +83,6 @@ const char* passing(std::string text) {
     kept = std::move(text);
     return kept.c_str();
 }
-
-const char* header(int index, int count) { return index >= 0 && index < count ? passing(std::to_string(index)) : nullptr; }
 
 }  // namespace
 
@@ -251,11 +250,15 @@ const char* nemraRawGetOutputName(nemra_raw_t* raw) {
 }
 
 const char* nemraRawGetXHeaderName(nemra_raw_t* raw, int x) {
-    return with<const char*>("nemraRawGetXHeaderName", raw, nullptr, [&](const Raw& r) { return header(x, r.width()); });
+    return with<const char*>("nemraRawGetXHeaderName", raw, nullptr, [&](const Raw& r) -> const char* {
+        return x >= 0 && x < r.width() ? passing(core::TableTitles(r).column(x)) : nullptr;
+    });
 }
 
 const char* nemraRawGetYHeaderName(nemra_raw_t* raw, int y) {
-    return with<const char*>("nemraRawGetYHeaderName", raw, nullptr, [&](const Raw& r) { return header(y, r.height()); });
+    return with<const char*>("nemraRawGetYHeaderName", raw, nullptr, [&](const Raw& r) -> const char* {
+        return y >= 0 && y < r.height() ? passing(core::TableTitles(r).row(y)) : nullptr;
+    });
 }
 
 bool nemraRawIsCompatible(nemra_raw_t* raw, nemra_raw_t* other) {

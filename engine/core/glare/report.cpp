@@ -6,6 +6,7 @@
 
 #include "engine/core/glare/view.h"
 #include "engine/core/output/csv.h"
+#include "engine/core/output/markup.h"
 
 namespace nemra::core {
 
@@ -124,29 +125,6 @@ std::string withUnit(std::size_t column) {
     return kUnits[column][0] ? std::string(kColumns[column]) + " [" + kUnits[column] + "]" : kColumns[column];
 }
 
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char letter : text) {
-        switch (letter) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            default:
-                result += letter;
-        }
-    }
-    return result;
-}
-
 /// RFC 4648.
 std::string base64(const std::vector<char>& bytes) {
     constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -216,30 +194,30 @@ std::string glareCsv(const GlareView& view, const node::Node& report, const std:
 
 std::string glareHtml(const GlareView& view, const node::Node& report, const std::string& title,
                       const std::vector<char>& picture) {
-    std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" + escaped(title) +
+    std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" + escapedMarkup(title) +
                        "</title>\n<style>\nbody { font-family: sans-serif; margin: 2em; }\nimg { max-width: 100%; }\n"
                        "table { border-collapse: collapse; margin: 1em 0; }\nth, td { border: 1px solid #999; padding: 0.2em "
                        "0.6em; text-align: left; }\n"
                        "</style>\n</head>\n<body>\n<h1>" +
-                       escaped(title) + "</h1>\n<table>\n";
+                       escapedMarkup(title) + "</h1>\n<table>\n";
     for (const Fact& fact : factsOf(view, report)) {
-        page += "<tr><th>" + escaped(fact.name) + "</th><td>" + escaped(fact.value) +
-                (fact.unit.empty() ? "" : " " + escaped(fact.unit)) + "</td></tr>\n";
+        page += "<tr><th>" + escapedMarkup(fact.name) + "</th><td>" + escapedMarkup(fact.value) +
+                (fact.unit.empty() ? "" : " " + escapedMarkup(fact.unit)) + "</td></tr>\n";
     }
     page += "</table>\n<p><img alt=\"Luminances with the sources of glare\" src=\"data:image/png;base64," + base64(picture) +
             "\"></p>\n";
     if (report.boolean("list_sources")) {
         page += "<table>\n<tr>";
-        for (std::size_t c = 0; c < kColumns.size(); ++c) page += "<th>" + escaped(withUnit(c)) + "</th>";
+        for (std::size_t c = 0; c < kColumns.size(); ++c) page += "<th>" + escapedMarkup(withUnit(c)) + "</th>";
         page += "</tr>\n";
         for (const auto& row : rowsOf(view)) {
             page += "<tr>";
-            for (const std::string& cell : row) page += "<td>" + escaped(cell) + "</td>";
+            for (const std::string& cell : row) page += "<td>" + escapedMarkup(cell) + "</td>";
             page += "</tr>\n";
         }
         page += "</table>\n";
     }
-    for (const std::string& note : notesOf(view, report)) page += "<p>" + escaped(note) + "</p>\n";
+    for (const std::string& note : notesOf(view, report)) page += "<p>" + escapedMarkup(note) + "</p>\n";
     return page + "</body>\n</html>\n";
 }
 

@@ -10,6 +10,7 @@ namespace nemra::core {
 namespace {
 
 constexpr Rgb kCounted{255, 32, 32};
+constexpr Rgb kOutside{255, 150, 0};  // of the solid angles that the method is meant for
 constexpr Rgb kExcluded{150, 150, 150};
 constexpr Rgb kRim{0, 0, 0};
 constexpr Rgb kNumber{255, 255, 255};
@@ -41,7 +42,9 @@ Canvas drawGlare(const GlareView& view, const FalseColors& colors, const GlareMa
         for (int x = 0; x < canvas.width(); ++x) {
             const int label = view.found.source[view.field.pixel(x, y)];
             if (label < 0 || (marks.outlineOnly && !isOutline(view, x, y))) continue;
-            canvas.set(x, y, view.found.sources[std::size_t(label)].index.value ? kCounted : kExcluded);
+            const GlareSource& source = view.found.sources[std::size_t(label)];
+            const Rgb rated = source.tooSmall || source.tooLarge ? kOutside : kCounted;
+            canvas.set(x, y, source.index.value ? rated : kExcluded);
         }
     }
     if (!marks.numbers) return canvas;

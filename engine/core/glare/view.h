@@ -24,7 +24,8 @@ struct GlareMarks {
     bool outlineOnly = false;
 };
 
-/// The luminances in those colours, with the sources marked: in red those that count, in grey those that are excluded.
+/// The luminances in those colours, with the sources marked: in red those that count, in orange those of them whose size lies
+/// outside of what the method is meant for, in grey those that are excluded.
 Canvas drawGlare(const GlareView& view, const FalseColors& colors, const GlareMarks& marks);
 
 /// Reports. `title` is one line; the page holds `picture`, a PNG file.

@@ -5,6 +5,7 @@
 
 #include "engine/core/output/parallel_rows.h"
 #include "engine/core/output/picture.h"
+#include "engine/core/output/spectral_weights.h"
 
 namespace nemra::core {
 
@@ -36,6 +37,11 @@ std::optional<VisualField> makeVisualField(const Raw& raw, std::string& why) {
     const int reference = referenceChannel(*film);
     if (reference >= 0 && film->channels[std::size_t(reference)].kind == ChannelKind::energy) {
         why = "the sensor measures energy, not luminance";
+        return std::nullopt;
+    }
+    const bool isLuminance = reference >= 0 && film->channels[std::size_t(reference)].kind == ChannelKind::luminous;
+    if (!isLuminance && !hasSpectralChannels(*film)) {
+        why = "luminances need spectral channels or the channel Y";
         return std::nullopt;
     }
     const auto instrument = raw.instrument();

@@ -17,6 +17,7 @@
 #include <exception>
 #include <mutex>
 #include <optional>
+#include <set>
 
 #include "engine/common/log.h"
 #include "engine/core/image/exr_chunk.h"
@@ -272,6 +273,31 @@ std::vector<Source> threeSources(const char* const (&names)[3]) {
     return {{names[0], channels[0]}, {names[1], channels[1]}, {names[2], channels[2]}};
 }
 
+/// What our own files tell of a sensor's own channels: kind, unit and name in a line for each.
+std::vector<Source> statedSources(const File& file) {
+    const std::string lines = textOf(file.header(), "sarvo:channels");
+    std::vector<Source> sources;
+    std::set<std::string> seen;
+    for (std::size_t from = 0; from < lines.size();) {
+        const std::size_t end = std::min(lines.find('\n', from), lines.size());
+        const std::string line = lines.substr(from, end - from);
+        from = end + 1;
+        const std::size_t unit = line.find(' ');
+        const std::size_t name = unit == std::string::npos ? unit : line.find(' ', unit + 1);
+        if (name == std::string::npos) return {};
+        const std::string kind = line.substr(0, unit);
+        const std::string named = line.substr(name + 1);
+        if (!file.has(named) || !seen.insert(named).second || node::firstNotText(line) != line.size()) return {};
+        sources.push_back({named,
+                           {named,
+                            kind == "luminous" ? ChannelKind::luminous
+                            : kind == "energy" ? ChannelKind::energy
+                                               : ChannelKind::unknown,
+                            0.0, 0.0, line.substr(unit + 1, name - unit - 1)}});
+    }
+    return sources;
+}
+
 std::vector<Source> unknownSources(const File& file) {
     std::vector<Source> sources;
     for (const std::string& name : file.names()) {
@@ -291,6 +317,7 @@ std::shared_ptr<Film> filmOf(File& file, const ColorSpace* colors, bool& light) 
         file.reportOthers(sources, previewIsExpected);
         return file.read(sources);
     };
+    if (const auto stated = statedSources(file); !stated.empty()) return take(stated, true);
     auto bands = bandSources(file, LayoutChannel::Kind::emissive);
     if (bands.empty()) {
         bands = bandSources(file, LayoutChannel::Kind::reflective);

@@ -21,7 +21,7 @@ NEMRA_INLINE void addRounded(const SensorRecord& sensor, double value, double& h
     low += ((value - h) + sensor.fine) - sensor.fine;
 }
 
-/// One sample into the channels of a sensor with response curves. Returns the value of the leading channel.
+/// One sample into the channels of a sensor with response curves. Returns the value of the leading channel, or the mean of all.
 template <int W>
 NEMRA_INLINE float addResponses(const SensorRecord& sensor, const Workspace& w, int slot, double* high, double* low) {
     float leading = 0.0F;
@@ -42,8 +42,9 @@ NEMRA_INLINE float addResponses(const SensorRecord& sensor, const Workspace& w, 
             low[first + c] += l[c];
         }
         if (sensor.leading >= first && sensor.leading < first + kGroup) leading = sum[sensor.leading - first];
+        if (sensor.leading < 0) leading += sum[0] + sum[1] + sum[2] + sum[3];  // where there is no channel, responses are 0
     }
-    return leading;
+    return sensor.leading < 0 ? leading / static_cast<float>(sensor.channels) : leading;
 }
 
 /// One sample into a box sensor. Returns the mean of the boxes.

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 #include <map>
+#include <stdexcept>
 #include <string>
 
 #include "engine/core/output/encode.h"
@@ -72,18 +73,21 @@ std::vector<char> encodeExr(const Raw& raw, ExrColors colors) {
     const ColorSpace& space = colorSpace(colorSpaceOf(output.get()));
 
     Planes planes;
-    bool luminous = false;
+    const bool tristimulus = isTristimulus(*film);
     for (int i = 0; i < view->channels; ++i) {
         const Channel& channel = film->channels[static_cast<std::size_t>(i)];
-        luminous = luminous || channel.kind == ChannelKind::luminous;
-        if (channel.kind == ChannelKind::luminous && colors == ExrColors::rgb) continue;
-        planes[exrChannelName(channel)] = planeOf(*view, i);
+        if (tristimulus && channel.kind == ChannelKind::luminous && colors == ExrColors::rgb) continue;
+        if (!planes.emplace(exrChannelName(channel), planeOf(*view, i)).second) {
+            throw std::runtime_error("two channels would have the name " + exrChannelName(channel));
+        }
     }
     const int reference = referenceChannel(*film);
-    if (reference >= 0 && film->channels[static_cast<std::size_t>(reference)].kind == ChannelKind::energy) {
+    if (planes.contains("R") || planes.contains("G") || planes.contains("B")) {
+        // Channels of the sensor's own by these names: they stay what they are.
+    } else if (reference >= 0 && film->channels[static_cast<std::size_t>(reference)].kind == ChannelKind::energy) {
         // A grey of the picture's own white, not of D65.
         planes["R"] = planes["G"] = planes["B"] = planeOf(*view, reference);
-    } else if (!luminous || colors == ExrColors::rgb) {
+    } else if (!tristimulus || colors == ExrColors::rgb) {
         addRgb(planes, toXyz(*film, *view, "cie1931_2deg"), space);
     }
 

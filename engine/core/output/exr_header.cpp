@@ -119,18 +119,62 @@ void describeBands(Imf::Header& header, const Raw& raw, const Film& film) {
     text(header, "sarvo:bandLimits", limits);
 }
 
+/// A sensor's own channels are named by its user: a line of at most 200 bytes, whole characters of UTF-8.
+std::string plainName(std::string name) {
+    constexpr std::size_t longest = 200;
+    if (name.size() > longest) {
+        std::size_t end = longest;
+        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
+        name.resize(end);
+    }
+    for (char& c : name) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '_';
+    }
+    return name;
+}
+
+/// Kind, unit and name of each channel, one in a line: what readers can't tell from the names of a sensor's own channels.
+void describeChannels(Imf::Header& header, const Film& film) {
+    std::string lines;
+    for (const Channel& channel : film.channels) {
+        lines += (channel.kind == ChannelKind::luminous ? "luminous "
+                  : channel.kind == ChannelKind::energy ? "energy "
+                                                        : "unknown ") +
+                 channel.unit + " " + exrChannelName(channel) + "\n";
+    }
+    text(header, "sarvo:channels", lines);
+}
+
+bool hasOwnChannels(const Film& film) {
+    const auto isOwn = [](const Channel& c) {
+        return (c.kind == ChannelKind::energy && c.name != "E") ||
+               (c.kind == ChannelKind::luminous && c.name != "X" && c.name != "Y" && c.name != "Z");
+    };
+    return std::any_of(film.channels.begin(), film.channels.end(), isOwn) ||
+           (film.channels.size() != 3 && film.channels.front().kind == ChannelKind::luminous) ||
+           (film.channels.size() != 1 && film.channels.front().kind == ChannelKind::energy);
+}
+
 }  // namespace
 
+bool isTristimulus(const Film& film) {
+    const auto has = [&](const char* name) {
+        return std::any_of(film.channels.begin(), film.channels.end(),
+                           [&](const Channel& c) { return c.kind == ChannelKind::luminous && c.name == name; });
+    };
+    return has("X") && has("Y") && has("Z");
+}
+
 std::string exrChannelName(const Channel& channel) {
-    if (channel.kind != ChannelKind::spectral) return channel.name;
+    if (channel.kind != ChannelKind::spectral) return plainName(channel.name);
     std::string wavelength = nanometres(channel.wavelength);
     std::replace(wavelength.begin(), wavelength.end(), '.', ',');
     return "S0." + wavelength + "nm";
 }
 
 void describeExr(Imf::Header& header, const Raw& raw, const Film& film, const ColorSpace& space) {
-    const int reference = referenceChannel(film);
-    const bool energy = reference >= 0 && film.channels[static_cast<std::size_t>(reference)].kind == ChannelKind::energy;
+    const bool energy =
+        std::any_of(film.channels.begin(), film.channels.end(), [](const Channel& c) { return c.kind == ChannelKind::energy; });
     describeColors(header, space, !energy);
     number(header, "samplesPerPixel", raw.spp());
     number(header, "renderTimeSeconds", raw.counts().time);
@@ -141,7 +185,9 @@ void describeExr(Imf::Header& header, const Raw& raw, const Film& film, const Co
     if (isSpectral(film)) {
         describeBands(header, raw, film);
     } else {
-        text(header, "sarvo:quantity", quantityOf(raw, energy ? "" : "luminance"));
+        const bool perBand = film.channels.front().unit.ends_with(".nm^-1");
+        text(header, "sarvo:quantity", quantityOf(raw, energy ? perBand ? "spectral " : "" : "luminance"));
+        if (hasOwnChannels(film)) describeChannels(header, film);
     }
 }
 

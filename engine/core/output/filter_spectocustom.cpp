@@ -2,22 +2,13 @@
 // three become X, Y and Z of the picture; a single one, or two, make a grey of the first one.
 #include "engine/common/log.h"
 #include "engine/core/output/spectral_weights.h"
+#include "engine/core/spectrum/response.h"
 
 namespace nemra::core {
 namespace {
 
 constexpr double kFirst = 200.0;  // nm; what the engine simulates lies well within
 constexpr double kLast = 3000.0;
-
-/// What a response is divided by.
-double normOf(const std::string& normalization, const SpectralCurve& response) {
-    if (normalization == "area") return integrate(response, kFirst, kLast);
-    if (normalization != "peak") return 1.0;
-    double peak = 0.0;
-    for (double nm = kFirst; nm <= kLast; nm += 0.25) peak = std::max(peak, response(nm));
-    for (const double knot : response.knots) peak = std::max(peak, response(knot));
-    return peak;
-}
 
 void toImage(Picture& picture) {
     constexpr double kGreyX = 0.3127 / 0.3290;  // D65
@@ -45,7 +36,7 @@ void filterSpecToCustom(const node::Node& node, Picture& picture) {
     picture.planes.clear();
     for (const auto& spectrum : responses) {
         const SpectralCurve response = makeSpectrum(spectrum, translation);
-        const double norm = normOf(node.choice("normalization"), response);
+        const double norm = responseNorm(node.choice("normalization"), response, kFirst, kLast);
         if (!(norm > 0.0)) log::warning(spectrum->label(), "this response is zero everywhere and can't be normalised");
         std::vector<double> weights = bandWeights(picture.film, response);
         for (double& weight : weights) weight *= norm > 0.0 ? efficacy / norm : 0.0;

@@ -38,6 +38,20 @@ std::array<double, 3> integrate(const double (*table)[3], double fromNm, double 
     return sum;
 }
 
+/// Of a sensor without bands and without X, Y, Z: the channel Y or E; else the first three responses, or the first one.
+std::vector<std::size_t> channelsOfAPicture(const Film& film) {
+    std::vector<std::size_t> responses;
+    for (std::size_t i = 0; i < film.channels.size(); ++i) {
+        const ChannelKind kind = film.channels[i].kind;
+        if (kind == ChannelKind::spectral) return {};
+        if (kind != ChannelKind::unknown) responses.push_back(i);
+    }
+    const int reference = referenceChannel(film);
+    if (reference >= 0 && film.channels[std::size_t(reference)].kind != ChannelKind::unknown) return {std::size_t(reference)};
+    if (responses.size() > 1) responses.resize(responses.size() < 3 ? 1 : 3);
+    return responses;
+}
+
 Weights weightsOf(const Film& film, std::string_view observer) {
     const double(*table)[3] = observer == "cie1964_10deg" ? data::kCie1964 : data::kCie1931;
     Weights weights(film.channels.size());
@@ -50,6 +64,12 @@ Weights weightsOf(const Film& film, std::string_view observer) {
         weights[std::size_t(z)] = {0, 0, 1};
         return weights;
     }
+    const std::vector<std::size_t> plain = channelsOfAPicture(film);
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        // A grey of one channel; three stand for X, Y and Z.
+        if (plain.size() == 1) weights[plain[0]] = {0.3127 / 0.3290, 1.0, (1.0 - 0.3127 - 0.3290) / 0.3290};
+        if (plain.size() == 3) weights[plain[i]][i] = 1.0;
+    }
     for (std::size_t i = 0; i < film.channels.size(); ++i) {
         const Channel& channel = film.channels[i];
         if (channel.kind == ChannelKind::spectral) {
@@ -58,8 +78,6 @@ Weights weightsOf(const Film& film, std::string_view observer) {
             const double width = channel.bandwidth / kNanometre;
             weights[i] = integrate(table, centre - width / 2.0, centre + width / 2.0);
             for (double& weight : weights[i]) weight *= kLuminousEfficacy;
-        } else if (channel.kind == ChannelKind::energy) {
-            weights[i] = {0.3127 / 0.3290, 1.0, (1.0 - 0.3127 - 0.3290) / 0.3290};
         }
     }
     return weights;

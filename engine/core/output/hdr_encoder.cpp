@@ -90,9 +90,9 @@ std::string headerOf(const Raw& raw) {
 std::vector<char> encodeHdr(const Raw& raw) {
     const auto film = raw.film();
     const XyzImage xyz = toXyz(*film, *raw.view(), "cie1931_2deg");
-    // An energy sensor measures W/(m2 sr) itself, and toXyz gives its value as Y.
-    const int reference = referenceChannel(*film);
-    const bool energy = reference >= 0 && film->channels[static_cast<std::size_t>(reference)].kind == ChannelKind::energy;
+    // A sensor of energies measures W/(m2 sr) itself, and toXyz gives what it takes for a grey as Y.
+    const bool energy =
+        std::any_of(film->channels.begin(), film->channels.end(), [](const Channel& c) { return c.kind == ChannelKind::energy; });
     const double scale = energy ? 1.0 : 1.0 / kRadianceEfficacy;
     const ColorSpace& space = radianceColorSpace();
 

@@ -22,7 +22,8 @@ DisplayImage makeChannelImage(const Raw& raw, const node::Node& output, bool fas
 
 constexpr std::array<const char*, 2> kFormats{"png", "jpg"};
 const bool kKnown = addDisplayClass("channelimage", makeChannelImage);
-const bool kFormatsKnown = outputClasses().add("channelimage", [] { return std::span<const char* const>(kFormats); });
+const bool kFormatsKnown =
+    outputClasses().add("channelimage", [](const node::Node&) { return std::span<const char* const>(kFormats); });
 
 }  // namespace
 }  // namespace nemra::core

@@ -18,7 +18,8 @@ DisplayImage makeGlareMap(const Raw& raw, const node::Node& output, bool, int bi
 
 constexpr std::array<const char*, 2> kFormats{"png", "jpg"};
 const bool kKnown = addDisplayClass("glaremap", makeGlareMap);
-const bool kFormatsKnown = outputClasses().add("glaremap", [] { return std::span<const char* const>(kFormats); });
+const bool kFormatsKnown =
+    outputClasses().add("glaremap", [](const node::Node&) { return std::span<const char* const>(kFormats); });
 
 }  // namespace
 }  // namespace nemra::core

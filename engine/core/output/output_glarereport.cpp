@@ -40,7 +40,8 @@ std::optional<std::string> makeGlareReport(const Raw& raw, const node::Node& out
 constexpr std::array<const char*, 3> kFormats{"html", "txt", "csv"};
 const bool kKnown = addDocumentClass("glarereport", makeGlareReport);
 const bool kPictureKnown = addDisplayClass("glarereport", makeGlarePicture);
-const bool kFormatsKnown = outputClasses().add("glarereport", [] { return std::span<const char* const>(kFormats); });
+const bool kFormatsKnown =
+    outputClasses().add("glarereport", [](const node::Node&) { return std::span<const char* const>(kFormats); });
 
 }  // namespace
 }  // namespace nemra::core

@@ -175,7 +175,8 @@ DisplayImage makeSpecial(const Raw& raw, const node::Node& output, bool fast, in
 
 constexpr std::array<const char*, 3> kFormats{"png", "jpg", "png16"};
 const bool kKnown = addDisplayClass("special", makeSpecial);
-const bool kFormatsKnown = outputClasses().add("special", [] { return std::span<const char* const>(kFormats); });
+const bool kFormatsKnown =
+    outputClasses().add("special", [](const node::Node&) { return std::span<const char* const>(kFormats); });
 
 }  // namespace
 }  // namespace nemra::core

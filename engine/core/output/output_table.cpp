@@ -11,7 +11,7 @@ namespace nemra::core {
 namespace {
 
 /// The channels as a result of their own, so that one writer serves both.
-Raw resultOf(const ChannelValues& values) {
+Raw resultOf(const ChannelValues& values, std::shared_ptr<const node::Node> instrument) {
     auto film = std::make_shared<Film>();
     film->width = values.width;
     film->height = values.height;
@@ -30,6 +30,7 @@ Raw resultOf(const ChannelValues& values) {
     }
     RawParts parts;
     parts.film = std::move(film);
+    parts.instrument = std::move(instrument);
     return Raw(std::move(parts));
 }
 
@@ -40,7 +41,8 @@ std::optional<std::string> makeTable(const Raw& raw, const node::Node& output, s
     const bool withMeta =
         std::any_of(names.begin(), names.end(), [&](const std::string& name) { return raw.hasMetaChannel(name); });
     if (output.list().empty() && !withMeta) return std::nullopt;
-    const Raw shown = resultOf(channelValues(raw, output, {output.choice("quantity"), withMeta, false}, raw.isDraft()));
+    const Raw shown =
+        resultOf(channelValues(raw, output, {output.choice("quantity"), withMeta, false}, raw.isDraft()), raw.instrument());
     layout.quantity = NEMRA_QUANTITY_RAW;  // they are in the wanted one by now
     const Buffer text = writeTable(shown, layout);
     return std::string(text.bytes().begin(), text.bytes().end());

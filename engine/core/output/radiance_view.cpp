@@ -53,6 +53,21 @@ std::string stdcamView(const node::Node& camera) {
                 angleOf(camera.real("film_height") * 1.0e-3 / distance));
 }
 
+/// The lens of which nothing but its place counts: Radiance knows no distortion.
+std::string realrectcamView(const node::Node& camera, int width, int height) {
+    const double focal = camera.real("focal_length") * 1.0e-3;
+    const double focus = camera.real("focus_distance");
+    if (!(focus > focal) || camera.choice("distortion") != "none") return "";
+    const double distance = focal * focus / (focus - focal);
+    const double across = width * camera.real("pixel_pitch_x") * 1.0e-6;
+    const double down = height * camera.real("pixel_pitch_y") * 1.0e-6;
+    std::string text = view(" -vtv", camera, angleOf(across / distance), angleOf(down / distance));
+    if (text.empty()) return text;
+    append(text, " -vs", {camera.real("shift_x") * 1.0e-3 / across});
+    append(text, " -vl", {camera.real("shift_y") * 1.0e-3 / down});
+    return text;
+}
+
 std::string fisheyeView(const node::Node& camera, int width, int height) {
     const std::string& projection = camera.choice("projection");
     const char* const type = projection == "equidistant"     ? " -vta"
@@ -77,6 +92,7 @@ std::string radianceView(const node::Node& instrument, int width, int height) {
         const double extent = instrument.real("view_width");
         return view(" -vtl", instrument, extent, extent * aspect);
     }
+    if (instrument.type() == "realrectcam") return realrectcamView(instrument, width, height);
     if (instrument.type() == "fisheyecam") return fisheyeView(instrument, width, height);
     return "";
 }

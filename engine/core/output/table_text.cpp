@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "engine/core/output/table_titles.h"
 #include "engine/core/result/quantity_unit.h"
 
 namespace nemra::core {
@@ -112,16 +113,17 @@ void writePixels(Writer& out, const Film& film, const LightView& view, const std
     }
 }
 
-void writeGrid(Writer& out, const LightView& view, const std::vector<Column>& columns, nemra_quantity_t quantity) {
+void writeGrid(Writer& out, const LightView& view, const std::vector<Column>& columns, nemra_quantity_t quantity,
+               const TableTitles& titles) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i > 0) out.endRow();
         out.text(columns[i].title);
         out.endRow();
         out.text("y \\ x");
-        for (int x = 0; x < view.width; ++x) out.count(x);
+        for (int x = 0; x < view.width; ++x) out.text(titles.column(x));
         out.endRow();
         for (int y = 0; y < view.height; ++y) {
-            out.count(y);
+            out.text(titles.row(y));
             for (int x = 0; x < view.width; ++x) out.number(view.at(columns[i].channel, x, y, quantity));
             out.endRow();
         }
@@ -197,7 +199,7 @@ Buffer writeTable(const Raw& raw, const TableLayout& layout) {
             writePixels(out, *film, *view, columns, layout);
             break;
         case TableLayout::Rows::grid:
-            writeGrid(out, *view, columns, layout.quantity);
+            writeGrid(out, *view, columns, layout.quantity, TableTitles(raw));
             break;
         case TableLayout::Rows::summary:
             writeSummary(out, *film, *view, columns, layout.quantity);

@@ -12,8 +12,8 @@ namespace nemra::core {
 struct TableLayout {
     enum class Rows {
         pixels,  ///< tidy: a header, then one row for each pixel (x, y counted from the top left), one column for each channel
-        grid,    ///< for each channel a block: its name, a header of columns' names, then the rows of the picture; empty line
-                 ///< between
+        grid,    ///< for each channel a block: its name, a header of columns' names, then the rows of the picture, by the names
+                 ///< that TableTitles gives; empty line between
         summary  ///< one row for each channel: mean, smallest, largest value, uniformity (smallest over mean)
     };
     Rows rows = Rows::pixels;

@@ -20,8 +20,10 @@ namespace {
 
 constexpr std::array<const char*, 5> kPictureFormats{"png", "jpg", "exr", "hdr", "png16"};
 constexpr std::array<const char*, 1> kTableFormats{"csv"};
-const bool kPictureKnown = outputClasses().add("rgbimage", [] { return std::span<const char* const>(kPictureFormats); });
-const bool kTableKnown = outputClasses().add("table", [] { return std::span<const char* const>(kTableFormats); });
+const bool kPictureKnown =
+    outputClasses().add("rgbimage", [](const node::Node&) { return std::span<const char* const>(kPictureFormats); });
+const bool kTableKnown =
+    outputClasses().add("table", [](const node::Node&) { return std::span<const char* const>(kTableFormats); });
 constexpr std::array<const char*, 4> kRawFormats{"svraw", "csv", "exr", "hdr"};
 
 std::string lower(std::string_view text) {
@@ -78,6 +80,7 @@ Encode resultEncoder(std::string_view format) {
     if (format == "hdr") return [](const Raw& raw) { return adopt(encodeHdr(raw)); };
     if (format == "txt") return [](const Raw& raw) { return document(raw, "txt"); };
     if (format == "html") return [](const Raw& raw) { return document(raw, "html"); };
+    if (format == "xml") return [](const Raw& raw) { return document(raw, "xml"); };
     if (format == "csv") {
         return [](const Raw& raw) {
             if (auto text = encodeDocument(raw, "csv")) return adopt(std::move(*text));
@@ -134,7 +137,7 @@ ClassTable<OutputFormats>& outputClasses() {
 
 std::span<const char* const> outputFormats(const node::Node& output) {
     const OutputFormats formats = outputClasses().find(output.type());
-    return formats ? formats() : std::span<const char* const>();
+    return formats ? formats(output) : std::span<const char* const>();
 }
 
 std::span<const char* const> outputFormats(const Raw& raw) {
@@ -179,9 +182,7 @@ bool writeRaw(const Raw& raw, const std::string& path, std::string_view wanted) 
 namespace {
 
 /// By an extension alone: the output's own formats come first.
-bool goesAsItIs(const Raw& raw, std::string_view format) {
-    return isRawFormat(format) && !isAmong(outputFormats(raw), format);
-}
+bool goesAsItIs(const Raw& raw, std::string_view format) { return isRawFormat(format) && !isAmong(outputFormats(raw), format); }
 
 }  // namespace
 

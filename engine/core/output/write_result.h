@@ -15,8 +15,8 @@
 
 namespace nemra::core {
 
-/// The formats in which a class of the family "output" can be written, the default one first.
-using OutputFormats = std::span<const char* const> (*)();
+/// The formats in which an output of a class of that family can be written, the default one first.
+using OutputFormats = std::span<const char* const> (*)(const node::Node& output);
 ClassTable<OutputFormats>& outputClasses();
 
 /// Formats that an output can be written in, the default one first; none for a class that nothing is known of.

@@ -86,12 +86,17 @@ void addInstrumentClasses(Catalogue& catalogue) {
                   .doc("Shape of the aperture stop"),
               choice("distortion")
                   .option("none", "Straight lines stay straight")
-                  .option("brown", "Radial and decentring terms (Brown 1966), in image distances over the focal length",
-                          {real("k1", 0.0).pure().range(-100.0, 100.0).doc("Coefficient of the square of the radius"),
-                           real("k2", 0.0).pure().range(-100.0, 100.0).doc("Coefficient of its fourth power"),
-                           real("k3", 0.0).pure().range(-100.0, 100.0).doc("Coefficient of its sixth power"),
-                           real("p1", 0.0).pure().range(-100.0, 100.0).doc("First decentring coefficient"),
-                           real("p2", 0.0).pure().range(-100.0, 100.0).doc("Second decentring coefficient")})
+                  .option(
+                      "brown",
+                      "Radial and decentring terms (Brown 1966): with x and y, to the right and down, the ideal distance from "
+                      "the "
+                      "axis over the focal length, and r2 = x2 + y2, the image is at x (1 + k1 r2 + k2 r4 + k3 r6) + 2 p1 x y + "
+                      "p2 (r2 + 2 x2) and y (1 + k1 r2 + k2 r4 + k3 r6) + p1 (r2 + 2 y2) + 2 p2 x y",
+                      {real("k1", 0.0).pure().range(-100.0, 100.0).doc("Coefficient of the square of the radius"),
+                       real("k2", 0.0).pure().range(-100.0, 100.0).doc("Coefficient of its fourth power"),
+                       real("k3", 0.0).pure().range(-100.0, 100.0).doc("Coefficient of its sixth power"),
+                       real("p1", 0.0).pure().range(-100.0, 100.0).doc("First decentring coefficient"),
+                       real("p2", 0.0).pure().range(-100.0, 100.0).doc("Second decentring coefficient")})
                   .doc("How the image deviates from a perspective"),
               choice("vignetting")
                   .option("natural", "Fourth power of the cosine of the field angle")

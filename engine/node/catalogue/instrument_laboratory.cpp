@@ -46,7 +46,8 @@ void addLaboratoryInstruments(Catalogue& catalogue) {
          .parameters =
              {vector("center", 0.0, 0.0, 0.0).unit("m").range(-1.0e9, 1.0e9).doc("Middle of the sample"),
               direction("normal", 0.0, 0.0, 1.0).doc("Normal of the sample"),
-              direction("tangent", 1.0, 0.0, 0.0).doc("Direction of azimuth 0; only its part across the normal counts"),
+              direction("tangent", 1.0, 0.0, 0.0)
+                  .doc("Direction of azimuth 0; only its part across the normal counts. Azimuths turn towards normal x tangent"),
               real("sample_width", 0.1).unit("m").range(1.0e-9, 1.0e6).doc("Extent of the lit area along the tangent"),
               real("sample_height", 0.1).unit("m").range(1.0e-9, 1.0e6).doc("Extent of the lit area across it"),
               choice("side")
@@ -59,27 +60,37 @@ void addLaboratoryInstruments(Catalogue& catalogue) {
                   .option("both", "Reflection, then transmission")
                   .doc("Which light is collected"),
               choice("basis")
-                  .option(
-                      "grid", "Even steps of polar angle and azimuth",
-                      {integer("incident_theta_count", 10).unit("angles").range(1, 1024).doc("Polar angles of the beam, 0 to 90"),
-                       integer("incident_phi_count", 1)
-                           .unit("angles")
-                           .range(1, 4096)
-                           .doc("Azimuths of the beam over 360 degrees; 1 for an isotropic sample"),
-                       integer("outgoing_theta_count", 90).unit("angles").range(1, 4096).doc("Polar angles that are measured"),
-                       integer("outgoing_phi_count", 360).unit("angles").range(1, 8192).doc("Azimuths that are measured")})
+                  .option("grid", "Even steps of polar angle and azimuth",
+                          {integer("incident_theta_count", 10)
+                               .unit("angles")
+                               .range(1, 1024)
+                               .doc("Polar angles of the beam, in even steps from 0; 90 degrees is the one that would follow"),
+                           integer("incident_phi_count", 1)
+                               .unit("angles")
+                               .range(1, 4096)
+                               .doc("Azimuths of the beam over 360 degrees; 1 for an isotropic sample"),
+                           integer("outgoing_theta_count", 90)
+                               .unit("angles")
+                               .range(1, 4096)
+                               .doc("Polar angles that are measured: the middles of so many parts of 0 to 90 degrees"),
+                           integer("outgoing_phi_count", 360)
+                               .unit("angles")
+                               .range(1, 8192)
+                               .doc("Azimuths that are measured, the first one at 0")})
                   .option("klems", "Patches of about equal projected solid angle for windows (Klems 1994)",
                           {choice("klems_patches")
                                .option("full", "145 patches")
-                               .option("half", "73 patches")
+                               .option("half", "77 patches")
                                .option("quarter", "41 patches")
                                .doc("How many patches a hemisphere has")})
-                  .option("equal_area", "Square grid on the disc of the hemisphere (Shirley and Chiu 1997)",
+                  .option("equal_area",
+                          "Square grid on the disc of the hemisphere, of equal projected solid angles (Shirley and Chiu 1997)",
                           {integer("resolution", 32)
                                .unit("patches")
                                .range(1, 1024)
                                .doc("Patches along a side of the square, of the beam and of what is measured")})
-                  .doc("Directions of the beam (columns of the result) and those that are measured (rows)")},
+                  .doc(
+                      "Directions that the beam comes from (columns of the result) and those in which light is measured (rows)")},
          .children = sensorChild(),
          .listClass = "output"});
     catalogue.add(

@@ -125,11 +125,13 @@ void addTables(Catalogue& catalogue) {
          .summary = "Measured scattering of a sample, from a bsdfcapture instrument",
          .parameters = {choice("layout")
                             .option("table", "CSV: directions of the light in columns, outgoing directions in rows")
-                            .option("windows_xml", "XML of window simulation, for an instrument with the basis of Klems (1994)")
+                            .option("windows_xml",
+                                    "XML of window simulation (LBNL), for an instrument with the basis of Klems (1994)")
                             .doc("Form of the file"),
                         choice("spectral")
                             .option("photopic", "Weighed with the luminous efficiency function and an illuminant")
                             .option("solar", "Weighed with the direct light of the sun (ASTM G173-03), for bands up to 1200 nm")
+                            .option("photopic_and_solar", "Both, as programs that simulate windows want it")
                             .option("channels", "One block for each channel")
                             .doc("What becomes of the wavelengths"),
                         text("manufacturer").doc("Manufacturer that the file names"),

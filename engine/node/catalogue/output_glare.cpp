@@ -51,10 +51,13 @@ void addGlareOutputs(Catalogue& catalogue) {
     std::vector<ParameterSpec> marks = {
         boolean("number_sources", true).doc("Write beside each source the number that it has in the report"),
         boolean("outline_only", false).doc("Draw the edges of the sources and leave the picture visible")};
-    catalogue.add({.family = "output",
-                   .type = "glaremap",
-                   .summary = "Picture of the luminances with the sources of glare marked",
-                   .parameters = joined(joined(glareSearch(), std::move(marks)), falseColors("cd/m2"))});
+    catalogue.add(
+        {.family = "output",
+         .type = "glaremap",
+         .summary =
+             "Picture of the luminances with the sources of glare marked: red those that count, orange those of them whose "
+             "size lies outside the method, grey those that are excluded",
+         .parameters = joined(joined(glareSearch(), std::move(marks)), falseColors("cd/m2"))});
     std::vector<ParameterSpec> ratings = {
         boolean("ugr", true).doc("Unified glare rating (CIE 117:1995)"),
         boolean("dgp", true).doc("Daylight glare probability (Wienold and Christoffersen 2006)"),

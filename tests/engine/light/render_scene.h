@@ -94,4 +94,21 @@ private:
 inline NodeHandle energySensor() { return make("sensor", "energy"); }
 inline NodeHandle colorSensor() { return make("sensor", "ciexyz"); }
 
+/// Of any number of responses, which give its channels their names.
+inline NodeHandle customSensor(const std::vector<NodeHandle>& responses, Settings settings = {}) {
+    NodeHandle sensor = make("sensor", "custom", settings);
+    std::string why;
+    for (const NodeHandle& response : responses) {
+        if (!sensor->addItem(response, why)) throw std::runtime_error(why);
+    }
+    return sensor;
+}
+
+/// Two channels, of which neither stands for a pixel, and with edges inside of a nanometre.
+inline NodeHandle twoResponses() {
+    return customSensor(
+        {make("spectrum", "square", {{"minimum", number(480.4)}, {"maximum", number(530.7)}, {"value", number(0.5)}}, "green"),
+         make("spectrum", "tabulated", {{"samples", samples({{580, 0.0}, {600, 1.0}, {640, 0.2}})}}, "red")});
+}
+
 }  // namespace nemra::lighttest

@@ -77,10 +77,13 @@ void expectSameResult(const core::Raw& a, const core::Raw& b, const char* sensor
 /// what one render would have computed.
 TEST(Determinism, RangesMergeExactly) {
     const std::vector<std::vector<std::uint32_t>> cuts{{0, 23, 60}, {0, 1, 40, 60}, {0, 3, 5, 12, 29, 30, 53, 60}};
-    for (const char* sensor : {"ciexyz", "energy", "spectralbox"}) {
+    for (const char* sensor : {"ciexyz", "energy", "spectralbox", "custom"}) {
         node::Scene cornellBox = cornell(20);
         for (auto& node : cornellBox.nodes) {
-            if (node->family() == "setup") with(node->mutableChild("instrument"), "sensor", make("sensor", sensor));
+            const bool isCustom = std::string_view(sensor) == "custom";
+            if (node->family() == "setup") {
+                with(node->mutableChild("instrument"), "sensor", isCustom ? twoResponses() : make("sensor", sensor));
+            }
         }
         const auto scene = prepare(cornellBox);
         const RawHandle whole = renderRaw(*scene, 0, 60);

@@ -151,7 +151,7 @@ TEST(Colours, SmoothSpectraHaveTheColourAskedFor) {
 TEST(Wavelengths, DensityBelongsToTheDraw) {
     const node::Scene empty;
     core::Translation translation(empty);
-    for (const NodeHandle& node : {colorSensor(), energySensor(), make("sensor", "spectralbox")}) {
+    for (const NodeHandle& node : {colorSensor(), energySensor(), make("sensor", "spectralbox"), twoResponses()}) {
         const core::Sensor sensor = core::makeSensor(node, translation);
         std::vector<double> light(sensor.grid.cells, 0.0);
         light[sensor.grid.cells / 2] = 1.0;  // a line, and darkness elsewhere

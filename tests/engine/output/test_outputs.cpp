@@ -227,7 +227,7 @@ TEST(Outputs, BsdfTables) {
     const NodeHandle output = make("output", "bsdf", {{"spectral", text("channels")}});
     const auto raw =
         result(film(2, 1, bands({500, 600}, 10), [](int x, int, int c) { return 0.1 * (x + 1) * (c + 1); }), nullptr, output);
-    EXPECT_EQ(written(*raw), "500 nm [sr^-1],0,1\n0,0.1,0.2\n\n600 nm [sr^-1],0,1\n0,0.2,0.4\n\n");
+    EXPECT_EQ(written(*raw), "500 nm [sr^-1],0,1\n0,0.1,0.2\n\n600 nm [sr^-1],0,1\n0,0.2,0.4\n");
     // Bands so narrow that the sun's table itself says their weights: 1.3391 and 1.3278 W/(m2 nm) of direct light.
     const NodeHandle solar = make("output", "bsdf", {{"spectral", text("solar")}});
     const auto weighed = [&](const std::vector<double>& centres) {
