@@ -96,4 +96,6 @@ std::vector<double> adaptiveShares(const SharedFilm& film) {
     return shares;
 }
 
+bool isShare(double share) noexcept { return share >= kLeast && share <= kMost; }
+
 }  // namespace nemra::core

@@ -21,4 +21,7 @@ inline constexpr int kAdaptiveTile = 8;  ///< pixels
 /// Royal Statistical Society 97, 1934), from 1/4 to 8. Their mean over the pixels of each colour is 1.
 std::vector<double> adaptiveShares(const SharedFilm& film);
 
+/// Whether adaptiveShares can have given that number.
+bool isShare(double share) noexcept;
+
 }  // namespace nemra::core

@@ -73,9 +73,11 @@ RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
       threads_(std::max(plan.hasOutsideWorkers ? 0 : 1, plan.threads)),
       outputFile_(std::move(plan.outputFile)),
       outputRaw_(plan.outputRaw),
+      adaptive_(plan.adaptive),
       resumable_(plan.resumable),
+      fingerprint_(plan.fingerprint),
       film_(*scene_, gridOf(plan)),
-      schedule_(film_.grid()),
+      schedule_(film_.grid(), plan.firstSample),
       piloting_(plan.adaptive),
       halt_(plan.halt),
       noise_(plan.haltNoise),
@@ -84,6 +86,11 @@ RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
     film_.keepAccount(plan.from.get());
     schedule_.goOnFrom(film_.done());
     if (plan.from) {
+        const auto& adaptive = plan.from->progress->adaptive;
+        if (piloting_ && adaptive && !adaptive->shares.empty()) {
+            schedule_.setShares(adaptive->pilot, adaptive->shares);
+            piloting_ = false;
+        }
         const RenderCounts before = countsOf(*plan.from->film, plan.from->progress->done, plan.from->time);
         samples_ = before.samples;
         wrong_ = before.wrong;
@@ -571,16 +578,19 @@ void RenderJob::tickStatistics(Clock::time_point now) {
 
 std::shared_ptr<Raw> RenderJob::makeRaw(FilmState state) const {
     RenderCounts now;
+    std::optional<AdaptiveProgress> adaptive;
     {
         const std::lock_guard lock(mutex_);
         now = counts(Clock::now());
+        // Asked for when the film's copy is there already: as long as there are no shares it has nothing but the pilot.
+        if (resumable_ && adaptive_) adaptive.emplace(AdaptiveProgress{kPilotSamples, schedule_.shares()});
     }
     // What was counted meanwhile isn't in this film.
     if (resumable_) now = countsOf(*state.film, state.done, now.time);
     auto raw = std::make_shared<Raw>(std::move(state.film), *scene_, now);
     if (resumable_) {
         raw->setProgress(std::make_shared<const RenderProgress>(
-            RenderProgress{scene_->fingerprint(), film_.grid().size, std::move(state.done)}));
+            RenderProgress{fingerprint_, film_.grid().size, std::move(state.done), std::move(adaptive)}));
     }
     return raw;
 }
