@@ -21,6 +21,7 @@
 #include "engine/core/job/render_clock.h"
 #include "engine/core/job/shared_film.h"
 #include "engine/core/job/tile_schedule.h"
+#include "engine/core/job/update_rate.h"
 #include "engine/core/render.h"
 
 namespace nemra::core {
@@ -162,8 +163,9 @@ private:
     std::uint64_t samplesAtFinish_ = 0;  ///< that the last posted finish showed
     RenderClock clock_;                  ///< with the time of the render that this one goes on from
     Clock::time_point nextStatistics_;
-    Clock::time_point nextUpdate_;
-    double updateInterval_ = 1.0;  ///< s
+    const double timeBefore_;     ///< s, of earlier sessions
+    double renderSeconds_ = 0.0;  ///< of the processor, that the render threads have had for their pieces
+    UpdateRate updates_;
 };
 
 }  // namespace nemra::core

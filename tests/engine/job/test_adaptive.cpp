@@ -93,12 +93,14 @@ TEST(Adaptive, RareBrightSamplesDoNotMakeItWrong) {
 
 TEST(Adaptive, ATilesShareDoesNotDependOnItsOwnSamples) {
     const auto sharesWith = [](int changed) {
+        constexpr int side = core::kAdaptiveTile;
         const auto scene = rareScene(3);
+        scene->pixelsWide = scene->pixelsHigh = 4 * side;
         scene->value = [&, inner = scene->value](int x, int y, std::uint32_t i) {
-            const int tile = y / 8 * 4 + x / 8;
+            const int tile = y / side * 4 + x / side;
             return (tile == changed ? 37.0 : 1.0) * inner(x, y, i) + uniform(9, x, y, i);
         };
-        core::SharedFilm film(*scene, {32, 32, core::kAdaptiveTile});
+        core::SharedFilm film(*scene, {4 * side, 4 * side, side});
         const std::atomic<bool> cancel{false};
         for (std::size_t i = 0; i < 16; ++i) film.render(*scene, {film.grid().tile(i), 0, kPilot}, cancel);
         return core::adaptiveShares(film);
@@ -125,6 +127,27 @@ TEST(Adaptive, ATilesShareDoesNotDependOnItsOwnSamples) {
         }
         EXPECT_TRUE(othersChanged) << changed;
     }
+}
+
+/// Most pixels of the left half have met none of its bright samples when the pilot is over.
+TEST(Adaptive, SharesFollowTheDeviationWhereBrightSamplesAreRare) {
+    SampledScene scene;
+    scene.pixelsWide = 64;
+    scene.pixelsHigh = 64;
+    scene.value = [](int x, int y, std::uint32_t i) {
+        const double u = uniform(21, x, y, i);
+        return x < 32 ? (u < 1.0 / 64.0 ? 64.0 : 0.0) : (u < 0.2 ? 5.0 : 0.0);
+    };
+    core::SharedFilm film(scene, {64, 64, core::kAdaptiveTile});
+    const std::atomic<bool> cancel{false};
+    for (std::size_t i = 0; i < film.grid().count(); ++i) film.render(scene, {film.grid().tile(i), 0, kPilot}, cancel);
+    const auto shares = core::adaptiveShares(film);
+    double sums[2] = {0.0, 0.0};
+    for (std::size_t i = 0; i < shares.size(); ++i) sums[film.grid().tile(i).x0 < 32] += shares[i];
+    // Both means are 1, the variances 63 and 4. Pilots that met fewer bright samples than there are, and the tiles along the
+    // edge, take some of it; deviations relative to each pixel's own mean alone would leave 1.5.
+    EXPECT_GT(sums[1] / sums[0], 2.8);
+    EXPECT_LT(sums[1] / sums[0], std::sqrt(63.0 / 4.0));
 }
 
 TEST(Adaptive, AtEqualSamplesTheErrorIsLowerWhereNoiseIsUneven) {
