@@ -36,8 +36,6 @@ public:
     virtual double offAxis(int, int) const { return 1.0; }
     /// The nodes that a result carries on: the instrument, and the outputs that it lists.
     virtual std::shared_ptr<const node::Node> instrument() const noexcept = 0;
-    /// Tells scenes apart whose samples differ; 0 if nobody asked for it (see fingerprintOf).
-    virtual std::uint64_t fingerprint() const noexcept { return 0; }
     /// Bytes that this scene keeps in memory for rendering.
     virtual std::size_t memory() const noexcept = 0;
 
@@ -63,10 +61,10 @@ public:
 };
 
 /// Translates a scene. `setupName` chooses among its setups: "" takes the active one, else the only one.
-/// Named nodes that the scene doesn't have come from `libraries`, which may be null and isn't kept. `fingerprint` is what the
-/// result tells as its own. On failure one error message with the node concerned, and null. Messages go to nemra::log.
+/// Named nodes that the scene doesn't have come from `libraries`, which may be null and isn't kept. On failure one error message
+/// with the node concerned, and null. Messages go to nemra::log.
 std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName,
-                                                  Libraries* libraries = nullptr, std::uint64_t fingerprint = 0);
+                                                  Libraries* libraries = nullptr);
 
 /// Bytes that one buffer of an image may take at most; larger resolutions are refused before anything is allocated.
 inline constexpr std::uint64_t kMaxBufferBytes = std::uint64_t{1} << 31;

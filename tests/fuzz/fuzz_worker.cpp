@@ -35,7 +35,7 @@ const Buffer& parcel() {
     static const Buffer* const packed = [] {
         node::Scene scene;
         demand(node::readScene(kScene, "fuzz", scene), "the scene of the target can't be read");
-        return new Buffer(worker::packScene(scene, {}));
+        return new Buffer(worker::packScene(core::contentOf(scene, {})));
     }();
     return *packed;
 }

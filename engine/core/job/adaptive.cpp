@@ -21,7 +21,17 @@ constexpr double kFloor = 0.01;       // of the picture's mean, so that black pi
 struct Sums {
     double pixels = 0.0;
     double means = 0.0;
+    double errors = 0.0;   ///< squares of the means' standard errors
+    double spread = 0.0;   ///< squares of what the means differ by from the tile's
     double squares = 0.0;  ///< of relative standard deviations
+
+    double mean() const noexcept { return means / pixels; }
+    /// A pixel's mean as its neighbours in the tile let it appear: nearer to the tile's, the more the spread of the means is that
+    /// of noise alone.
+    double shrunk(double mean) const noexcept {
+        const double noise = spread > 0.0 ? errors / pixels / (spread / (pixels - 1.0)) : 1.0;
+        return this->mean() + std::max(0.0, 1.0 - noise) * (mean - this->mean());
+    }
 };
 
 std::size_t colorOf(const TileGrid& grid, std::size_t tile) { return (tile % grid.columns() + tile / grid.columns()) % 2; }
@@ -61,16 +71,24 @@ std::vector<double> adaptiveShares(const SharedFilm& film) {
     std::vector<Sums> tiles(grid.count());
     std::array<Sums, 2> colors{};
     eachPixel(film, [&](const Film& sums, std::size_t pixel, int reference, int x, int y) {
-        Sums& color = colors[colorOf(grid, grid.indexOf(x, y))];
-        color.pixels += 1.0;
-        color.means += pixelNoise(sums, pixel, reference).mean;
+        const std::size_t tile = grid.indexOf(x, y);
+        const PixelNoise noise = pixelNoise(sums, pixel, reference);
+        for (Sums* const each : {&colors[colorOf(grid, tile)], &tiles[tile]}) {
+            each->pixels += 1.0;
+            each->means += noise.mean;
+            if (noise.variance > 0.0) each->errors += noise.variance / noise.samples;
+        }
+    });
+    eachPixel(film, [&](const Film& sums, std::size_t pixel, int reference, int x, int y) {
+        Sums& tile = tiles[grid.indexOf(x, y)];
+        const double away = pixelNoise(sums, pixel, reference).mean - tile.mean();
+        tile.spread += away * away;
     });
     eachPixel(film, [&](const Film& sums, std::size_t pixel, int reference, int x, int y) {
         const std::size_t tile = grid.indexOf(x, y);
         const Sums& color = colors[colorOf(grid, tile)];
         const PixelNoise noise = pixelNoise(sums, pixel, reference);
-        const double scale = std::abs(noise.mean) + kFloor * std::abs(color.means) / color.pixels;
-        tiles[tile].pixels += 1.0;
+        const double scale = std::abs(tiles[tile].shrunk(noise.mean)) + kFloor * std::abs(color.mean());
         if (noise.variance > 0.0) tiles[tile].squares += noise.variance / (scale * scale);
     });
 
@@ -95,5 +113,7 @@ std::vector<double> adaptiveShares(const SharedFilm& film) {
     }
     return shares;
 }
+
+bool isShare(double share) noexcept { return share >= kLeast && share <= kMost; }
 
 }  // namespace nemra::core

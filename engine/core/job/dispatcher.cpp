@@ -37,7 +37,7 @@ std::size_t indexOf(Dispatcher::Slot slot) { return static_cast<std::size_t>(slo
 
 void Dispatcher::set(Slot slot, void* user, void (*function)()) {
     const std::lock_guard lock(mutex_);
-    callbacks_[indexOf(slot)] = {user, function};
+    callbacks_[indexOf(slot)] = {user, function, ++settings_};
     if (slot == Slot::message) saidMessageFault_ = false;
 }
 
@@ -50,6 +50,13 @@ void Dispatcher::setStatistics(void* user, nemra_renderer_statistics_callback ca
 void Dispatcher::setMessage(void* user, nemra_renderer_message_callback callback) { set(Slot::message, user, erased(callback)); }
 
 void Dispatcher::setBusy(void* user, nemra_server_busy_callback callback) { set(Slot::busy, user, erased(callback)); }
+
+/// So that nothing is made any more for a host that wouldn't look at it. Unless it has set its callback anew meanwhile.
+void Dispatcher::noteEmpty(Slot slot, const Callback& callback) {
+    const std::lock_guard lock(mutex_);
+    Callback& kept = callbacks_[indexOf(slot)];
+    if (kept.setting == callback.setting) kept.function = nullptr;
+}
 
 bool Dispatcher::wants(Slot slot) const {
     const std::lock_guard lock(mutex_);
@@ -224,15 +231,26 @@ bool Dispatcher::call(Slot slot, Arguments... arguments) {
     if (!wants(slot)) return false;
     std::string what;
     bool done = false;
+    Callback callback;
     const auto body = [&] {
         // Only now: with the host's lock in hand, the renderer isn't released between this look and the callback's own first
         // steps.
-        const Callback callback = callbackOf(slot);
+        callback = callbackOf(slot);
         if (!callback.function) return;
         reinterpret_cast<Function>(callback.function)(callback.user, arguments...);
         done = true;
     };
-    if (callHost(body, what) == HostCall::threw) noteFault(slot, what);
+    switch (callHost(body, what)) {
+        case HostCall::threw:
+            noteFault(slot, what);
+            break;
+        case HostCall::empty:
+            noteEmpty(slot, callback);
+            break;
+        case HostCall::done:
+        case HostCall::closed:
+            break;
+    }
     return done;
 }
 

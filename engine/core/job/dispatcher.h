@@ -87,10 +87,12 @@ private:
     struct Callback {
         void* user = nullptr;
         void (*function)() = nullptr;  ///< cast back to its own type before it is called
+        std::uint64_t setting = 0;     ///< number of the call that has set it
     };
 
     void set(Slot slot, void* user, void (*function)());
     Callback callbackOf(Slot slot) const;
+    void noteEmpty(Slot slot, const Callback& callback);
     void post(Event event, From from);
     void startThread();
     void run();
@@ -111,6 +113,7 @@ private:
     bool closed_ = false;
     bool running_ = false;
     std::array<Callback, kSlotCount> callbacks_{};
+    std::uint64_t settings_ = 0;                    ///< calls that have set a callback
     int faults_ = 0;                                ///< exceptions that callbacks have left with us
     bool saidMessageFault_ = false;                 ///< of the message callback that is set
     std::array<nemra_raw_t*, kSlotCount> given_{};  ///< handle that the slot's callback received last

@@ -60,14 +60,14 @@ std::vector<Piece> DoneSamples::done() const {
     return pieces;
 }
 
-std::vector<Piece> DoneSamples::missing() const {
+std::vector<Piece> DoneSamples::missing(std::uint32_t first) const {
     std::vector<Piece> pieces;
     const std::uint32_t last = end();
     for (std::size_t i = 0; i < bands_.size(); ++i) {
-        std::uint32_t from = 0;
+        std::uint32_t from = first;
         for (const Range& range : bands_[i].ranges) {
             if (range.first > from) pieces.push_back({rows(i), from, range.first - from});
-            from = range.end;
+            from = std::max(from, range.end);
         }
         if (last > from) pieces.push_back({rows(i), from, last - from});
     }

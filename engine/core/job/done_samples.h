@@ -19,8 +19,8 @@ public:
 
     /// What is there, in as few pieces as rows of the same samples allow.
     std::vector<Piece> done() const;
-    /// What isn't there below end().
-    std::vector<Piece> missing() const;
+    /// What isn't there from the index `first` to end().
+    std::vector<Piece> missing(std::uint32_t first = 0) const;
     /// One more than the highest sample that any pixel has.
     std::uint32_t end() const noexcept;
 

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "engine/core/api/version.h"
-#include "engine/node/svbin/svbin.h"
 
 namespace nemra::core {
 
@@ -35,11 +34,12 @@ private:
 
 }  // namespace
 
-std::uint64_t fingerprintOf(const node::Scene& scene, const std::string& setup) {
+std::uint64_t fingerprintOf(const SceneContent& content, const std::string& setup) {
     Mix mix;
     mix.text(kVersionText);
     mix.text(setup);
-    mix.text(node::writeSvbin(scene).text());
+    mix.text(content.scene.text());
+    mix.text(content.library.text());
     return mix.value();
 }
 

@@ -4,12 +4,12 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/node/scene.h"
+#include "engine/core/job/scene_content.h"
 
 namespace nemra::core {
 
-/// Of all that the samples of a render depend on: the scene as it was read, with what it imports, the setup and the version of
-/// the engine. What libraries hold isn't in it. Never 0. Two scenes have the same one by chance once in 2^64 times.
-std::uint64_t fingerprintOf(const node::Scene& scene, const std::string& setup);
+/// Of all that the samples of a render depend on: what it reads, the setup and the version of the engine. Never 0. Two renders
+/// have the same one by chance once in 2^64 times.
+std::uint64_t fingerprintOf(const SceneContent& content, const std::string& setup);
 
 }  // namespace nemra::core

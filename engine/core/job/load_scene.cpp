@@ -18,14 +18,15 @@ LoadedScene prepare(node::Scene& scene, const std::string& path, const Settings&
     // Half a scene would give a wrong picture.
     if (!node::loadImports(scene, path, node::Unknown::refuse)) return {};
     Libraries libraries(settings.libraryPaths);
-    const std::uint64_t fingerprint = settings.resume ? fingerprintOf(scene, settings.setup) : 0;
-    LoadedScene loaded{prepareScene(scene, settings.setup, &libraries, fingerprint), nullptr};
-    if (!loaded.prepared || !wantsParcel) return loaded;
+    LoadedScene loaded{prepareScene(scene, settings.setup, &libraries), nullptr, 0};
+    if (!loaded.prepared || !(wantsParcel || settings.resume)) return loaded;
     try {
-        loaded.parcel = std::make_shared<const Buffer>(worker::packScene(scene, libraries.taken()));
+        const SceneContent content = contentOf(scene, libraries.taken());
+        if (settings.resume) loaded.fingerprint = fingerprintOf(content, settings.setup);
+        if (wantsParcel) loaded.parcel = std::make_shared<const Buffer>(worker::packScene(content));
     } catch (const std::length_error& e) {
         log::error(path.empty() ? "scene \"" + scene.name + "\"" : path,
-                   std::string("it can't go to render workers: ") + e.what());
+                   std::string(wantsParcel ? "it can't go to render workers: " : "a render of it can't be resumed: ") + e.what());
         return {};
     }
     return loaded;

@@ -1,6 +1,7 @@
 /// From a scene's bytes to a scene made ready for rendering.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -14,6 +15,7 @@ namespace nemra::core {
 struct LoadedScene {
     std::shared_ptr<const PreparedScene> prepared;  ///< null after one error message
     std::shared_ptr<const Buffer> parcel;           ///< for render workers (worker/scene_parcel.h), if it was wanted
+    std::uint64_t fingerprint = 0;                  ///< for renders with "resume" (fingerprint.h)
 };
 
 /// `path` is absolute.

@@ -1,13 +1,12 @@
 #include "engine/core/job/noise.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <limits>
 
 #include "engine/core/job/pixel_noise.h"
+#include "engine/core/job/thread_time.h"
 
 namespace nemra::core {
 
@@ -17,13 +16,6 @@ constexpr std::uint32_t kFewestSamples = 16;  // fewer say little about their ow
 constexpr double kFloor = 0.01;
 constexpr double kShortestInterval = 0.25;  // s
 constexpr double kIntervalPerLook = 200.0;
-
-/// s of the processor that this thread has had: waiting for a tile that is being rendered takes nothing from the render.
-double ownTime() {
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1.0e-9 * static_cast<double>(time.tv_nsec);
-}
 
 }  // namespace
 
@@ -49,9 +41,9 @@ double relativeNoise(const SharedFilm& shared) {
 }
 
 bool NoiseWatch::isQuiet(const SharedFilm& film) {
-    const double before = ownTime();
+    const double before = threadTime();
     const double noise = relativeNoise(film);
-    const double interval = std::max(kShortestInterval, kIntervalPerLook * (ownTime() - before));
+    const double interval = std::max(kShortestInterval, kIntervalPerLook * (threadTime() - before));
     next_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(interval));
     return noise <= wanted_;
 }

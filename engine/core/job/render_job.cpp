@@ -11,6 +11,7 @@
 #include "engine/common/log.h"
 #include "engine/core/job/adaptive.h"
 #include "engine/core/job/job_threads.h"
+#include "engine/core/job/thread_time.h"
 #include "engine/core/output/write_result.h"
 
 namespace nemra::core {
@@ -22,9 +23,6 @@ using Seconds = std::chrono::duration<double>;
 /// What one call of the renderer should take: long against its own cost, short against the 100 ms in which a pause must work.
 constexpr double kChunkSeconds = 0.010;
 constexpr auto kStatisticsInterval = std::chrono::milliseconds(250);
-constexpr double kFirstUpdateSeconds = 1.0;
-constexpr double kUpdateGrowth = 1.25;
-constexpr double kLongestUpdateSeconds = 10.0;
 
 /// Samples of each pixel that outside workers take at least, since each piece costs them a film to send.
 constexpr std::uint32_t kOutsideSamples = 16;
@@ -55,6 +53,14 @@ RenderCounts countsOf(const Film& film, const std::vector<Piece>& done, double t
     return counts;
 }
 
+/// Of the film, and of what is derived from it for the host.
+std::size_t copyBytes(const SharedFilm& film) {
+    constexpr std::size_t perCell = 3 * sizeof(double);
+    constexpr std::size_t perPixel = 6 * sizeof(double) + 2 * sizeof(std::uint32_t) + 1;
+    const TileGrid& grid = film.grid();
+    return static_cast<std::size_t>(grid.width) * static_cast<std::size_t>(grid.height) * (perCell * film.channels() + perPixel);
+}
+
 /// Here, so that the host doesn't wait for it at its first pixel.
 void makeView(const Raw& raw) {
     try {
@@ -73,17 +79,26 @@ RenderJob::RenderJob(JobPlan plan, std::shared_ptr<Dispatcher> dispatcher)
       threads_(std::max(plan.hasOutsideWorkers ? 0 : 1, plan.threads)),
       outputFile_(std::move(plan.outputFile)),
       outputRaw_(plan.outputRaw),
+      adaptive_(plan.adaptive),
       resumable_(plan.resumable),
+      fingerprint_(plan.fingerprint),
       film_(*scene_, gridOf(plan)),
-      schedule_(film_.grid()),
+      schedule_(film_.grid(), plan.firstSample),
       piloting_(plan.adaptive),
       halt_(plan.halt),
       noise_(plan.haltNoise),
-      clock_(plan.from ? plan.from->time : 0.0) {
+      clock_(plan.from ? plan.from->time : 0.0),
+      timeBefore_(plan.from ? plan.from->time : 0.0),
+      updates_(threads_, copyBytes(film_)) {
     if (!resumable_) return;
     film_.keepAccount(plan.from.get());
     schedule_.goOnFrom(film_.done());
     if (plan.from) {
+        const auto& adaptive = plan.from->progress->adaptive;
+        if (piloting_ && adaptive && !adaptive->shares.empty()) {
+            schedule_.setShares(adaptive->pilot, adaptive->shares);
+            piloting_ = false;
+        }
         const RenderCounts before = countsOf(*plan.from->film, plan.from->progress->done, plan.from->time);
         samples_ = before.samples;
         wrong_ = before.wrong;
@@ -108,8 +123,7 @@ void RenderJob::begin() {
             throw std::system_error(EAGAIN, std::generic_category(),
                                     "no thread for the render");  // the others find the state idle
         }
-        updateInterval_ = kFirstUpdateSeconds;
-        nextUpdate_ = Clock::now() + ticks<Clock::duration>(kFirstUpdateSeconds);
+        updates_.begin(Clock::now());
         try {
             setState(NEMRA_RENDERER_RUNNING, Dispatcher::From::host);
         } catch (...) {
@@ -228,7 +242,9 @@ void RenderJob::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
         if (state_ == NEMRA_RENDERER_STOPPING || state_ == NEMRA_RENDERER_IDLE) return;
-        const auto piece = state_ == NEMRA_RENDERER_RUNNING ? schedule_.next(sampleLimit()) : std::nullopt;
+        const auto piece = state_ == NEMRA_RENDERER_RUNNING
+                               ? schedule_.next(sampleLimit(), {.least = adaptive_ ? kAdaptivePiece : 1})
+                               : std::nullopt;
         if (!piece) {
             if (outstanding_ == 0) conductor_.notify_all();
             workers_.wait(lock);
@@ -236,6 +252,7 @@ void RenderJob::work() {
         }
         ++outstanding_;
         lock.unlock();
+        const double before = threadTime();
         try {
             renderPiece(*piece);
         } catch (...) {
@@ -243,7 +260,9 @@ void RenderJob::work() {
             --outstanding_;
             throw;
         }
+        const double took = threadTime() - before;
         lock.lock();
+        renderSeconds_ += took;
         --outstanding_;
         if (outstanding_ == resting_) conductor_.notify_all();  // a pause may be waiting for just this piece
     }
@@ -413,16 +432,12 @@ void RenderJob::whileRunning(std::unique_lock<std::mutex>& lock) {
         lookAtNoise(lock);
         return;
     }
-    const bool isDue = now >= nextUpdate_;
-    if (isDue) {
-        updateInterval_ = std::min(updateInterval_ * kUpdateGrowth, kLongestUpdateSeconds);
-        nextUpdate_ = now + ticks<Clock::duration>(updateInterval_);
-    }
+    const bool isDue = updates_.isDue(now, threads_ > 0 ? renderSeconds_ : clock_.elapsed(now) - timeBefore_);
     if (std::exchange(updateRequested_, false) || isDue) {
         postUpdate(lock);
         return;
     }
-    auto until = std::min(nextStatistics_, nextUpdate_);
+    auto until = std::min(nextStatistics_, updates_.next());
     if (looksAtNoise) until = std::min(until, noise_.next());
     if (halt_.waitsForTime()) {
         const double left = std::min(halt_.secondsLeft(clock_.elapsed(now)), 1.0e6);
@@ -552,6 +567,7 @@ void RenderJob::endWithoutResult() {
 
 void RenderJob::postUpdate(std::unique_lock<std::mutex>& lock) {
     lock.unlock();
+    const double before = threadTime();
     std::shared_ptr<Raw> raw;
     const bool isWanted = dispatcher_->wants(Dispatcher::Slot::update);
     if (isWanted) raw = snapshot();
@@ -560,7 +576,9 @@ void RenderJob::postUpdate(std::unique_lock<std::mutex>& lock) {
     } else if (isWanted && !std::exchange(saidNoUpdates_, true)) {
         log::warning("renderer", "there is no memory for a copy of the result: this update is left out");
     }
+    const double took = threadTime() - before;
     lock.lock();
+    if (isWanted) updates_.add(took);
 }
 
 void RenderJob::tickStatistics(Clock::time_point now) {
@@ -571,16 +589,19 @@ void RenderJob::tickStatistics(Clock::time_point now) {
 
 std::shared_ptr<Raw> RenderJob::makeRaw(FilmState state) const {
     RenderCounts now;
+    std::optional<AdaptiveProgress> adaptive;
     {
         const std::lock_guard lock(mutex_);
         now = counts(Clock::now());
+        // Asked for when the film's copy is there already: as long as there are no shares it has nothing but the pilot.
+        if (resumable_ && adaptive_) adaptive.emplace(AdaptiveProgress{kPilotSamples, schedule_.shares()});
     }
     // What was counted meanwhile isn't in this film.
     if (resumable_) now = countsOf(*state.film, state.done, now.time);
     auto raw = std::make_shared<Raw>(std::move(state.film), *scene_, now);
     if (resumable_) {
         raw->setProgress(std::make_shared<const RenderProgress>(
-            RenderProgress{scene_->fingerprint(), film_.grid().size, std::move(state.done)}));
+            RenderProgress{fingerprint_, film_.grid().size, std::move(state.done), std::move(adaptive)}));
     }
     return raw;
 }

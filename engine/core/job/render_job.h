@@ -21,6 +21,7 @@
 #include "engine/core/job/render_clock.h"
 #include "engine/core/job/shared_film.h"
 #include "engine/core/job/tile_schedule.h"
+#include "engine/core/job/update_rate.h"
 #include "engine/core/render.h"
 
 namespace nemra::core {
@@ -30,12 +31,14 @@ struct JobPlan {
     int threads = 1;                 ///< of our own; without outside workers at least one
     bool hasOutsideWorkers = false;  ///< others take pieces of this render
     HaltCondition halt;
-    double haltNoise = 0.0;     ///< ends the render as `halt` does, see relativeNoise; 0 or below for none
-    std::string outputFile;     ///< absolute; "" for none
-    bool outputRaw = false;     ///< the file takes the sensor's channels instead of the output node's picture
-    bool adaptive = false;      ///< more samples where the picture is noisy, see adaptiveShares; not together with the next one
-    bool resumable = false;     ///< a later render can go on from the results, and they are saved meanwhile; needs a svraw file
-    double saveInterval = 0.0;  ///< s between saved results; 0 or below for none but the last
+    double haltNoise = 0.0;  ///< ends the render as `halt` does, see relativeNoise; 0 or below for none
+    std::string outputFile;  ///< absolute; "" for none
+    bool outputRaw = false;  ///< the file takes the sensor's channels instead of the output node's picture
+    bool adaptive = false;   ///< more samples where the picture is noisy, see adaptiveShares; not together with the next one
+    std::uint32_t firstSample = 0;  ///< the index of each pixel's first sample; others have those before
+    bool resumable = false;  ///< a later render can go on from the results, and they are saved meanwhile; needs a svraw file
+    std::uint64_t fingerprint = 0;            ///< what tells such a render from others, see fingerprintOf
+    double saveInterval = 0.0;                ///< s between saved results; 0 or below for none but the last
     std::shared_ptr<const ResumePoint> from;  ///< what to go on from; null for the beginning
 };
 
@@ -130,7 +133,9 @@ private:
     const int threads_;
     const std::string outputFile_;
     const bool outputRaw_;
+    const bool adaptive_;
     const bool resumable_;
+    const std::uint64_t fingerprint_;
     std::unique_ptr<AutoSave> autoSave_;        ///< null for none
     std::vector<std::function<void()>> wakes_;  ///< unchanged from begin() on
 
@@ -158,8 +163,9 @@ private:
     std::uint64_t samplesAtFinish_ = 0;  ///< that the last posted finish showed
     RenderClock clock_;                  ///< with the time of the render that this one goes on from
     Clock::time_point nextStatistics_;
-    Clock::time_point nextUpdate_;
-    double updateInterval_ = 1.0;  ///< s
+    const double timeBefore_;     ///< s, of earlier sessions
+    double renderSeconds_ = 0.0;  ///< of the processor, that the render threads have had for their pieces
+    UpdateRate updates_;
 };
 
 }  // namespace nemra::core

@@ -21,14 +21,15 @@ namespace {
 constexpr const char* kSource = "renderer";
 
 /// Plans to go on where an earlier render of the scene was saved. False after one error message.
-bool planResume(const Settings& settings, JobPlan& plan) {
+bool planResume(const Settings& settings, std::uint64_t fingerprint, JobPlan& plan) {
     if (!plan.outputRaw || formatOf(plan.outputFile) != "svraw") {
         log::error(kSource, "the parameter \"resume\" needs \"output_raw\", and an \"output_file_name\" for a svraw file");
         return false;
     }
     plan.resumable = true;
+    plan.fingerprint = fingerprint;
     plan.saveInterval = settings.saveInterval;
-    return findResumePoint(plan.outputFile, *plan.scene, plan.from);
+    return findResumePoint(plan.outputFile, {*plan.scene, fingerprint, plan.adaptive}, plan.from);
 }
 
 }  // namespace
@@ -58,6 +59,11 @@ void Renderer::say(LogLevel_t level, const std::string& text) {
 std::shared_ptr<RenderJob> Renderer::job() const {
     const std::lock_guard lock(mutex_);
     return job_;
+}
+
+HaltCondition Renderer::halt() const {
+    const std::lock_guard lock(mutex_);
+    return halt_;
 }
 
 void Renderer::setParameter(std::string_view name, std::string_view value) {
@@ -168,11 +174,16 @@ bool Renderer::startChecked(const Loader& load) {
     }
     plan.haltNoise = settings.haltNoise;
     plan.adaptive = settings.adaptive;
-    if (settings.resume && settings.adaptive) {
-        log::error(kSource, "the parameters \"resume\" and \"adaptive\" don't go together");
+    plan.firstSample = settings.firstSample;
+    if (settings.adaptive && settings.firstSample > 0) {
+        log::error(kSource, "the parameters \"adaptive\" and \"first_sample\" don't go together: all begin with the same pilot");
         return false;
     }
-    if (settings.resume && !planResume(settings, plan)) return false;
+    if (settings.firstSample > 0 && halt().sampleLimit() <= settings.firstSample) {
+        log::warning(kSource,
+                     "\"first_sample\" is not below the samples per pixel of the halt condition: there is nothing to render");
+    }
+    if (settings.resume && !planResume(settings, loaded.fingerprint, plan)) return false;
 
     std::shared_ptr<RenderJob> before;
     std::shared_ptr<RenderJob> job;

@@ -53,6 +53,7 @@ private:
     };
 
     std::shared_ptr<RenderJob> job() const;
+    HaltCondition halt() const;
     void say(LogLevel_t level, const std::string& text);
     bool startChecked(const Loader& load);
     void startRemote(std::vector<worker::RemoteNode::Target> targets, std::shared_ptr<RenderJob> job, const LoadedScene& loaded,

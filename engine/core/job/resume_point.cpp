@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "engine/common/log.h"
+#include "engine/core/job/adaptive.h"
 #include "engine/core/job/done_samples.h"
 #include "engine/core/job/halt_condition.h"
 #include "engine/core/job/tile_grid.h"
@@ -29,12 +30,19 @@ bool isInside(const PreparedScene::Tile& tile, const Film& film) {
            tile.y1 <= film.height;
 }
 
+bool isPlausible(const AdaptiveProgress& adaptive, const TileGrid& grid) {
+    if (adaptive.pilot != kPilotSamples || grid.size != kAdaptiveTile) return false;
+    return adaptive.shares.empty() ||
+           (adaptive.shares.size() == grid.count() && std::all_of(adaptive.shares.begin(), adaptive.shares.end(), isShare));
+}
+
 /// Whether the pieces can be what the film was made of: in their tiles, none twice, and for each pixel at least as many samples
 /// as it kept.
 bool isPlausible(const RenderProgress& progress, const Film& film) {
     constexpr int mostPieces = 256;  // of a tile; a few come from threads that were stopped in the middle of one
     if (progress.tileSize < TileGrid::kSmallest || progress.tileSize > TileGrid::kLargest) return false;
     const TileGrid grid{film.width, film.height, progress.tileSize};
+    if (progress.adaptive && !isPlausible(*progress.adaptive, grid)) return false;
     std::vector<DoneSamples> tiles;
     tiles.reserve(grid.count());
     for (std::size_t i = 0; i < grid.count(); ++i) tiles.emplace_back(grid.tile(i));
@@ -54,7 +62,7 @@ bool isPlausible(const RenderProgress& progress, const Film& film) {
 
 }  // namespace
 
-bool findResumePoint(const std::string& path, const PreparedScene& scene, std::shared_ptr<const ResumePoint>& point) {
+bool findResumePoint(const std::string& path, const RenderIdentity& render, std::shared_ptr<const ResumePoint>& point) {
     point = nullptr;
     if (::access(path.c_str(), F_OK) != 0) return true;
     const auto bytes = readFileWhole(path);
@@ -67,8 +75,13 @@ bool findResumePoint(const std::string& path, const PreparedScene& scene, std::s
         return false;
     };
     if (!parts.progress) return refuse("it wasn't saved by a render with \"resume\"");
-    if (parts.progress->fingerprint != scene.fingerprint() || !isOf(scene, *parts.film)) {
-        return refuse("it is of another scene, another setup or another version of the engine");
+    if (parts.progress->fingerprint != render.fingerprint || !isOf(render.scene, *parts.film)) {
+        return refuse(
+            "it is of another scene, another setup or another version of the engine, or what libraries gave has changed");
+    }
+    if (parts.progress->adaptive.has_value() != render.adaptive) {
+        return refuse(render.adaptive ? "it was saved by a render without \"adaptive\""
+                                      : "it was saved by a render with \"adaptive\"");
     }
     if (!isPlausible(*parts.progress, *parts.film)) return refuse("its record of the samples taken is damaged");
     point = std::make_shared<const ResumePoint>(ResumePoint{parts.film, parts.progress, parts.counts.time});

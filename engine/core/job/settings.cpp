@@ -6,6 +6,8 @@
 #include <charconv>
 #include <thread>
 
+#include "engine/core/job/halt_condition.h"
+
 namespace nemra::core {
 
 namespace {
@@ -55,6 +57,10 @@ bool Settings::set(std::string_view name, std::string_view value, std::string& w
         return toNumber(value, saveInterval) || wrong("a number of seconds");
     } else if (name == "halt_noise") {
         return toNumber(value, haltNoise) || wrong("a number");
+    } else if (name == "first_sample") {
+        std::uint32_t first = 0;
+        if (!toNumber(value, first) || first >= HaltCondition::kEndOfSamples) return wrong("the index of a sample");
+        firstSample = first;
     } else if (name == "num_threads") {
         return toThreads(value, threads) || wrong("a whole number");
     } else if (name == "remote_host") {

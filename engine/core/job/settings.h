@@ -1,6 +1,7 @@
 /// Parameters of a renderer by their names.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@ struct Settings {
     double saveInterval = 60.0;             ///< "save_interval", s: how often; zero or below for never
     bool adaptive = false;                  ///< "adaptive": more samples where the picture is noisy
     double haltNoise = 0.0;                 ///< "halt_noise": see relativeNoise; zero or below for none
+    std::uint32_t firstSample = 0;          ///< "first_sample": index of each pixel's first sample
     int threads = 0;                        ///< "num_threads": zero or below for all cores
     std::string remoteHost;                 ///< "remote_host": host:port of a worker
     bool localRemoteServer = false;         ///< "local_remote_server": a worker in this process instead

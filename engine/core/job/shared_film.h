@@ -32,6 +32,7 @@ public:
     const std::vector<DoneSamples>& done() const noexcept { return done_; }
 
     const TileGrid& grid() const noexcept { return grid_; }
+    std::size_t channels() const noexcept { return film_->channels.size(); }  ///< how many; before release()
 
     /// Renders a piece into the film: straight into it, or on the side where account is kept, so that what `cancel` has cut short
     /// is left out.

@@ -22,14 +22,15 @@ std::optional<Piece> cutBehind(Piece& piece, std::uint32_t count) {
 
 }  // namespace
 
-TileSchedule::TileSchedule(TileGrid grid) : grid_(grid), nextSample_(grid.count(), 0) {}
+TileSchedule::TileSchedule(TileGrid grid, std::uint32_t first)
+    : grid_(grid), first_(first), nextSample_(grid.count(), first), passEnd_(first + 1), handedOut_(allBelow(first)) {}
 
 void TileSchedule::goOnFrom(const std::vector<DoneSamples>& done) {
     handedOut_ = 0;
     for (std::size_t i = 0; i < nextSample_.size(); ++i) {
-        nextSample_[i] = done[i].end();
+        nextSample_[i] = std::max(first_, done[i].end());
         handedOut_ += Piece{grid_.tile(i), 0, nextSample_[i]}.samples();
-        for (const Piece& piece : done[i].missing()) giveBack(piece);
+        for (const Piece& piece : done[i].missing(first_)) giveBack(piece);
     }
 }
 
@@ -73,9 +74,11 @@ std::optional<Piece> TileSchedule::nextOfPass(std::uint32_t limit, std::uint32_t
         }
         if (hasAll(limit)) return std::nullopt;
         if (hasAll(passEnd_)) {
-            // Without shares a pass begins where the tiles are, which may be far on: with a render that was gone on with.
-            const std::uint32_t level = shares_.empty() ? *std::min_element(nextSample_.begin(), nextSample_.end()) : passEnd_;
-            passEnd_ = level + std::clamp(level, 1U, kLongestPass);
+            // A pass begins where the tiles are, which may be far on: with a render that was gone on with.
+            std::uint32_t level = HaltCondition::kEndOfSamples;
+            for (std::size_t tile = 0; tile < nextSample_.size(); ++tile) level = std::min(level, levelOf(tile));
+            level = std::max(level, passEnd_);
+            passEnd_ = level + std::clamp(level - first_, 1U, kLongestPass);
         }
         cursor_ = 0;
     }
@@ -96,6 +99,14 @@ std::uint32_t TileSchedule::limitOf(const PreparedScene::Tile& tile, std::uint32
     return limitOf(grid_.indexOf(tile.x0, tile.y0), limit);
 }
 
+/// The limit at which the tile has what it needs, rounded down.
+std::uint32_t TileSchedule::levelOf(std::size_t tile) const noexcept {
+    const std::uint32_t next = nextSample_[tile];
+    if (shares_.empty() || next <= pilot_) return next;
+    return static_cast<std::uint32_t>(
+        std::min<double>(pilot_ + std::floor((next - pilot_) / shares_[tile]), HaltCondition::kEndOfSamples));
+}
+
 bool TileSchedule::hasAll(std::uint32_t limit) const noexcept {
     for (std::size_t tile = 0; tile < nextSample_.size(); ++tile) {
         if (nextSample_[tile] < limitOf(tile, limit)) return false;
@@ -114,9 +125,13 @@ bool TileSchedule::allHandedOut(std::uint32_t limit) const {
                                          [&](const Piece& piece) { return piece.first < limitOf(piece.tile, limit); });
 }
 
-std::uint64_t TileSchedule::left(std::uint32_t limit) const noexcept {
+std::uint64_t TileSchedule::allBelow(std::uint32_t limit) const noexcept {
     const std::uint64_t pixels = static_cast<std::uint64_t>(grid_.width) * static_cast<std::uint64_t>(grid_.height);
-    const std::uint64_t all = pixels * std::min(limit, HaltCondition::kEndOfSamples);
+    return pixels * std::min(limit, HaltCondition::kEndOfSamples);
+}
+
+std::uint64_t TileSchedule::left(std::uint32_t limit) const noexcept {
+    const std::uint64_t all = allBelow(limit);
     return all > handedOut_ ? all - handedOut_ : 0;
 }
 

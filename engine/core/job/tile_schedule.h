@@ -16,7 +16,8 @@ namespace nemra::core {
 /// even at any moment and long passes keep memory local. Not thread-safe.
 class TileSchedule {
 public:
-    explicit TileSchedule(TileGrid grid);
+    /// Samples before the index `first` are nobody's here.
+    explicit TileSchedule(TileGrid grid, std::uint32_t first = 0);
 
     /// Begins with what isn't done yet; `done` has one for each tile.
     void goOnFrom(const std::vector<DoneSamples>& done);
@@ -24,6 +25,7 @@ public:
     /// From the sample index `pilot` on each tile gets samples in proportion to its share, with the mean 1: limits are then means
     /// over the image.
     void setShares(std::uint32_t pilot, std::vector<double> shares);
+    const std::vector<double>& shares() const noexcept { return shares_; }  ///< per tile; empty before they are set
     /// Sample index at which a tile has its part of such a limit.
     std::uint32_t limitOf(const PreparedScene::Tile& tile, std::uint32_t limit) const noexcept;
 
@@ -48,18 +50,21 @@ public:
 
 private:
     std::uint32_t limitOf(std::size_t tile, std::uint32_t limit) const noexcept;
+    std::uint64_t allBelow(std::uint32_t limit) const noexcept;
+    std::uint32_t levelOf(std::size_t tile) const noexcept;
     bool hasAll(std::uint32_t limit) const noexcept;  ///< but for what came back
     std::optional<Piece> nextReturned(std::uint32_t limit);
     std::optional<Piece> nextOfPass(std::uint32_t limit, std::uint32_t least);
 
     TileGrid grid_;
+    std::uint32_t first_;
     std::vector<std::uint32_t> nextSample_;  ///< per tile
     std::vector<Piece> returned_;
     std::uint32_t pilot_ = 0;
     std::vector<double> shares_;   ///< per tile; empty where all are 1
     std::size_t cursor_ = 0;       ///< tile that this pass looks at next
-    std::uint32_t passEnd_ = 1;    ///< sample index at which this pass ends
-    std::uint64_t handedOut_ = 0;  ///< samples, those that came back taken off
+    std::uint32_t passEnd_;        ///< sample index at which this pass ends
+    std::uint64_t handedOut_ = 0;  ///< samples, those that came back taken off and those before the first one added
 };
 
 }  // namespace nemra::core

@@ -85,7 +85,6 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     bakeWavelengths(environment);
     placeCamera();
     chooseRounding(environment);
-    fingerprint_ = options.fingerprint;
     renderBatch_ = options.kernel ? options.kernel : bestKernel();
 }
 
@@ -268,11 +267,9 @@ PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t firs
     return counts;
 }
 
-std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName, Libraries* libraries,
-                                                  std::uint64_t fingerprint) {
+std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName, Libraries* libraries) {
     try {
-        return std::make_shared<const Prepared>(scene, setupName,
-                                                PrepareOptions{.libraries = libraries, .fingerprint = fingerprint});
+        return std::make_shared<const Prepared>(scene, setupName, PrepareOptions{.libraries = libraries});
     } catch (const SceneFault& fault) {
         log::error(fault.source(), fault.what());
     } catch (const std::bad_alloc&) {

@@ -18,7 +18,6 @@ struct PrepareOptions {
     std::size_t flatLimit = kFlatLimit;
     RenderBatch kernel = nullptr;    ///< null: the best that runs here
     Libraries* libraries = nullptr;  ///< where names are looked up that the scene doesn't have; null: nowhere
-    std::uint64_t fingerprint = 0;
 };
 
 class Prepared final : public PreparedScene {
@@ -34,7 +33,6 @@ public:
     QuantityFactors quantities() const noexcept override;
     double offAxis(int x, int y) const noexcept override;
     std::shared_ptr<const node::Node> instrument() const noexcept override { return setup_.instrument; }
-    std::uint64_t fingerprint() const noexcept override { return fingerprint_; }
     std::size_t memory() const noexcept override;
     using PreparedScene::makeFilm;
     std::unique_ptr<Film> makeFilm(Tile tile) const override;
@@ -68,7 +66,6 @@ private:
     std::vector<std::uint16_t> boxOf_;
     KernelScene kernel_;
     RenderBatch renderBatch_ = nullptr;
-    std::uint64_t fingerprint_ = 0;
 
     mutable std::mutex spareMutex_;
     mutable std::vector<Workspace*> spare_;

@@ -87,6 +87,7 @@ public:
         if (chunk.tag != kEnd) fail(chunk.at, "chunk '" + std::string(chunk.tag) + "' in the wrong place");
         if (rest_.left() > 0) fail("bytes behind the end");
         parts_.film = std::move(film_);
+        parts_.progress = std::move(progress_);
         return std::make_shared<Raw>(std::move(parts_));
     }
 
@@ -111,6 +112,7 @@ private:
             if (chunk.tag[0] < 'a' || chunk.tag[0] > 'z') return chunk;
             if (!isWhole(chunk)) fail(chunk.at, kWrongSum);
             if (chunk.tag == kProgress) readProgress(chunk);
+            if (chunk.tag == kAdaptive) readAdaptive(chunk);
         }
     }
 
@@ -160,7 +162,14 @@ private:
     void readProgress(const Chunk& chunk) {
         auto progress = decodeProgress(chunk.payload);
         if (!progress) fail(chunk.at, "the record of the samples taken is damaged");
-        parts_.progress = std::make_shared<const RenderProgress>(std::move(*progress));
+        progress->adaptive = progress_ ? std::move(progress_->adaptive) : std::nullopt;
+        progress_ = std::make_shared<RenderProgress>(std::move(*progress));
+    }
+
+    void readAdaptive(const Chunk& chunk) {
+        auto adaptive = decodeAdaptive(chunk.payload);
+        if (!adaptive || !progress_) fail(chunk.at, "the record of adaptive sampling is damaged");
+        progress_->adaptive = std::move(adaptive);
     }
 
     void readChannels(const Chunk& chunk) {
@@ -298,6 +307,7 @@ private:
     std::shared_ptr<Film> film_ = std::make_shared<Film>();
     std::size_t pixels_ = 0;
     RawParts parts_;
+    std::shared_ptr<RenderProgress> progress_;
 };
 
 }  // namespace

@@ -43,4 +43,23 @@ std::optional<RenderProgress> decodeProgress(std::span<const char> bytes) {
     return progress;
 }
 
+std::vector<char> encodeAdaptive(const AdaptiveProgress& adaptive) {
+    std::vector<char> bytes;
+    bytes.reserve(8 + adaptive.shares.size() * sizeof(double));
+    appendNumber(bytes, adaptive.pilot);
+    appendNumber(bytes, static_cast<std::uint32_t>(adaptive.shares.size()));
+    for (const double share : adaptive.shares) appendNumber(bytes, share);
+    return bytes;
+}
+
+std::optional<AdaptiveProgress> decodeAdaptive(std::span<const char> bytes) {
+    ByteReader reader(bytes);
+    AdaptiveProgress adaptive;
+    adaptive.pilot = reader.value<std::uint32_t>();
+    adaptive.shares.resize(reader.count(sizeof(double)));
+    for (double& share : adaptive.shares) share = reader.value<double>();
+    if (!reader.ok() || reader.left() > 0) return std::nullopt;
+    return adaptive;
+}
+
 }  // namespace nemra::core

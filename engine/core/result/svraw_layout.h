@@ -20,6 +20,7 @@ inline constexpr std::string_view kChannels = "CHAN";
 inline constexpr std::string_view kInstrument = "INST";
 inline constexpr std::string_view kOutput = "OUTP";
 inline constexpr std::string_view kProgress = "prog";
+inline constexpr std::string_view kAdaptive = "adap";
 inline constexpr std::string_view kEnd = "END ";
 
 /// The arrays of a film, in the order of the file; each is cut into blocks, one chunk each.

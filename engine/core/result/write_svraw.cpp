@@ -130,6 +130,7 @@ void writeSvraw(const Raw& raw, const TakeBytes& take) {
     if (!goesOn) return;
     std::vector<char> end;
     if (parts.progress) appendChunk(end, kProgress, encodeProgress(*parts.progress));
+    if (parts.progress && parts.progress->adaptive) appendChunk(end, kAdaptive, encodeAdaptive(*parts.progress->adaptive));
     appendChunk(end, kEnd, std::span<const char>());
     take(end);
 }

@@ -6,9 +6,9 @@
 
 #include "engine/common/byte_reader.h"
 #include "engine/common/log.h"
+#include "engine/core/library/libraries.h"
 #include "engine/node/encoding/gzip.h"
 #include "engine/node/read_scene.h"
-#include "engine/node/svbin/svbin.h"
 
 namespace nemra::core::worker {
 
@@ -16,8 +16,8 @@ namespace {
 
 constexpr const char* kOrigin = "scene of the client";
 
-void appendBlock(Buffer& parcel, const node::Scene& scene) {
-    const Buffer packed = node::gzip(node::writeSvbin(scene).bytes());
+void appendBlock(Buffer& parcel, const Buffer& svbin) {
+    const Buffer packed = node::gzip(svbin.bytes());
     const auto size = static_cast<std::uint64_t>(packed.size());
     parcel.append({reinterpret_cast<const char*>(&size), sizeof size});
     parcel.append(packed.text());
@@ -37,13 +37,10 @@ bool namesFiles(const node::Scene& scene) {
 
 }  // namespace
 
-Buffer packScene(const node::Scene& scene, const std::vector<std::shared_ptr<const node::Node>>& fromLibraries) {
-    node::Scene library;
-    library.nodes.reserve(fromLibraries.size());
-    for (const auto& node : fromLibraries) library.nodes.push_back(node->copy());
+Buffer packScene(const SceneContent& content) {
     Buffer parcel;
-    appendBlock(parcel, library);
-    appendBlock(parcel, scene);
+    appendBlock(parcel, content.library);
+    appendBlock(parcel, content.scene);
     return parcel;
 }
 

@@ -7,15 +7,13 @@
 #include <vector>
 
 #include "engine/common/buffer.h"
-#include "engine/core/library/libraries.h"
+#include "engine/core/job/scene_content.h"
 #include "engine/core/render.h"
-#include "engine/node/scene.h"
 
 namespace nemra::core::worker {
 
-/// Of a scene whose imports are loaded, and the nodes that its preparation took from libraries. Gzipped. Throws std::length_error
-/// for more than a reader takes.
-Buffer packScene(const node::Scene& scene, const std::vector<std::shared_ptr<const node::Node>>& fromLibraries);
+/// Gzipped. Throws std::length_error for more than a reader takes.
+Buffer packScene(const SceneContent& content);
 
 /// Names that neither the scene nor the parcel has are looked for in `libraryPaths`. Null after error messages.
 std::shared_ptr<const PreparedScene> prepareParcel(std::span<const char> parcel, const std::string& setup,

@@ -6,49 +6,12 @@
 
 #include "engine/core/job/adaptive.h"
 #include "tests/engine/job/recorder.h"
+#include "tests/engine/job/sampled_scene.h"
 
 namespace nemra::test {
 namespace {
 
 constexpr std::uint32_t kPilot = core::kPilotSamples;
-
-/// Uniform in [0, 1): independent for each seed, pixel and sample.
-double uniform(std::uint32_t seed, int x, int y, std::uint32_t index) {
-    std::uint64_t hash = (static_cast<std::uint64_t>(seed) << 32 | index) * 0x9E3779B97F4A7C15U;
-    hash ^= (static_cast<std::uint64_t>(x) << 20 | static_cast<std::uint64_t>(y)) * 0xBF58476D1CE4E5B9U;
-    for (int i = 0; i < 2; ++i) {
-        hash ^= hash >> 31;
-        hash *= 0x94D049BB133111EBU;
-    }
-    return static_cast<double>(hash >> 40) / static_cast<double>(1 << 24);
-}
-
-/// A scene of one channel whose samples are what the test says; multiples of 2^-20, so that sums are exact.
-class SampledScene final : public FakeScene {
-public:
-    std::function<double(int x, int y, std::uint32_t index)> value;
-
-    SampledScene() { sensor = Sensor::energy; }
-    Counts render(core::Film& film, Tile tile, std::uint32_t first, std::uint32_t count,
-                  const std::atomic<bool>& cancel) const override {
-        Counts counts;
-        for (int x = tile.x0; x < tile.x1; ++x) {
-            for (int y = tile.y0; y < tile.y1 && !cancel; ++y) {
-                const std::size_t pixel = film.pixel(x - film.left, y - film.top);
-                core::SquareSum squares = film.squares.at(pixel);
-                for (std::uint32_t i = first; i < first + count; ++i) {
-                    const double sample = value(x, y, i);
-                    film.high[pixel] += sample;
-                    add(squares, core::squareSum(sample * sample));
-                }
-                film.squares.put(pixel, squares);
-                film.samples[pixel] += count;
-                counts.samples += count;
-            }
-        }
-        return counts;
-    }
-};
 
 /// Renders to so many samples per pixel and gives the result's handle.
 nemra_raw_t* rendered(const std::shared_ptr<SampledScene>& scene, double spp, bool adaptive, int threads = 2) {
@@ -130,12 +93,14 @@ TEST(Adaptive, RareBrightSamplesDoNotMakeItWrong) {
 
 TEST(Adaptive, ATilesShareDoesNotDependOnItsOwnSamples) {
     const auto sharesWith = [](int changed) {
+        constexpr int side = core::kAdaptiveTile;
         const auto scene = rareScene(3);
+        scene->pixelsWide = scene->pixelsHigh = 4 * side;
         scene->value = [&, inner = scene->value](int x, int y, std::uint32_t i) {
-            const int tile = y / 8 * 4 + x / 8;
+            const int tile = y / side * 4 + x / side;
             return (tile == changed ? 37.0 : 1.0) * inner(x, y, i) + uniform(9, x, y, i);
         };
-        core::SharedFilm film(*scene, {32, 32, core::kAdaptiveTile});
+        core::SharedFilm film(*scene, {4 * side, 4 * side, side});
         const std::atomic<bool> cancel{false};
         for (std::size_t i = 0; i < 16; ++i) film.render(*scene, {film.grid().tile(i), 0, kPilot}, cancel);
         return core::adaptiveShares(film);
@@ -164,16 +129,25 @@ TEST(Adaptive, ATilesShareDoesNotDependOnItsOwnSamples) {
     }
 }
 
-/// Quiet but for a quarter of it.
-std::shared_ptr<SampledScene> unevenScene(std::uint32_t seed) {
-    auto scene = std::make_shared<SampledScene>();
-    scene->pixelsWide = 64;
-    scene->pixelsHigh = 40;
-    scene->value = [seed](int x, int y, std::uint32_t i) {
-        const double u = uniform(seed, x, y, i);
-        return x < 16 ? (u < 0.125 ? 8.0 : 0.0) : 0.96875 + std::ldexp(std::floor(u * 1024.0), -14);
+/// Most pixels of the left half have met none of its bright samples when the pilot is over.
+TEST(Adaptive, SharesFollowTheDeviationWhereBrightSamplesAreRare) {
+    SampledScene scene;
+    scene.pixelsWide = 64;
+    scene.pixelsHigh = 64;
+    scene.value = [](int x, int y, std::uint32_t i) {
+        const double u = uniform(21, x, y, i);
+        return x < 32 ? (u < 1.0 / 64.0 ? 64.0 : 0.0) : (u < 0.2 ? 5.0 : 0.0);
     };
-    return scene;
+    core::SharedFilm film(scene, {64, 64, core::kAdaptiveTile});
+    const std::atomic<bool> cancel{false};
+    for (std::size_t i = 0; i < film.grid().count(); ++i) film.render(scene, {film.grid().tile(i), 0, kPilot}, cancel);
+    const auto shares = core::adaptiveShares(film);
+    double sums[2] = {0.0, 0.0};
+    for (std::size_t i = 0; i < shares.size(); ++i) sums[film.grid().tile(i).x0 < 32] += shares[i];
+    // Both means are 1, the variances 63 and 4. Pilots that met fewer bright samples than there are, and the tiles along the
+    // edge, take some of it; deviations relative to each pixel's own mean alone would leave 1.5.
+    EXPECT_GT(sums[1] / sums[0], 2.8);
+    EXPECT_LT(sums[1] / sums[0], std::sqrt(63.0 / 4.0));
 }
 
 TEST(Adaptive, AtEqualSamplesTheErrorIsLowerWhereNoiseIsUneven) {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -54,6 +55,38 @@ TEST(Callbacks, OneThatAlwaysThrowsIsCalledNoMoreAfterAWhile) {
     ASSERT_TRUE(recorder.waitForFinish());
     EXPECT_EQ(calls, 64);
     EXPECT_NE(recorder.messages.back().find("called no more"), std::string::npos);
+}
+
+TEST(Callbacks, AHostThatHasNothingToCallAnyMoreIsAskedOnceAndAgainWhenItSetsOne) {
+    static std::atomic<int> calls{0};
+    calls = 0;
+    const auto empty = [](void*, nemra_raw_t*) {
+        ++calls;
+        throw std::bad_function_call();
+    };
+    Recorder& recorder = makeRecorder();
+    auto renderer = rendererWith(1);
+    recorder.attach(*renderer);
+    renderer->callbacks().setUpdate(nullptr, empty);
+    ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
+    const auto ask = [&] {
+        for (int i = 0; i < 20; ++i) {
+            renderer->updateRaw();
+            std::this_thread::sleep_for(5ms);
+        }
+    };
+    ask();
+    EXPECT_EQ(calls, 1);
+    EXPECT_FALSE(renderer->callbacks().wants(core::Dispatcher::Slot::update)) << "or results are copied for nobody";
+    renderer->callbacks().setUpdate(nullptr, empty);
+    ask();
+    EXPECT_EQ(calls, 2);
+    recorder.attach(*renderer);
+    ask();
+    EXPECT_TRUE(recorder.waitFor([](const Recorder& r) { return r.updateSpp.size() > 3; }));
+    const std::lock_guard lock(recorder.mutex);
+    EXPECT_TRUE(recorder.messages.empty());
+    renderer->release();
 }
 
 TEST(Callbacks, AMessageCallbackThatThrowsDoesNotHearOfItself) {

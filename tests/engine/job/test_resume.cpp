@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -15,18 +16,13 @@
 #include "engine/core/result/read_file.h"
 #include "engine/core/result/svraw.h"
 #include "tests/engine/job/recorder.h"
+#include "tests/engine/job/sampled_scene.h"
 
 namespace nemra::test {
 namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-
-class PrintedScene final : public FakeScene {
-public:
-    std::uint64_t print = 77;
-    std::uint64_t fingerprint() const noexcept override { return print; }
-};
 
 /// A folder of its own, gone with the test, and the messages of this thread.
 class Resume : public testing::Test {
@@ -48,7 +44,9 @@ protected:
         std::shared_ptr<core::Renderer> renderer;
         bool ok;
     };
-    Started start(const core::HaltCondition& halt, int threads = 2, const char* interval = "0") {
+    Started start(const core::HaltCondition& halt, int threads = 2, const char* interval = "0",
+                  std::shared_ptr<const FakeScene> scene = nullptr) {
+        if (!scene) scene = scene_;
         Recorder& recorder = makeRecorder();
         auto renderer = std::make_shared<core::Renderer>();
         recorder.attach(*renderer);
@@ -57,11 +55,13 @@ protected:
         renderer->setParameter("output_raw", "true");
         renderer->setParameter("resume", "true");
         renderer->setParameter("save_interval", interval);
+        renderer->setParameter("adaptive", adaptive_ ? "true" : "false");
+        renderer->setParameter("first_sample", std::to_string(firstSample_));
         renderer->addLocalNode();
         renderer->setHalt(halt);
-        const bool ok = renderer->start([this](const core::Settings& settings, bool) {
+        const bool ok = renderer->start([&](const core::Settings& settings, bool) {
             EXPECT_TRUE(settings.resume);
-            return core::LoadedScene{scene_, nullptr};
+            return core::LoadedScene{scene, nullptr, print_};
         });
         return {recorder, renderer, ok};
     }
@@ -91,7 +91,10 @@ protected:
     }
 
     fs::path folder_;
-    std::shared_ptr<PrintedScene> scene_ = std::make_shared<PrintedScene>();
+    std::shared_ptr<FakeScene> scene_ = std::make_shared<FakeScene>();
+    std::uint64_t print_ = 77;
+    bool adaptive_ = false;
+    std::uint32_t firstSample_ = 0;
 };
 
 TEST_F(Resume, StoppedAnywhereAndGoneOnWithItIsTheRenderThatWasNotInterrupted) {
@@ -176,12 +179,15 @@ TEST_F(Resume, FilesOfAnotherSceneAndDamagedOnesAreRefusedAndStay) {
         EXPECT_NE(again.recorder.messages[0].find(reason), std::string::npos) << again.recorder.messages[0];
         EXPECT_EQ(bytes(), before);
     };
-    scene_->print = 78;
+    print_ = 78;
     refused("another scene");
-    scene_->print = 77;
+    print_ = 77;
     scene_->sensor = FakeScene::Sensor::energy;
     refused("another scene");
     scene_->sensor = FakeScene::Sensor::xyz;
+    adaptive_ = true;
+    refused("without \"adaptive\"");
+    adaptive_ = false;
     std::string bad = good;
     bad[bad.size() / 2] = static_cast<char>(bad[bad.size() / 2] ^ 1);
     std::ofstream(file(), std::ios::binary) << bad;
@@ -225,6 +231,102 @@ TEST_F(Resume, FilesOfAnotherSceneAndDamagedOnesAreRefusedAndStay) {
     expectWhole(5);
 }
 
+TEST_F(Resume, AnAdaptiveRenderGoesOnWithTheSharesThatItsPilotGave) {
+    adaptive_ = true;
+    const auto quick = unevenScene(11);
+    {
+        auto whole = start({0.0, 90.0, NEMRA_HALT_STOPS}, 1, "0", quick);
+        ASSERT_TRUE(whole.ok && whole.recorder.waitForFinish());
+    }
+    const auto expected = saved();
+    ASSERT_TRUE(expected);
+    fs::remove(file());
+
+    const auto slow = unevenScene(11);
+    slow->perPixel = 1us;
+    int inPilot = 0;
+    int behindPilot = 0;
+    for (int session = 0; session < 40; ++session) {
+        auto [recorder, renderer, ok] = start({0.0, 90.0, NEMRA_HALT_STOPS}, 1 + session % 3, "0", slow);
+        ASSERT_TRUE(ok);
+        std::this_thread::sleep_for(8ms);
+        renderer->stop();
+        ASSERT_TRUE(recorder.waitForFinish());
+        const auto raw = saved();
+        ASSERT_TRUE(raw && raw->parts().progress && raw->parts().progress->adaptive);
+        if (raw->counts().samples == expected->counts().samples) break;
+        (raw->parts().progress->adaptive->shares.empty() ? inPilot : behindPilot) += 1;
+    }
+    EXPECT_GT(inPilot, 0);
+    EXPECT_GT(behindPilot, 0);
+    auto last = start({0.0, 90.0, NEMRA_HALT_STOPS}, 2, "0", quick);
+    ASSERT_TRUE(last.ok && last.recorder.waitForFinish());
+    const auto raw = saved();
+    EXPECT_EQ(raw->film()->high, expected->film()->high);
+    EXPECT_EQ(raw->film()->samples, expected->film()->samples);
+    EXPECT_EQ(raw->film()->squares, expected->film()->squares);
+    const auto& samples = raw->film()->samples;
+    EXPECT_GT(*std::max_element(samples.begin(), samples.end()), 2 * *std::min_element(samples.begin(), samples.end()));
+
+    // Shares that no pilot gives.
+    const auto original = *raw->parts().progress;
+    for (const auto& spoil : std::vector<std::function<void(core::AdaptiveProgress&)>>{
+             [](auto& a) { a.shares.pop_back(); }, [](auto& a) { a.shares[3] = 9.0; },
+             [](auto& a) { a.shares[3] = std::nan(""); }, [](auto& a) { a.pilot = 31; }}) {
+        auto progress = std::make_shared<core::RenderProgress>(original);
+        spoil(*progress->adaptive);
+        raw->setProgress(progress);
+        ASSERT_TRUE(core::writeRaw(*raw, file(), "svraw"));
+        auto refused = start({0.0, 99.0, NEMRA_HALT_STOPS}, 2, "0", quick);
+        EXPECT_FALSE(refused.ok);
+        EXPECT_TRUE(refused.recorder.waitFor([](const Recorder& r) { return r.messages.size() == 1; }));
+        EXPECT_NE(refused.recorder.messages[0].find("damaged"), std::string::npos);
+    }
+    raw->setProgress(std::make_shared<core::RenderProgress>(original));
+    ASSERT_TRUE(core::writeRaw(*raw, file(), "svraw"));
+    adaptive_ = false;
+    EXPECT_FALSE(start({0.0, 99.0, NEMRA_HALT_STOPS}, 2, "0", quick).ok);
+}
+
+TEST_F(Resume, RendersOfRangesOfSamplesMakeUpOne) {
+    std::shared_ptr<core::Raw> sum;
+    const std::vector<std::uint32_t> cuts{0, 17, 18, 60};
+    for (const std::size_t range : {2, 0, 1}) {
+        firstSample_ = cuts[range];
+        auto part = start({0.0, static_cast<double>(cuts[range + 1]), NEMRA_HALT_STOPS}, 3);
+        ASSERT_TRUE(part.ok && part.recorder.waitForFinish());
+        const auto raw = saved();
+        EXPECT_EQ(raw->spp(), cuts[range + 1] - cuts[range]);
+        if (sum) {
+            ASSERT_TRUE(sum->add(*raw));
+        } else {
+            sum = raw;
+        }
+        fs::remove(file());
+    }
+    ASSERT_TRUE(core::writeRaw(*sum, file(), "svraw"));
+    expectWhole(60);
+    fs::remove(file());
+
+    // Cut short, gone on with, and then with what comes before.
+    firstSample_ = 20;
+    auto cut = start({0.0, 60.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(cut.ok);
+    std::this_thread::sleep_for(20ms);
+    cut.renderer->stop();
+    ASSERT_TRUE(cut.recorder.waitForFinish());
+    auto rest = start({0.0, 60.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(rest.ok && rest.recorder.waitForFinish());
+    EXPECT_EQ(saved()->spp(), 40.0);
+    firstSample_ = 0;
+    auto before = start({0.0, 60.0, NEMRA_HALT_STOPS});
+    ASSERT_TRUE(before.ok && before.recorder.waitForFinish());
+    expectWhole(60);
+    adaptive_ = true;
+    firstSample_ = 20;
+    EXPECT_FALSE(start({0.0, 99.0, NEMRA_HALT_STOPS}).ok);
+}
+
 TEST_F(Resume, NeedsARawFile) {
     for (const bool named : {false, true}) {
         Recorder& recorder = makeRecorder();
@@ -236,7 +338,7 @@ TEST_F(Resume, NeedsARawFile) {
             renderer.setParameter("output_file_name", (folder_ / "long.exr").string());
         }
         renderer.addLocalNode();
-        EXPECT_FALSE(renderer.start([this](const core::Settings&, bool) { return core::LoadedScene{scene_, nullptr}; }));
+        EXPECT_FALSE(renderer.start([this](const core::Settings&, bool) { return core::LoadedScene{scene_, nullptr, print_}; }));
         EXPECT_TRUE(recorder.waitFor([](const Recorder& r) { return r.messages.size() == 1; }));
     }
 }
