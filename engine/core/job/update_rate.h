@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <utility>
 
 namespace nemra::core {
 
 /// Updates come in growing intervals, and so rarely that copying the film takes no more than a share of the processor's time that
-/// the render threads have had: with a large picture, few threads or a busy machine they come later. Not thread-safe.
+/// the render threads have had: with a large picture, few threads or a busy machine they come later. The first one comes in any
+/// case, and isn't counted: whoever starts a render wants to see that it is the right one. Not thread-safe.
 class UpdateRate {
 public:
     using Clock = std::chrono::steady_clock;
@@ -30,7 +32,7 @@ public:
     /// Whether an update is to be made now. `rendered` are s of the processor that the render threads have had.
     bool isDue(Clock::time_point now, double rendered) noexcept {
         if (now < next_) return false;
-        const double affordable = (spent_ + expected_) / kShare;
+        const double affordable = isFirst_ ? 0.0 : (spent_ + expected_) / kShare;
         if (rendered < affordable) {
             next_ = now + ticks(std::min((affordable - rendered) / threads_, kLongestWait));
             return false;
@@ -41,7 +43,7 @@ public:
     }
     /// s of the processor that an update has cost, due or asked for.
     void add(double seconds) noexcept {
-        spent_ += seconds;
+        if (!std::exchange(isFirst_, false)) spent_ += seconds;
         expected_ = std::max(seconds, 0.5 * (expected_ + seconds));  // one that was cheap by chance promises little
     }
 
@@ -55,6 +57,7 @@ private:
     double threads_;
     double expected_;  ///< s of the processor for the next one
     double spent_ = 0.0;
+    bool isFirst_ = true;
     double interval_ = kFirstSeconds;
     Clock::time_point next_;
 };

@@ -3,6 +3,8 @@
 
 #include <flatbuffers/flatbuffers.h>
 
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -43,7 +45,13 @@ public:
     Vector copy(const flatbuffers::Vector<Number>* numbers) {
         if (numbers == nullptr) return {};
         charge(copied_, std::size_t{numbers->size()} * sizeof(Number), numbers);
-        return {numbers->data(), numbers->data() + numbers->size()};
+        if (reinterpret_cast<std::uintptr_t>(numbers->Data()) % alignof(Number) == 0) {
+            return {numbers->data(), numbers->data() + numbers->size()};
+        }
+        // Writers of other programs may leave it to four bytes.
+        Vector copied(numbers->size());
+        if (!copied.empty()) std::memcpy(copied.data(), numbers->Data(), copied.size() * sizeof(Number));
+        return copied;
     }
 
 private:

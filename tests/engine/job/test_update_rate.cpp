@@ -15,7 +15,7 @@ using Seconds = std::chrono::duration<double>;
 struct Shown {
     std::vector<double> times;
     double spent = 0.0;
-    double worst = 0.0;  ///< share of the render's time right after an update
+    double worst = 0.0;  ///< share of the render's time right after an update, but for the first one
 };
 
 /// A render of some minutes on threads that get a part of a processor each.
@@ -34,6 +34,7 @@ Shown show(int threads, double part, std::size_t bytes, double cost) {
         const double took = cost * std::uniform_real_distribution<>(0.8, 1.2)(random);
         rate.add(took);
         shown.times.push_back(elapsed);
+        if (shown.times.size() == 1) continue;
         shown.spent += took;
         shown.worst = std::max(shown.worst, shown.spent / rendered);
     }
@@ -51,13 +52,14 @@ TEST(UpdateRate, SmallPicturesAreShownInGrowingIntervals) {
 TEST(UpdateRate, NeverTakesMoreThanAHundredthOfTheRendersTime) {
     for (const double part : {1.0, 0.2}) {
         const Shown large = show(2, part, 540 << 20, 0.35);
-        EXPECT_GE(large.times.size(), part == 1.0 ? 8U : 1U);
+        ASSERT_GE(large.times.size(), part == 1.0 ? 9U : 2U);
+        EXPECT_LT(large.times[0], 1.1) << "the first picture is due whatever it costs";
         EXPECT_LE(large.worst, 0.01);
         const Shown unexpected = show(2, part, 540 << 20, 0.9);  // memory is slower than was thought
         EXPECT_GE(unexpected.times.size(), 1U);
         EXPECT_LE(unexpected.spent / (300.0 * 2 * part), 0.01);
     }
-    EXPECT_LT(show(64, 1.0, 540 << 20, 0.35).times[0], 2.0) << "many threads can bear it sooner";
+    EXPECT_LT(show(64, 1.0, 540 << 20, 0.35).times[1], 3.0) << "many threads can bear more of them";
 }
 
 }  // namespace
