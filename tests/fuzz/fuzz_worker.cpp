@@ -35,7 +35,9 @@ const Buffer& parcel() {
     static const Buffer* const packed = [] {
         node::Scene scene;
         demand(node::readScene(kScene, "fuzz", scene), "the scene of the target can't be read");
-        return new Buffer(worker::packScene(scene, {}));
+        auto* const made = new Buffer(worker::packScene(scene));
+        worker::addLibraryNodes(*made, {});
+        return made;
     }();
     return *packed;
 }

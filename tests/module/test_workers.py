@@ -110,7 +110,19 @@ class TestControl:
             first.result()
             assert bits(second.result()) == local_bits(2)
 
-    def test_a_scene_that_cannot_be_rendered_is_refused_at_once(self):
+    @pytest.mark.parametrize("scene", [b"<scene", SCENE.replace(b'name="width" value="200"', b'name="width" value="2000000"'),
+                                       SCENE.replace(b'active_setup="', b'active_setup="not ')])
+    def test_a_scene_that_cannot_be_rendered_is_refused_at_once_with_the_words_of_a_local_render(self, scene):
+        """Whether a worker is there or not."""
+        here, away = Render(scene, [], spp=1, local=1), Render(scene, ["127.0.0.1:1"], spp=1)
+        for render in (here, away):
+            assert not render.start_result
+            render.wait_for(lambda render=render: render.messages)
+        assert here.messages == away.messages
+
+    def test_warnings_of_a_scene_are_said_once_where_the_render_is(self):
+        """Though the worker looks through it as well."""
+        dark = SCENE.replace(b'<instance geometry="light"/>', b"")
         with Worker() as worker:
             assert not Render(b"<scene", [worker], spp=1).start_result
 

@@ -1,6 +1,7 @@
 #include "engine/core/worker/scene_parcel.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 #include <variant>
 
@@ -16,11 +17,14 @@ namespace {
 
 constexpr const char* kOrigin = "scene of the client";
 
+/// How many bytes follow, and these.
 void appendBlock(Buffer& parcel, const node::Scene& scene) {
-    const Buffer packed = node::gzip(node::writeSvbin(scene).bytes());
-    const auto size = static_cast<std::uint64_t>(packed.size());
-    parcel.append({reinterpret_cast<const char*>(&size), sizeof size});
-    parcel.append(packed.text());
+    const std::size_t begin = parcel.size();
+    std::uint64_t size = 0;
+    parcel.append(sizeof size, '\0');
+    node::appendGzip(parcel, node::writeSvbin(scene).bytes());
+    size = parcel.size() - begin - sizeof size;
+    std::memcpy(parcel.data() + begin, &size, sizeof size);
 }
 
 std::span<const char> takeBlock(ByteReader& reader) {
@@ -37,21 +41,24 @@ bool namesFiles(const node::Scene& scene) {
 
 }  // namespace
 
-Buffer packScene(const node::Scene& scene, const std::vector<std::shared_ptr<const node::Node>>& fromLibraries) {
-    node::Scene library;
-    library.nodes.reserve(fromLibraries.size());
-    for (const auto& node : fromLibraries) library.nodes.push_back(node->copy());
+Buffer packScene(const node::Scene& scene) {
     Buffer parcel;
-    appendBlock(parcel, library);
     appendBlock(parcel, scene);
     return parcel;
+}
+
+void addLibraryNodes(Buffer& parcel, const std::vector<std::shared_ptr<const node::Node>>& nodes) {
+    node::Scene library;
+    library.nodes.reserve(nodes.size());
+    for (const auto& node : nodes) library.nodes.push_back(node->copy());
+    appendBlock(parcel, library);
 }
 
 std::shared_ptr<const PreparedScene> prepareParcel(std::span<const char> parcel, const std::string& setup,
                                                    const std::vector<std::string>& libraryPaths) {
     ByteReader reader(parcel);
-    const auto libraryBytes = takeBlock(reader);
     const auto sceneBytes = takeBlock(reader);
+    const auto libraryBytes = takeBlock(reader);
     if (!reader.ok() || reader.left() != 0) {
         log::error(kOrigin, "what was sent is no scene");
         return nullptr;

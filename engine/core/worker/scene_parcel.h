@@ -13,9 +13,10 @@
 
 namespace nemra::core::worker {
 
-/// Of a scene whose imports are loaded, and the nodes that its preparation took from libraries. Gzipped. Throws std::length_error
-/// for more than a reader takes.
-Buffer packScene(const node::Scene& scene, const std::vector<std::shared_ptr<const node::Node>>& fromLibraries);
+/// Of a scene whose imports are loaded, gzipped. Throws std::length_error for more than a reader takes.
+Buffer packScene(const node::Scene& scene);
+/// The nodes that the scene's preparation took from libraries, which make the parcel whole. Throws as packScene does.
+void addLibraryNodes(Buffer& parcel, const std::vector<std::shared_ptr<const node::Node>>& nodes);
 
 /// Names that neither the scene nor the parcel has are looked for in `libraryPaths`. Null after error messages.
 std::shared_ptr<const PreparedScene> prepareParcel(std::span<const char> parcel, const std::string& setup,

@@ -52,7 +52,7 @@ protected:
         return made;
     }
     Renderer::Loader box() const {
-        return [text = box_](const Settings& settings, bool wantsParcel) { return loadSceneBytes(text, settings, wantsParcel); };
+        return [text = box_](const Settings& settings, RenderPlaces places) { return loadSceneBytes(text, settings, places); };
     }
     static std::vector<double> numbersOf(nemra_raw_t* raw) {
         std::vector<double> numbers;

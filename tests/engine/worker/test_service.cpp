@@ -27,7 +27,8 @@ protected:
         node::registerClasses();
         node::Scene scene;
         EXPECT_TRUE(node::readScene(text, "test", scene));
-        parcel_ = packScene(scene, {});
+        parcel_ = packScene(scene);
+        addLibraryNodes(parcel_, {});
         offer_ = SceneOffer{network_.hash(parcel_.bytes()), parcel_.size(), ""};
     }
 
@@ -158,7 +159,8 @@ TEST_F(WorkerService, AClientThatBreaksTheRulesIsDroppedAndTheNextServed) {
 TEST_F(WorkerService, NoFileIsReadForAClient) {
     node::Scene scene;
     scene.imports.push_back({"/etc/hostname", "", {}, true});
-    const Buffer parcel = packScene(scene, {});
+    Buffer parcel = packScene(scene);
+    addLibraryNodes(parcel, {});
     std::string said;
     const log::Capture capture([&](const log::Message& message) { said += message.text; });
     EXPECT_EQ(prepareParcel(parcel.bytes(), "", {}), nullptr);
