@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto& [network, listener, isBusy, service] = world;
     const log::Capture capture([](const log::Message&) {});
     listener.told.clear();
-    for (const char* const peer : {"a", "b"}) listener.say(peer, worker::Hello{worker::kProtocol, core::kVersionText});
+    for (const char* const peer : {"a", "b"}) listener.say(peer, worker::Hello{worker::kProtocol, core::kVersionText, {}});
     const bool hasScene = data[0] % 2 == 1;
     if (hasScene) listener.say("a", worker::SceneOffer{network.hash(parcel().bytes()), parcel().size(), ""});
     world.turns();

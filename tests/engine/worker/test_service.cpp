@@ -42,7 +42,7 @@ protected:
         return listener_.count<M>(peer) >= count;
     }
     void hello(const std::string& peer) {
-        listener_.say(peer, Hello{kProtocol, kVersionText});
+        listener_.say(peer, Hello{kProtocol, kVersionText, {}});
         turns();
     }
     void sendScene(const std::string& peer) {
@@ -94,8 +94,8 @@ TEST_F(WorkerService, TheNextClientsTurnComesWhenTheFirstIsGone) {
 }
 
 TEST_F(WorkerService, AnotherVersionIsToldSo) {
-    listener_.say("a", Hello{kProtocol + 1, kVersionText});
-    listener_.say("b", Hello{kProtocol, "another engine"});
+    listener_.say("a", Hello{kProtocol + 1, kVersionText, {}});
+    listener_.say("b", Hello{kProtocol, "another engine", {}});
     turns();
     EXPECT_EQ(listener_.count<Failed>("a"), 1);
     EXPECT_EQ(listener_.count<Failed>("b"), 1);
@@ -103,7 +103,7 @@ TEST_F(WorkerService, AnotherVersionIsToldSo) {
 }
 
 TEST_F(WorkerService, TooManyClientsAreToldToComeAgain) {
-    for (int i = 0; i < 40; ++i) listener_.say("peer" + std::to_string(i), Hello{kProtocol, kVersionText});
+    for (int i = 0; i < 40; ++i) listener_.say("peer" + std::to_string(i), Hello{kProtocol, kVersionText, {}});
     turns(50);
     EXPECT_EQ(listener_.count<Welcome>("peer31"), 1);
     EXPECT_EQ(listener_.count<Welcome>("peer32"), 0);
