@@ -151,6 +151,28 @@ TEST(OutsideWorkers, TowardsTheEndTheyGetLessAndTheLimitWaitsForThemAll) {
     expectSamples(run.recorder.finished[0], *scene, 20);
 }
 
+TEST(OutsideWorkers, PiecesGetAsDeepAsIsWorthTheirWayWhileThePictureStaysEven) {
+    auto scene = std::make_shared<FakeScene>();
+    scene->pixelsWide = scene->pixelsHigh = 64;
+    Hired run(scene, 0, {});
+    constexpr std::uint32_t worth = 100;  // samples of each of a tile's 64 pixels
+    double spp = 0.0;
+    for (std::uint32_t deepest = 0; spp < 300.0;) {
+        const auto hand = run.job->takePieces({.hand = 1U << 15, .held = 0, .each = worth * 64, .workers = 1});
+        ASSERT_FALSE(hand.empty());
+        for (const HandedOut& handed : hand) {
+            deepest = std::max(deepest, handed.piece.count);
+            if (spp < 16.0) EXPECT_LE(handed.piece.count, 16U);
+            if (spp > 2.0 * worth) EXPECT_EQ(handed.piece.count, worth);
+            ASSERT_TRUE(run.deliver(handed));
+        }
+        EXPECT_LE(deepest, std::max(16.0, spp)) << "no pixel gets more at once than the others have";
+        spp = run.job->statistic(NEMRA_STAT_SPP);
+    }
+    EXPECT_TRUE(run.job->takePieces({.hand = 1000, .held = 950}).empty()) << "too little is lacking for a message";
+    EXPECT_FALSE(run.job->takePieces({.hand = 1000, .held = 800}).empty());
+}
+
 TEST(OutsideWorkers, ALimitThatComesDownOrGoesUpIsKept) {
     auto scene = std::make_shared<FakeScene>();
     Hired run(scene, 0, {0.0, 16.0, NEMRA_HALT_PAUSES});
