@@ -30,7 +30,7 @@ constexpr double kLongestUpdateSeconds = 10.0;
 constexpr std::uint32_t kOutsideSamples = 16;
 /// And at most, of what each pixel has got by then: so the picture stays even.
 constexpr double kOutsideShare = 0.5;
-constexpr std::uint32_t kMostOutsideSamples = 1024;
+constexpr std::uint32_t kMostOutsideSamples = 4096;
 /// Of what a worker may have in hand: it isn't given more for a lack that is less, since each gift is a message.
 constexpr std::uint64_t kNegligible = 8;
 /// Workers whose number isn't known should find smaller tiles in a small image, too.

@@ -22,8 +22,10 @@ constexpr std::chrono::seconds kAliveEvery{2};
 constexpr double kInHandSeconds = 1.0;
 constexpr std::chrono::milliseconds kMeasureEvery{250};
 constexpr std::chrono::milliseconds kMeasureFirst{50};
-/// Of a thread of the worker's: what a piece should take. To send it and to take it in costs both ends 0.1 ms each.
+/// Of a thread of the worker's: what a piece should take at least. To send it and to take it in costs both ends 0.1 ms each.
 constexpr double kPieceSeconds = 0.030;
+/// That should come from all workers together: with three channels 83 MB/s, which a link of 1 Gbit/s bears, and a core of ours.
+constexpr double kPiecesPerSecond = 4000.0;
 /// To begin with, per thread of the worker.
 constexpr double kFirstSamples = 8192.0;
 
@@ -145,10 +147,13 @@ std::optional<RemoteSession::Ending> RemoteSession::receive(std::span<const char
 
 void RemoteSession::askForWork() {
     measure();
+    const int workers = render_.attendance.present();
+    const double pieceSeconds =
+        std::max(kPieceSeconds, threads_ * workers / kPiecesPerSecond);  // all are taken to be like this one
     const auto pieces = render_.job->takePieces({.hand = static_cast<std::uint64_t>(target_),
                                                  .held = openSamples_,
-                                                 .each = static_cast<std::uint64_t>(rate_ / threads_ * kPieceSeconds) + 1,
-                                                 .workers = render_.attendance.present()});
+                                                 .each = static_cast<std::uint64_t>(rate_ / threads_ * pieceSeconds) + 1,
+                                                 .workers = workers});
     for (std::size_t first = 0; first < pieces.size(); first += kMostPieces) {
         Work work;
         for (std::size_t i = first; i < std::min(pieces.size(), first + kMostPieces); ++i) {
