@@ -27,7 +27,8 @@ SPP = 4
 PASSWORD = "only for this soak"
 KINDS = ("png", "exr", "svraw", "csv", "hdr")
 RENDERS_OF_A_WORKER = 40
-WARM_UP = 0.25  # of the time
+WARM_UP = 1000  # renders: until then the allocator makes itself at home, with each kind of file and each thread
+LEAST = 2500  # renders in all, however long they take
 MOST_GROWTH = 1000.0  # bytes per render
 
 
@@ -114,9 +115,9 @@ class Account:
         self.least = state[1:] if not self.states else tuple(map(min, self.least, state[1:]))
         self.states.append((turn, state))
 
-    def faults(self, first):
-        """Of the states from the render `first` on."""
-        late = [(turn, state) for turn, state in self.states if turn >= first]
+    def faults(self):
+        """Of the states after the warm-up."""
+        late = [(turn, state) for turn, state in self.states if turn >= WARM_UP]
         before = [min(state[index] for turn, state in self.states if turn <= late[0][0]) for index in (1, 2)]
         quarter = max(1, len(late) // 4)
         middle = lambda part, what: statistics.median(what(entry) for entry in part)  # noqa: E731
@@ -134,7 +135,7 @@ class Account:
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--minutes", type=float, default=2.0)
+    parser.add_argument("--minutes", type=float, default=2.0, help=f"at least, and until there are {LEAST} renders")
     parser.add_argument("--form", choices=["local", "workers"], default="local")
     options = parser.parse_args()
 
@@ -148,23 +149,21 @@ def main():
             stack.callback(staying.end)
             addresses = [f"127.0.0.1:{one.port}" for one in (staying, changing)]
             accounts.append(Account("the worker", staying.process.pid))
-        images, first, turn, ups = set(), None, 0, 0
-        while time.monotonic() < began + seconds:
+        images, turn, ups = set(), 0, 0
+        while time.monotonic() < began + seconds or turn < LEAST:
             images.add(render(addresses, turn, folder))
             if changing and turn % RENDERS_OF_A_WORKER == RENDERS_OF_A_WORKER - 1:
                 changing.end(kill=ups % 2 == 0)
                 images.add(render(addresses, turn, folder))  # while it is away
                 changing = Worker(changing.port)
                 ups += 1
-            if first is None and time.monotonic() > began + WARM_UP * seconds:
-                first = turn
             for account in accounts:
                 if turn % 10 == 0:
                     account.note(turn)
             turn += 1
         for account in accounts:
             account.note(turn)
-        faults = [fault for account in accounts for fault in account.faults(first or 0)]
+        faults = [fault for account in accounts for fault in account.faults()]
         if changing:
             changing.end()
     print(f"{turn} renders in {time.monotonic() - began:.0f} s" + (f", a worker went down and up {ups} times" if ups else ""))
