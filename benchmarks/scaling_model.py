@@ -41,7 +41,7 @@ def main():
     parser.add_argument("--sample-ns", type=float, required=True, help="of one thread, for one sample")
     parser.add_argument("--merge-us", type=float, required=True, help="of the client, for taking a piece in")
     parser.add_argument("--piece-kb", type=float, required=True, help="bytes of a piece, in 1000")
-    parser.add_argument("--spp", type=int, default=256, help="samples per pixel of a piece: 256 in long renders, 16 at their beginning")
+    parser.add_argument("--spp", type=int, default=256, help="samples per pixel of a piece: 16 in the beginning of a render, many later")
     parser.add_argument("--gigabit", type=float, default=10.0, help="of the client's link")
     parser.add_argument("--threads", type=int, default=16, help="of each worker")
     parser.add_argument("--cores", type=int, default=4, help="of the client, for merging")

@@ -61,10 +61,11 @@ public:
 };
 
 /// Translates a scene. `setupName` chooses among its setups: "" takes the active one, else the only one.
-/// Named nodes that the scene doesn't have come from `libraries`, which may be null and isn't kept. On failure one error message
-/// with the node concerned, and null. Messages go to nemra::log.
+/// Named nodes that the scene doesn't have come from `libraries`, which may be null and isn't kept. A scene that others render
+/// (`isRenderedHere` false) is looked through in the same way, but what tracing needs isn't made or kept: render() gives no
+/// samples. On failure one error message with the node concerned, and null. Messages go to nemra::log.
 std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName,
-                                                  Libraries* libraries = nullptr);
+                                                  Libraries* libraries = nullptr, bool isRenderedHere = true);
 
 /// Bytes that one buffer of an image may take at most; larger resolutions are refused before anything is allocated.
 inline constexpr std::uint64_t kMaxBufferBytes = std::uint64_t{1} << 31;

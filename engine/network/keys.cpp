@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <tuple>
 
 namespace nemra::network {
 
@@ -19,17 +20,17 @@ constexpr std::size_t kMemory = std::size_t{64} << 20U;
 /// The same for all: the two ends know nothing of each other but the password. So a table of the keys of common passwords could
 /// be made once for all users, which is why the documentation asks for long ones.
 constexpr std::array<unsigned char, crypto_pwhash_SALTBYTES> kSalt{'n', 'e', 'm', 'r', 'a', ' ', 'w', 'o',
-                                                                   'r', 'k', 'e', 'r', ' ', 'v', '0', '1'};
+                                                                   'r', 'k', 'e', 'r', ' ', 'v', '0', '2'};
 
 Keys deriveAnew(std::string_view password) {
-    std::array<unsigned char, 2 * crypto_box_SEEDBYTES> seeds{};
+    std::array<unsigned char, crypto_box_SEEDBYTES + std::tuple_size_v<Key>> seeds{};
     if (crypto_pwhash(seeds.data(), seeds.size(), password.data(), password.size(), kSalt.data(), kPasses, kMemory,
                       crypto_pwhash_ALG_ARGON2ID13) != 0) {
         throw std::bad_alloc();
     }
     Keys keys{};
-    crypto_box_seed_keypair(keys.serverPublic.data(), keys.serverSecret.data(), seeds.data());
-    crypto_box_seed_keypair(keys.clientPublic.data(), keys.clientSecret.data(), seeds.data() + crypto_box_SEEDBYTES);
+    crypto_box_seed_keypair(keys.clientPublic.data(), keys.clientSecret.data(), seeds.data());
+    std::copy_n(seeds.begin() + crypto_box_SEEDBYTES, keys.proof.size(), keys.proof.begin());
     sodium_memzero(seeds.data(), seeds.size());
     return keys;
 }
@@ -56,6 +57,23 @@ Keys deriveKeysOf(std::string_view password) {
     known->keys = keys;
     known->isSet = true;
     return keys;
+}
+
+const PortKeys& portKeys() {
+    static const PortKeys keys = [] {
+        std::array<unsigned char, crypto_box_SEEDBYTES> seed{};
+        std::copy_n(kSalt.begin(), kSalt.size(), seed.begin());
+        PortKeys made{};
+        crypto_box_seed_keypair(made.publicKey.data(), made.secretKey.data(), seed.data());
+        return made;
+    }();
+    return keys;
+}
+
+Hash proofOf(const Key& key, const Hash& challenge) {
+    Hash proof{};
+    crypto_generichash(proof.data(), proof.size(), challenge.data(), challenge.size(), key.data(), key.size());
+    return proof;
 }
 
 }  // namespace nemra::network

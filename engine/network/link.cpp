@@ -2,6 +2,7 @@
 
 #include <netdb.h>
 #include <netinet/in.h>
+#include <sodium.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/network/keys.h"
 #include "engine/network/sockets.h"
 
 namespace nemra::network {
@@ -52,6 +54,7 @@ class DealerLink final : public Link {
 public:
     DealerLink(std::vector<std::string> addresses, int port, const Keys& keys, int wakeDescriptor)
         : addresses_(std::move(addresses)), port_(port), keys_(keys), wake_(wakeDescriptor), context_(1) {
+        randombytes_buf(challenge_.data(), challenge_.size());
         tryNext();
     }
 
@@ -82,6 +85,13 @@ public:
 
     bool wasAnswered() const override { return wasAnswered_; }
 
+    const Hash& challenge() const override { return challenge_; }
+
+    bool isProof(const Hash& proof) const override {
+        const Hash expected = proofOf(keys_.proof, challenge_);
+        return sodium_memcmp(proof.data(), expected.data(), expected.size()) == 0;
+    }
+
 private:
     void close() {
         monitor_.reset();
@@ -97,7 +107,7 @@ private:
         socket_->set(zmq::sockopt::reconnect_ivl, -1);  // a connection that comes back would go on in the middle of a talk
         socket_->set(zmq::sockopt::connect_timeout, kHandshakeMs);
         socket_->set(zmq::sockopt::ipv6, addresses_[next_].front() == '[');
-        socket_->set(zmq::sockopt::curve_serverkey, zmq::const_buffer(keys_.serverPublic.data(), keys_.serverPublic.size()));
+        socket_->set(zmq::sockopt::curve_serverkey, zmq::const_buffer(portKeys().publicKey.data(), portKeys().publicKey.size()));
         socket_->set(zmq::sockopt::curve_publickey, zmq::const_buffer(keys_.clientPublic.data(), keys_.clientPublic.size()));
         socket_->set(zmq::sockopt::curve_secretkey, zmq::const_buffer(keys_.clientSecret.data(), keys_.clientSecret.size()));
         monitor_.emplace(context_, *socket_,
@@ -110,7 +120,7 @@ private:
     bool receive(std::string& message) {
         zmq::message_t part;
         if (!socket_->recv(part, zmq::recv_flags::dontwait)) return false;
-        message = part.to_string();
+        message.assign(part.data<char>(), part.size());
         while (part.more()) (void)socket_->recv(part);  // nobody of ours sends more than one
         return true;
     }
@@ -140,6 +150,7 @@ private:
     const int port_;
     const Keys keys_;
     const int wake_;
+    Hash challenge_{};
     std::size_t next_ = 0;
     bool wasAnswered_ = false;
     bool isSecure_ = false;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "engine/network/door.h"
+#include "engine/network/keys.h"
 #include "engine/network/sockets.h"
 
 namespace nemra::network {
@@ -19,13 +20,17 @@ class RouterListener final : public Listener {
 public:
     /// Throws zmq::error_t if the port can't be had.
     RouterListener(bool thisMachineOnly, int port, const Keys& keys, int wakeDescriptor)
-        : wake_(wakeDescriptor), context_(1), door_(context_, keys.clientPublic), socket_(context_, zmq::socket_type::router) {
+        : wake_(wakeDescriptor),
+          proofKey_(keys.proof),
+          context_(1),
+          door_(context_, keys.clientPublic),
+          socket_(context_, zmq::socket_type::router) {
         setCommonOptions(socket_);
         socket_.set(zmq::sockopt::router_mandatory, true);  // else what is sent to a client that is gone vanishes in silence
         socket_.set(zmq::sockopt::backlog, 1024);
         socket_.set(zmq::sockopt::zap_domain, "nemra");
         socket_.set(zmq::sockopt::curve_server, true);
-        socket_.set(zmq::sockopt::curve_secretkey, zmq::const_buffer(keys.serverSecret.data(), keys.serverSecret.size()));
+        socket_.set(zmq::sockopt::curve_secretkey, zmq::const_buffer(portKeys().secretKey.data(), portKeys().secretKey.size()));
         monitor_.emplace(context_, socket_, kRefusals);
         socket_.set(zmq::sockopt::ipv6, !thisMachineOnly);
         const std::string number = port == 0 ? "*" : std::to_string(port);
@@ -35,6 +40,8 @@ public:
     }
 
     int port() const override { return port_; }
+
+    Hash proof(const Hash& challenge) const override { return proofOf(proofKey_, challenge); }
 
     Sent send(const std::string& peer, std::span<const char> message) override {
         try {
@@ -78,12 +85,13 @@ private:
         // Of several parts the last counts; what it means is looked at by whoever takes it.
         while (part.more()) {
             (void)socket_.recv(part);
-            message = part.to_string();
+            message.assign(part.data<char>(), part.size());
         }
         return true;
     }
 
     const int wake_;
+    const Key proofKey_;
     int port_ = 0;
     zmq::context_t context_;  // goes last and waits for the sockets: when it is gone, so is the port
     Door door_;

@@ -44,7 +44,7 @@ public:
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) const Network* nemraNetworkEntry1() {
+extern "C" __attribute__((visibility("default"))) const Network* nemraNetworkEntry2() {
     if (sodium_init() < 0) return nullptr;
     static const auto* const network = new ZeroMqNetwork;  // for the whole process
     return network;

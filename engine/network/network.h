@@ -1,5 +1,6 @@
-/// What render workers and their clients need of a network: messages that arrive whole, in order, encrypted and from somebody who
-/// knows the password, or not at all. ZeroMQ does the framing and the encryption (CURVE); its types stay behind this interface.
+/// What render workers and their clients need of a network: messages that arrive whole, in order and encrypted, or not at all; at
+/// a worker only from somebody who knows the password, and at a client from somebody who can prove that. ZeroMQ does the framing
+/// and the encryption (CURVE); its types stay behind this interface.
 ///
 /// A Link or a Listener is used by one thread at a time, which calls wait() again and again: that is also where clients are let
 /// in.
@@ -28,9 +29,9 @@ inline constexpr int kHandshakeMs = 8000;
 using Key = std::array<unsigned char, 32>;
 using Hash = std::array<unsigned char, 32>;
 
-/// Both ends of a connection. Whoever knows the password has all four.
+/// What a password comes to. A client has a key pair by which workers know it, and a worker proves with a key that it is one.
 struct Keys {
-    Key serverPublic, serverSecret, clientPublic, clientSecret;
+    Key clientPublic, clientSecret, proof;
 };
 
 enum class Event {
@@ -38,7 +39,7 @@ enum class Event {
     woken,      ///< the caller's event descriptor was written to
     timeout,    ///< nothing happened in that time
     writable,   ///< a message that didn't fit the queue may fit now
-    connected,  ///< link: the peer is there and knows the password
+    connected,  ///< link: the peer is there and lets us in; see Link::isProof for whether it knows the password
     closed,     ///< link: the peer is gone, for good
     refused     ///< listener: somebody was turned away who didn't know the password, or doesn't talk like a client
 };
@@ -53,6 +54,10 @@ public:
     virtual Event wait(int timeoutMs, bool wantsWriting, std::string& message) = 0;
     /// Whether there was somebody at the address at all: tells a refusal from an absence.
     virtual bool wasAnswered() const = 0;
+    /// Random, another one for each link. A peer that gives the proof of it (Listener::proof) knows the password; nothing else
+    /// that it says is to be believed before.
+    virtual const Hash& challenge() const = 0;
+    virtual bool isProof(const Hash& proof) const = 0;
 };
 
 /// A port with any number of clients.
@@ -60,6 +65,7 @@ class Listener {
 public:
     virtual ~Listener() = default;
     virtual int port() const = 0;
+    virtual Hash proof(const Hash& challenge) const = 0;
     enum class Sent { done, full, gone };
     virtual Sent send(const std::string& peer, std::span<const char> message) = 0;
     /// `peer` is who has sent the message, a name that stays the same for as long as the connection lasts.
@@ -86,7 +92,7 @@ public:
 };
 
 /// The library's one entry; its version is that of this header, so that a library of another build isn't taken for ours.
-inline constexpr const char* kEntryName = "nemraNetworkEntry1";
+inline constexpr const char* kEntryName = "nemraNetworkEntry2";
 using Entry = const Network* (*)();
 
 }  // namespace nemra::network

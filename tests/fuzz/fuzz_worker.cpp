@@ -14,6 +14,7 @@
 #include "engine/core/worker/service.h"
 #include "engine/node/node_class.h"
 #include "engine/node/read_scene.h"
+#include "engine/node/svbin/svbin.h"
 #include "tests/engine/worker/fake_network.h"
 
 using namespace nemra;
@@ -35,7 +36,9 @@ const Buffer& parcel() {
     static const Buffer* const packed = [] {
         node::Scene scene;
         demand(node::readScene(kScene, "fuzz", scene), "the scene of the target can't be read");
-        return new Buffer(worker::packScene(core::contentOf(scene, {})));
+        auto* const made = new Buffer(worker::packScene(node::writeSvbin(scene)));
+        worker::addLibrary(*made, core::libraryContent({}));
+        return made;
     }();
     return *packed;
 }
@@ -68,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto& [network, listener, isBusy, service] = world;
     const log::Capture capture([](const log::Message&) {});
     listener.told.clear();
-    for (const char* const peer : {"a", "b"}) listener.say(peer, worker::Hello{worker::kProtocol, core::kVersionText});
+    for (const char* const peer : {"a", "b"}) listener.say(peer, worker::Hello{worker::kProtocol, core::kVersionText, {}});
     const bool hasScene = data[0] % 2 == 1;
     if (hasScene) listener.say("a", worker::SceneOffer{network.hash(parcel().bytes()), parcel().size(), ""});
     world.turns();

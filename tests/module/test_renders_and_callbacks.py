@@ -121,7 +121,8 @@ attach(made, WORK["busy"])
 assert made.start(SCENE)
 try:
     print("started", flush=True)
-    time.sleep(30)
+    for _ in range(300):
+        time.sleep(0.1)  # a signal just before the sleep begins is only seen after it
 except KeyboardInterrupt:
     made.stop()
     print("interrupted", flush=True)

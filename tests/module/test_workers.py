@@ -110,9 +110,27 @@ class TestControl:
             first.result()
             assert bits(second.result()) == local_bits(2)
 
-    def test_a_scene_that_cannot_be_rendered_is_refused_at_once(self):
+    @pytest.mark.parametrize("scene", [b"<scene", SCENE.replace(b'name="width" value="200"', b'name="width" value="2000000"'),
+                                       SCENE.replace(b'active_setup="', b'active_setup="not ')])
+    def test_a_scene_that_cannot_be_rendered_is_refused_at_once_with_the_words_of_a_local_render(self, scene):
+        """Whether a worker is there or not."""
+        here, away = Render(scene, [], spp=1, local=1), Render(scene, ["127.0.0.1:1"], spp=1)
+        for render in (here, away):
+            assert not render.start_result
+            render.wait_for(lambda render=render: render.messages)
+        assert here.messages == away.messages
+
+    def test_warnings_of_a_scene_are_said_once_where_the_render_is(self):
+        """Though the worker looks through it as well."""
+        dark = SCENE.replace(b'<instance geometry="light"/>', b"")
         with Worker() as worker:
-            assert not Render(b"<scene", [worker], spp=1).start_result
+            renders = [Render(dark, [], spp=1, local=1), Render(dark, [worker], spp=1)]
+            warnings = []
+            for render in renders:
+                render.result()
+                warnings.append([text for _, text, level in render.messages if level == int(nemra.Warning)])
+            assert any("nothing shines" in text for text in warnings[0])
+            assert warnings[0] == warnings[1]
 
 
 class TestAddresses:
@@ -208,13 +226,19 @@ class TestFaults:
             render.renderer.stop()
             render.result()
 
-    def test_silent_worker_is_noticed_within_fifteen_seconds_and_its_work_done_anew(self, local_bits):
-        with Worker() as worker, Worker() as other:
-            render = Render(SCENE, [worker, other], spp=400)
-            render.wait_for(lambda: sum("the worker renders" in text for _, text, _ in render.messages) == 2)
-            worker.signal(signal.SIGSTOP)
-            render.wait_for(lambda: render.says("the worker is lost"), 15)
-            worker.signal(signal.SIGCONT)
+    def test_silent_workers_are_noticed_within_fifteen_seconds_and_their_work_done_anew(self, local_bits):
+        """One that hangs, and one whose machine is gone: nothing arrives on either way, and no connection is closed. That one misses
+        its client as well."""
+        with Worker() as hung, Worker() as gone, Worker() as other, Proxy(gone.port) as proxy:
+            render = Render(SCENE, [hung, f"127.0.0.1:{proxy.port}", other], spp=400)
+            render.wait_for(lambda: sum("the worker renders" in text for _, text, _ in render.messages) == 3)
+            hung.signal(signal.SIGSTOP)
+            proxy.swallow()
+            lost = [f"worker 127.0.0.1:{port}" for port in (hung.port, proxy.port)]
+            render.wait_for(lambda: all(any(source == name and "the worker is lost" in text for source, text, _ in list(render.messages))
+                                        for name in lost), 15)
+            render.wait_for(lambda: gone.states[-1:] == ["idle"], 15)
+            hung.signal(signal.SIGCONT)
             assert bits(render.result(120)) == local_bits(400)
 
     def test_all_workers_killed_ends_with_what_was_merged(self):
@@ -254,7 +278,7 @@ class TestFaults:
 
     def test_connection_cut_and_restored(self, local_bits):
         """By a proxy in the middle that closes every connection a few times."""
-        with Worker() as worker, CuttingProxy(worker.port) as proxy:
+        with Worker() as worker, Proxy(worker.port) as proxy:
             render = Render(SCENE, [f"127.0.0.1:{proxy.port}"], spp=400)
             for _ in range(3):
                 render.wait_for(lambda: render.says("the worker renders"))
@@ -267,18 +291,18 @@ class TestFaults:
         """A scene of several megabytes that no compression makes small."""
         mesh = "".join(f"{x:.9f} " for x in numpy.random.default_rng(1).random(300_000))
         large = SCENE.replace(b"</scene>", f'<mesh name="dust"><vertices>{mesh}</vertices><triangles>0 1 2</triangles></mesh></scene>'.encode())
-        with Worker() as worker, CuttingProxy(worker.port, after=500_000) as proxy:
+        with Worker() as worker, Proxy(worker.port, after=500_000) as proxy:
             render = Render(large, [f"127.0.0.1:{proxy.port}"], spp=2)
             assert bits(render.result()) == local_bits(2)
             assert render.says("the worker is lost")
 
 
-class CuttingProxy:
-    """Passes bytes between a port of its own and another one, until it cuts all connections: when it is told to, or by itself
-    after that many bytes have passed to the other port."""
+class Proxy:
+    """Passes bytes between a port of its own and another one, until it swallows all that comes, on both ways, or cuts all connections:
+    when it is told to, or by itself after that many bytes have passed to the other port."""
 
     def __init__(self, to, after=None):
-        self._to, self._after, self._open = to, after, []
+        self._to, self._after, self._open, self._swallows = to, after, [], False
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
         threading.Thread(target=self._accept, daemon=True).start()
@@ -302,11 +326,15 @@ class CuttingProxy:
                     if self._after < 0:
                         self._after = None
                         self.cut()
-                other.sendall(data)
+                if not self._swallows:
+                    other.sendall(data)
         except OSError:
             pass
         for end in (one, other):
             end.close()
+
+    def swallow(self):
+        self._swallows = True
 
     def cut(self):
         while self._open:

@@ -63,24 +63,26 @@ void nemraRendererRelease(nemra_renderer_t** handle) {
 }
 
 bool nemraRendererStart(nemra_renderer_t* renderer, const char* file_name) {
-    return start("nemraRendererStart", renderer, [&](const core::Settings& settings, bool wantsParcel) -> core::LoadedScene {
-        const std::string name(viewOf(file_name));
-        if (name.empty()) {
-            log::error("nemraRendererStart", "no scene file is named");
-            return {};
-        }
-        return core::loadSceneFile(resolvePath(name), settings, wantsParcel);
-    });
+    return start("nemraRendererStart", renderer,
+                 [&](const core::Settings& settings, core::RenderPlaces places) -> core::LoadedScene {
+                     const std::string name(viewOf(file_name));
+                     if (name.empty()) {
+                         log::error("nemraRendererStart", "no scene file is named");
+                         return {};
+                     }
+                     return core::loadSceneFile(resolvePath(name), settings, places);
+                 });
 }
 
 bool nemraRendererStartData(nemra_renderer_t* renderer, const char* data, unsigned int size) {
-    return start("nemraRendererStartData", renderer, [&](const core::Settings& settings, bool wantsParcel) -> core::LoadedScene {
-        if (!data || size == 0) {
-            log::error("nemraRendererStartData", "the scene buffer is empty");
-            return {};
-        }
-        return core::loadSceneBytes({data, size}, settings, wantsParcel);
-    });
+    return start("nemraRendererStartData", renderer,
+                 [&](const core::Settings& settings, core::RenderPlaces places) -> core::LoadedScene {
+                     if (!data || size == 0) {
+                         log::error("nemraRendererStartData", "the scene buffer is empty");
+                         return {};
+                     }
+                     return core::loadSceneBytes({data, size}, settings, places);
+                 });
 }
 
 void nemraRendererStop(nemra_renderer_t* renderer) {

@@ -1,7 +1,6 @@
 #include "engine/core/job/job_threads.h"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <chrono>
@@ -13,6 +12,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "engine/core/job/blocked_signals.h"
 
 namespace nemra::core {
 
@@ -44,22 +45,6 @@ Running& running() {
     }();
     return *instance;
 }
-
-class BlockedSignals {
-public:
-    BlockedSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGPROF}) sigdelset(&all, fault);
-        pthread_sigmask(SIG_BLOCK, &all, &before_);
-    }
-    ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    BlockedSignals(const BlockedSignals&) = delete;
-    BlockedSignals& operator=(const BlockedSignals&) = delete;
-
-private:
-    sigset_t before_{};
-};
 
 void countOut() {
     Running& all = running();

@@ -24,11 +24,13 @@ using Seconds = std::chrono::duration<double>;
 constexpr double kChunkSeconds = 0.010;
 constexpr auto kStatisticsInterval = std::chrono::milliseconds(250);
 
-/// Samples of each pixel that outside workers take at least, since each piece costs them a film to send.
+/// Samples of each pixel that a piece for outside workers has at least, since each costs them a film to send.
 constexpr std::uint32_t kOutsideSamples = 16;
 /// And at most, of what each pixel has got by then: so the picture stays even.
-constexpr std::uint32_t kMostOutsideSamples = 256;
-constexpr double kOutsideShare = 0.25;
+constexpr double kOutsideShare = 0.5;
+constexpr std::uint32_t kMostOutsideSamples = 4096;
+/// Of what a worker may have in hand: it isn't given more for a lack that is less, since each gift is a message.
+constexpr std::uint64_t kNegligible = 8;
 /// Workers whose number isn't known should find smaller tiles in a small image, too.
 constexpr int kOutsideThreads = 16;
 
@@ -319,19 +321,22 @@ void RenderJob::autoSave() {
 
 // ---- Outside workers ---------------------------------------------------------------------------------------------------------
 
-std::vector<RenderJob::HandedOut> RenderJob::takePieces(std::uint64_t samples) {
+std::vector<RenderJob::HandedOut> RenderJob::takePieces(const Request& request) {
     std::vector<HandedOut> taken;
     const std::lock_guard lock(mutex_);
     if (state_ != NEMRA_RENDERER_RUNNING) return taken;
     const std::uint32_t limit = sampleLimit();
-    // Others are taken to ask for as much as this one, so what they have in hand tells their number.
-    samples = std::max<std::uint64_t>(1, samples);
-    const std::uint64_t workers = static_cast<std::uint64_t>(threads_) + outside_.samples() / samples + 1;
-    const std::uint64_t wanted = std::clamp<std::uint64_t>(schedule_.left(limit) / (2 * workers), 1, samples);
-    const double fair = kOutsideShare * static_cast<double>(samples_) / std::max(1.0, pixels_);
-    const auto least = static_cast<std::uint32_t>(std::clamp<double>(fair, kOutsideSamples, kMostOutsideSamples));
+    const auto workers = static_cast<std::uint64_t>(threads_ + std::max(1, request.workers));
+    const std::uint64_t left = schedule_.left(limit) + outside_.samples();
+    const std::uint64_t hand = std::clamp<std::uint64_t>(left / (2 * workers), 1, std::max<std::uint64_t>(1, request.hand));
+    if (request.held >= hand || hand - request.held < hand / kNegligible) return taken;
+    const std::uint64_t wanted = hand - request.held;
+    const double even = std::min<double>(kOutsideShare * static_cast<double>(samples_) / pixels_, kMostOutsideSamples);
+    const double worth = static_cast<double>(request.each) / (static_cast<double>(film_.grid().size) * film_.grid().size);
+    const auto least = static_cast<std::uint32_t>(std::max<double>(std::min(worth, even), kOutsideSamples));
     for (std::uint64_t sum = 0; sum < wanted;) {
-        const auto piece = schedule_.next(limit, {least, wanted - sum});
+        // Rather a little more in hand than a last piece that isn't worth its way.
+        const auto piece = schedule_.next(limit, {least, std::max(wanted - sum, std::min(request.each, wanted))});
         if (!piece) break;
         taken.push_back({outside_.add(*piece), *piece});
         sum += piece->samples();

@@ -81,10 +81,17 @@ public:
         std::uint64_t id;
         Piece piece;
     };
-    /// Pieces with together about that many samples, fewer towards the end, so that a slow worker isn't waited for too long
-    /// (guided self-scheduling: Polychronopoulos and Kuck, IEEE Trans. Computers C-36(12), 1987). None if there is no work at the
-    /// moment: paused, limit reached, stopping.
-    std::vector<HandedOut> takePieces(std::uint64_t samples);
+    /// What a worker asks for. Numbers of samples.
+    struct Request {
+        std::uint64_t hand;      ///< that it would like to have in hand
+        std::uint64_t held = 0;  ///< of these, the ones that it has
+        std::uint64_t each = 1;  ///< that a piece should have, so that what it takes to send one is little beside it
+        int workers = 1;         ///< that ask, this one among them
+    };
+    /// Pieces for about what is lacking, or none yet while that is little. Towards the end a worker gets no more in hand than a
+    /// part of what is left, so that a slow one isn't waited for (guided self-scheduling: Polychronopoulos and Kuck, IEEE Trans.
+    /// Computers C-36(12), 1987). None if there is no work at the moment: paused, limit reached, stopping.
+    std::vector<HandedOut> takePieces(const Request& request);
     /// Adds a piece's samples, which were rendered into a film of the piece's size (PreparedScene::makeFilm(Tile)), all of them.
     /// False and nothing happens if that piece isn't outstanding: it was given back, or the render is over. A film that doesn't
     /// fit is refused too, and its piece counts as given back.

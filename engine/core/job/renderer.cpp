@@ -153,10 +153,10 @@ bool Renderer::startChecked(const Loader& load) {
         if (node.isRemote) {
             remotes.push_back(node.settings);
         } else {
-            plan.threads += node.settings.threads > 0 ? node.settings.threads : availableCores();
+            plan.threads += renderThreads(node.settings.threads);
         }
     }
-    const LoadedScene loaded = load(settings, !remotes.empty());
+    const LoadedScene loaded = load(settings, {.here = plan.threads > 0, .elsewhere = !remotes.empty()});
     if (!loaded.prepared) return false;
     plan.scene = loaded.prepared;
     if (!settings.outputFile.empty()) {

@@ -19,7 +19,7 @@ namespace nemra::core {
 /// Any function may be called from any thread, also from inside a callback; none waits for a callback.
 class Renderer {
 public:
-    using Loader = std::function<LoadedScene(const Settings&, bool wantsParcel)>;
+    using Loader = std::function<LoadedScene(const Settings&, RenderPlaces)>;
 
     Renderer();
     ~Renderer();  ///< as release()

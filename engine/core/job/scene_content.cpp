@@ -4,11 +4,11 @@
 
 namespace nemra::core {
 
-SceneContent contentOf(const node::Scene& scene, const std::vector<std::shared_ptr<const node::Node>>& fromLibraries) {
+Buffer libraryContent(const std::vector<std::shared_ptr<const node::Node>>& nodes) {
     node::Scene library;
-    library.nodes.reserve(fromLibraries.size());
-    for (const auto& node : fromLibraries) library.nodes.push_back(node->copy());
-    return {node::writeSvbin(scene), node::writeSvbin(library)};
+    library.nodes.reserve(nodes.size());
+    for (const auto& node : nodes) library.nodes.push_back(node->copy());
+    return node::writeSvbin(library);
 }
 
 }  // namespace nemra::core

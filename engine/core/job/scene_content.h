@@ -13,12 +13,12 @@ namespace nemra::core {
 /// and nothing of a library but what the scene uses. A node class that reads a file while a scene is prepared has to add what it
 /// read, as workers and later sessions of the same render know of no other content.
 struct SceneContent {
-    Buffer scene;    ///< svbin
+    Buffer scene;    ///< svbin, with what the scene imports
     Buffer library;  ///< svbin of a scene that has only the nodes taken from libraries, in the order in which they were asked for
 };
 
-/// Of a scene whose imports are loaded, and the nodes that its preparation took from libraries. Throws std::length_error for
-/// nodes nested deeper than readers bear.
-SceneContent contentOf(const node::Scene& scene, const std::vector<std::shared_ptr<const node::Node>>& fromLibraries);
+/// SceneContent::library from the nodes that the preparation of the scene took. Throws std::length_error for nodes nested deeper
+/// than readers bear.
+Buffer libraryContent(const std::vector<std::shared_ptr<const node::Node>>& nodes);
 
 }  // namespace nemra::core

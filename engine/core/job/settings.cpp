@@ -101,4 +101,6 @@ int availableCores() {
     return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
+int renderThreads(int wanted) { return wanted > 0 ? wanted : availableCores(); }
+
 }  // namespace nemra::core

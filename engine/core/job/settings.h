@@ -36,5 +36,7 @@ bool toThreads(std::string_view value, int& threads);
 
 /// Cores that this process may use, at least 1.
 int availableCores();
+/// Render threads for a "num_threads": that many, or as many as there are cores.
+int renderThreads(int wanted);
 
 }  // namespace nemra::core

@@ -55,11 +55,16 @@ Prepared::Prepared(const node::Scene& scene, const std::string& setupName, const
     translation.reportUnlit(setup_.node);
     setup_.instrument = withoutLinks(setup_.instrument, translation);
     lights_ = makeLightList(world_, *tables_);
-    traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     if (lights_.lights.empty() && environment < 0)
         translation.warn(*setup_.node, "nothing shines in this scene; the result is black");
     translation.finish();
+    if (!options.isRenderedHere) {
+        world_ = {};
+        lights_ = {};
+        return;
+    }
 
+    traced_ = std::make_unique<TraceScenes>(world_, options.flatLimit);
     kernel_.spectra = tables_->data();
     kernel_.cells = sensor_.grid.cells;
     kernel_.cellWidth = static_cast<float>(sensor_.grid.step);
@@ -191,7 +196,7 @@ double Prepared::offAxis(int x, int y) const noexcept {
 }
 
 std::size_t Prepared::memory() const noexcept {
-    return world_.memory() + traced_->memory() + tables_->memory() + lights_.lights.size() * sizeof(LightRecord) +
+    return world_.memory() + (traced_ ? traced_->memory() : 0) + tables_->memory() + lights_.lights.size() * sizeof(LightRecord) +
            lights_.alias.size() * sizeof(AliasEntry) + responses_.size() * sizeof(float);
 }
 
@@ -235,7 +240,7 @@ PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t firs
     tile.y0 = std::max({tile.y0, film.top, 0});
     tile.x1 = std::min({tile.x1, film.left + film.width, camera_.width});
     tile.y1 = std::min({tile.y1, film.top + film.height, camera_.height});
-    if (tile.x0 >= tile.x1 || tile.y0 >= tile.y1 || count == 0) return counts;
+    if (!traced_ || tile.x0 >= tile.x1 || tile.y0 >= tile.y1 || count == 0) return counts;
     const FilmRecord record{film.left,
                             film.top,
                             film.height,
@@ -267,9 +272,11 @@ PreparedScene::Counts Prepared::render(Film& film, Tile tile, std::uint32_t firs
     return counts;
 }
 
-std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName, Libraries* libraries) {
+std::shared_ptr<const PreparedScene> prepareScene(const node::Scene& scene, const std::string& setupName, Libraries* libraries,
+                                                  bool isRenderedHere) {
     try {
-        return std::make_shared<const Prepared>(scene, setupName, PrepareOptions{.libraries = libraries});
+        return std::make_shared<const Prepared>(scene, setupName,
+                                                PrepareOptions{.libraries = libraries, .isRenderedHere = isRenderedHere});
     } catch (const SceneFault& fault) {
         log::error(fault.source(), fault.what());
     } catch (const std::bad_alloc&) {

@@ -18,6 +18,7 @@ struct PrepareOptions {
     std::size_t flatLimit = kFlatLimit;
     RenderBatch kernel = nullptr;    ///< null: the best that runs here
     Libraries* libraries = nullptr;  ///< where names are looked up that the scene doesn't have; null: nowhere
+    bool isRenderedHere = true;
 };
 
 class Prepared final : public PreparedScene {
@@ -60,7 +61,7 @@ private:
     std::unique_ptr<SpectralTables> tables_;
     World world_;
     LightList lights_;
-    std::unique_ptr<TraceScenes> traced_;
+    std::unique_ptr<TraceScenes> traced_;  ///< null for a scene that others render
     std::vector<SpectralCell> lambdaSteps_;
     std::vector<float> responses_;
     std::vector<std::uint16_t> boxOf_;

@@ -31,6 +31,11 @@ public:
         const std::lock_guard lock(mutex_);
         --trying_;
     }
+    /// Workers that are there.
+    int present() const {
+        const std::lock_guard lock(mutex_);
+        return present_;
+    }
     /// Nobody has been there for as long as the render has patience, or nobody will come.
     bool isHopeless() const {
         const std::lock_guard lock(mutex_);

@@ -62,6 +62,7 @@ void fields(Codec& code, M& m) {
     if constexpr (std::is_same_v<T, Hello>) {
         code(m.protocol);
         code(m.engine);
+        code(m.challenge);
     } else if constexpr (std::is_same_v<T, SceneOffer>) {
         code(m.hash);
         code(m.size);
@@ -90,6 +91,7 @@ void fields(Codec& code, M& m) {
     } else if constexpr (std::is_same_v<T, Welcome>) {
         code(m.threads);
         code(m.ahead);
+        code(m.proof);
     } else if constexpr (std::is_same_v<T, Need>) {
         code(m.offset);
     } else if constexpr (std::is_same_v<T, Failed>) {

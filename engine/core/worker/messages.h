@@ -10,11 +10,12 @@
 #include <vector>
 
 #include "engine/core/job/piece.h"
+#include "engine/network/network.h"
 
 namespace nemra::core::worker {
 
 /// Of the talk: both ends must have the same.
-inline constexpr std::uint32_t kProtocol = 1;
+inline constexpr std::uint32_t kProtocol = 2;
 
 /// Bytes of a large content, such as a scene, that one message carries.
 inline constexpr std::size_t kPartBytes = std::size_t{96} << 10U;
@@ -22,12 +23,13 @@ inline constexpr std::size_t kMostPieces = 2048;  ///< of one message
 inline constexpr std::size_t kLongestText = std::size_t{16} << 10U;
 
 /// BLAKE2b of a content.
-using ContentHash = std::array<unsigned char, 32>;
+using ContentHash = network::Hash;
 
 // From the client.
 struct Hello {
     std::uint32_t protocol = kProtocol;
-    std::string engine;  ///< version: only the same engine computes the same bits
+    std::string engine;         ///< version: only the same engine computes the same bits
+    network::Hash challenge{};  ///< of the link
 };
 /// What to render: the parcel of a scene, known by its hash, and the setup in it.
 struct SceneOffer {
@@ -56,6 +58,7 @@ struct Goodbye {};
 struct Welcome {
     std::uint32_t threads = 0;
     std::uint32_t ahead = 0;  ///< clients that are served before this one
+    network::Hash proof{};    ///< of the client's challenge
 };
 /// The client is served from now on.
 struct Turn {};

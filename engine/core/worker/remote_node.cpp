@@ -17,6 +17,8 @@ constexpr std::chrono::milliseconds kFirstPause{500};
 constexpr std::chrono::milliseconds kLongestPause{10000};
 constexpr int kConnectWaitMs = 250;
 constexpr std::chrono::seconds kLongestConnect{10};
+/// By a worker that doesn't know our key, or by ourselves from somebody who isn't one.
+constexpr const char* kTurnedAway = "turned away: the password isn't the worker's, or this is no worker; trying again";
 
 }  // namespace
 
@@ -71,19 +73,22 @@ void RemoteNode::attend() {
                 event = link->wait(kConnectWaitMs, false, message);
             }
             if (event == network::Event::connected) {
-                const Attendance::Presence presence(render_->attendance);
                 RemoteSession session(*render_, *link, name_);
                 const auto ending = session.run();
                 if (ending == RemoteSession::Ending::over) return;
                 if (ending == RemoteSession::Ending::refused) return giveUp(session.why());
-                pause_ = kFirstPause;
-                said_.clear();
-                log::warning(name_,
-                             "the worker is lost: " + session.why() + "; what it had is rendered anew, and it is looked for");
+                if (ending == RemoteSession::Ending::stranger) {
+                    sayOnce(NEMRA_LOG_WARNING, kTurnedAway);
+                } else {
+                    pause_ = kFirstPause;
+                    said_.clear();
+                    log::warning(name_,
+                                 "the worker is lost: " + session.why() + "; what it had is rendered anew, and it is looked for");
+                }
             } else if (render_->isOver()) {
                 return;
             } else if (link->wasAnswered()) {
-                sayOnce(NEMRA_LOG_WARNING, "turned away: the password isn't the worker's, or this is no worker; trying again");
+                sayOnce(NEMRA_LOG_WARNING, kTurnedAway);
             } else {
                 sayOnce(NEMRA_LOG_WARNING, "nobody answers; trying again");
             }

@@ -21,6 +21,11 @@ constexpr std::chrono::seconds kAliveEvery{2};
 /// What a worker has in hand should last that long: enough to bridge the way there and back, little to lose.
 constexpr double kInHandSeconds = 1.0;
 constexpr std::chrono::milliseconds kMeasureEvery{250};
+constexpr std::chrono::milliseconds kMeasureFirst{50};
+/// Of a thread of the worker's: what a piece should take at least. To send it and to take it in costs both ends 0.1 ms each.
+constexpr double kPieceSeconds = 0.030;
+/// That should come from all workers together: with three channels 83 MB/s, which a link of 1 Gbit/s bears, and a core of ours.
+constexpr double kPiecesPerSecond = 4000.0;
 /// To begin with, per thread of the worker.
 constexpr double kFirstSamples = 8192.0;
 
@@ -49,7 +54,7 @@ std::optional<RemoteSession::Ending> RemoteSession::lose(std::string why) {
 }
 
 RemoteSession::Ending RemoteSession::run() {
-    outbox_.push_back(encode(Hello{kProtocol, kVersionText}));
+    outbox_.push_back(encode(Hello{kProtocol, kVersionText, link_.challenge()}));
     std::string message;
     for (;;) {
         if (render_.isOver()) {
@@ -107,9 +112,15 @@ std::optional<RemoteSession::Ending> RemoteSession::receive(std::span<const char
     lastHeard_ = Clock::now();
     const auto message = decode(bytes);
     if (!message) return lose("it sent what isn't a message");
+    if (!presence_ && !std::holds_alternative<Failed>(*message)) {
+        const auto* const welcome = std::get_if<Welcome>(&*message);
+        if (!welcome || !link_.isProof(welcome->proof)) return Ending::stranger;
+        presence_.emplace(render_.attendance);
+    }
     if (const auto* const part = std::get_if<ResultPart>(&*message)) return take(*part);
     if (const auto* const welcome = std::get_if<Welcome>(&*message)) {
-        target_ = kFirstSamples * std::clamp(welcome->threads, 1U, 4096U);
+        threads_ = std::clamp(welcome->threads, 1U, 4096U);
+        target_ = kFirstSamples * threads_;
         if (welcome->ahead > 0) log::info(name_, "the worker is busy with another client: waiting for our turn");
     } else if (std::holds_alternative<Turn>(*message)) {
         outbox_.push_back(encode(SceneOffer{render_.hash, render_.parcel->size(), render_.setup}));
@@ -136,8 +147,13 @@ std::optional<RemoteSession::Ending> RemoteSession::receive(std::span<const char
 
 void RemoteSession::askForWork() {
     measure();
-    if (static_cast<double>(openSamples_) >= target_) return;
-    const auto pieces = render_.job->takePieces(static_cast<std::uint64_t>(target_) - openSamples_);
+    const int workers = render_.attendance.present();
+    const double pieceSeconds =
+        std::max(kPieceSeconds, threads_ * workers / kPiecesPerSecond);  // all are taken to be like this one
+    const auto pieces = render_.job->takePieces({.hand = static_cast<std::uint64_t>(target_),
+                                                 .held = openSamples_,
+                                                 .each = static_cast<std::uint64_t>(rate_ / threads_ * pieceSeconds) + 1,
+                                                 .workers = workers});
     for (std::size_t first = 0; first < pieces.size(); first += kMostPieces) {
         Work work;
         for (std::size_t i = first; i < std::min(pieces.size(), first + kMostPieces); ++i) {
@@ -162,13 +178,23 @@ std::optional<RemoteSession::Ending> RemoteSession::take(const ResultPart& part)
     return std::nullopt;
 }
 
+/// Most pieces are of one size, and reading fills all of the film.
+void RemoteSession::makeFilmFor(const PreparedScene::Tile& tile) {
+    if (film_ && film_->width == tile.x1 - tile.x0 && film_->height == tile.y1 - tile.y0) {
+        film_->left = tile.x0;
+        film_->top = tile.y0;
+    } else {
+        film_ = render_.scene->makeFilm(tile);
+    }
+}
+
 bool RemoteSession::deliver(const ResultHead& head, std::span<const char> bytes) {
     const auto found = open_.find(head.id);
     const Piece& piece = found->second;
     const std::uint64_t samples = piece.samples();
-    const auto film = render_.scene->makeFilm(piece.tile);
-    if (head.samples != samples || head.wrong > samples || !readCutOut(bytes, piece.count, *film)) return false;
-    render_.job->deliver(head.id, *film, {head.samples, head.wrong});
+    makeFilmFor(piece.tile);
+    if (head.samples != samples || head.wrong > samples || !readCutOut(bytes, piece.count, *film_)) return false;
+    render_.job->deliver(head.id, *film_, {head.samples, head.wrong});
     delivered_ += samples;
     openSamples_ -= samples;
     open_.erase(found);
@@ -177,7 +203,7 @@ bool RemoteSession::deliver(const ResultHead& head, std::span<const char> bytes)
 
 void RemoteSession::measure() {
     const auto now = Clock::now();
-    if (now - measuredAt_ < kMeasureEvery || isPaused_) return;
+    if (now - measuredAt_ < (rate_ > 0.0 ? kMeasureEvery : kMeasureFirst) || isPaused_) return;
     const double seconds = std::chrono::duration<double>(now - measuredAt_).count();
     const double current = static_cast<double>(std::exchange(delivered_, 0)) / seconds;
     measuredAt_ = now;

@@ -24,9 +24,10 @@ public:
     RemoteSession& operator=(const RemoteSession&) = delete;
 
     enum class Ending {
-        over,    ///< the render wants no more
-        lost,    ///< the worker is gone
-        refused  ///< the worker can't render this
+        over,     ///< the render wants no more
+        lost,     ///< the worker is gone
+        refused,  ///< the worker can't render this
+        stranger  ///< it doesn't know the password
     };
     /// Talks until one of these has come; begins with a connection that stands.
     Ending run();
@@ -37,6 +38,7 @@ private:
     using Clock = std::chrono::steady_clock;
     std::optional<Ending> receive(std::span<const char> bytes);
     std::optional<Ending> take(const ResultPart& part);
+    void makeFilmFor(const PreparedScene::Tile& tile);
     bool deliver(const ResultHead& head, std::span<const char> bytes);
     std::optional<Ending> lose(std::string why);
     void askForWork();
@@ -51,13 +53,16 @@ private:
     const std::size_t channels_;  ///< of the scene's sensor
     std::string why_;
     std::deque<std::string> outbox_;
-    std::uint64_t sent_ = 0;               ///< bytes of the parcel
-    bool isSending_ = false;               ///< the parcel
-    bool isReady_ = false;                 ///< the worker has the scene
-    bool isPaused_ = false;                ///< as the worker knows it
-    std::map<std::uint64_t, Piece> open_;  ///< that the worker has
+    std::uint64_t sent_ = 0;                        ///< bytes of the parcel
+    bool isSending_ = false;                        ///< the parcel
+    std::optional<Attendance::Presence> presence_;  ///< once the worker has shown that it knows the password
+    bool isReady_ = false;                          ///< the worker has the scene
+    bool isPaused_ = false;                         ///< as the worker knows it
+    std::map<std::uint64_t, Piece> open_;           ///< that the worker has
     std::uint64_t openSamples_ = 0;
     ResultStream results_;
+    std::unique_ptr<Film> film_;   ///< of the piece that came last, for the next one
+    double threads_ = 1.0;         ///< of the worker
     double target_ = 0.0;          ///< samples that the worker should have in hand
     double rate_ = 0.0;            ///< samples per second
     std::uint64_t delivered_ = 0;  ///< samples since the last measurement

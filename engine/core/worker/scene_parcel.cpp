@@ -1,6 +1,7 @@
 #include "engine/core/worker/scene_parcel.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 #include <variant>
 
@@ -16,11 +17,14 @@ namespace {
 
 constexpr const char* kOrigin = "scene of the client";
 
+/// How many bytes follow, and these.
 void appendBlock(Buffer& parcel, const Buffer& svbin) {
-    const Buffer packed = node::gzip(svbin.bytes());
-    const auto size = static_cast<std::uint64_t>(packed.size());
-    parcel.append({reinterpret_cast<const char*>(&size), sizeof size});
-    parcel.append(packed.text());
+    const std::size_t begin = parcel.size();
+    std::uint64_t size = 0;
+    parcel.append(sizeof size, '\0');
+    node::appendGzip(parcel, svbin.bytes());
+    size = parcel.size() - begin - sizeof size;
+    std::memcpy(parcel.data() + begin, &size, sizeof size);
 }
 
 std::span<const char> takeBlock(ByteReader& reader) {
@@ -37,18 +41,19 @@ bool namesFiles(const node::Scene& scene) {
 
 }  // namespace
 
-Buffer packScene(const SceneContent& content) {
+Buffer packScene(const Buffer& scene) {
     Buffer parcel;
-    appendBlock(parcel, content.library);
-    appendBlock(parcel, content.scene);
+    appendBlock(parcel, scene);
     return parcel;
 }
+
+void addLibrary(Buffer& parcel, const Buffer& library) { appendBlock(parcel, library); }
 
 std::shared_ptr<const PreparedScene> prepareParcel(std::span<const char> parcel, const std::string& setup,
                                                    const std::vector<std::string>& libraryPaths) {
     ByteReader reader(parcel);
-    const auto libraryBytes = takeBlock(reader);
     const auto sceneBytes = takeBlock(reader);
+    const auto libraryBytes = takeBlock(reader);
     if (!reader.ok() || reader.left() != 0) {
         log::error(kOrigin, "what was sent is no scene");
         return nullptr;

@@ -12,8 +12,11 @@
 
 namespace nemra::core::worker {
 
-/// Gzipped. Throws std::length_error for more than a reader takes.
-Buffer packScene(const SceneContent& content);
+/// The scene's part of a parcel from its svbin (SceneContent::scene), gzipped. Throws std::length_error for more than a reader
+/// takes.
+Buffer packScene(const Buffer& scene);
+/// SceneContent::library, which makes the parcel whole. Throws as packScene does.
+void addLibrary(Buffer& parcel, const Buffer& library);
 
 /// Names that neither the scene nor the parcel has are looked for in `libraryPaths`. Null after error messages.
 std::shared_ptr<const PreparedScene> prepareParcel(std::span<const char> parcel, const std::string& setup,

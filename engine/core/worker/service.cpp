@@ -100,9 +100,8 @@ void Service::greet(const std::string& peer, const Hello& hello) {
     }
     Client& client = clients_[peer];
     order_.push_back(peer);
-    const int threads = settings_().threads;
-    client.outbox.push_back(encode(Welcome{static_cast<std::uint32_t>(threads > 0 ? threads : availableCores()),
-                                           static_cast<std::uint32_t>(order_.size() - 1)}));
+    client.outbox.push_back(encode(Welcome{static_cast<std::uint32_t>(renderThreads(settings_().threads)),
+                                           static_cast<std::uint32_t>(order_.size() - 1), listener_.proof(hello.challenge)}));
     if (order_.size() > 1) {
         log::info(kSource, "a client waits for its turn");
         return;
@@ -160,8 +159,7 @@ void Service::begin(Client& client, ParcelCache::Parcel parcel) {
     auto prepare = [known = parcels_.findPrepared(client.offer.hash, client.offer.setup), parcel = std::move(parcel),
                     setup = client.offer.setup,
                     paths = settings.libraryPaths] { return known ? known : prepareParcel(parcel->bytes(), setup, paths); };
-    client.job = WorkerJob::start(settings.threads > 0 ? settings.threads : availableCores(), std::move(prepare),
-                                  [wake = wake_] { wake->wake(); });
+    client.job = WorkerJob::start(renderThreads(settings.threads), std::move(prepare), [wake = wake_] { wake->wake(); });
 }
 
 void Service::fail(Client& client, const std::string& why) {

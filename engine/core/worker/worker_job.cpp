@@ -127,7 +127,8 @@ void WorkerJob::post(Outcome outcome) {
         const std::lock_guard lock(mutex_);
         if (const auto* const result = std::get_if<Result>(&outcome)) {
             const std::size_t before = std::exchange(outcomeBytes_, outcomeBytes_ + result->bytes.size());
-            isUrgent = before < kPartBytes && outcomeBytes_ >= kPartBytes;
+            // Or else the client would only hear a while later that there is room for more work, or that it has all.
+            isUrgent = (before < kPartBytes && outcomeBytes_ >= kPartBytes) || queue_.empty();
         }
         outcomes_.push_back(std::move(outcome));
     }

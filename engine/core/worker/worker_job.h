@@ -40,7 +40,8 @@ public:
     /// Makes the scene ready; called on one of the job's threads. What it emits as errors is the reason of a failure.
     using Prepare = std::function<std::shared_ptr<const PreparedScene>()>;
 
-    /// `changed` is called on the job's threads when something has come out that shouldn't wait: everything but small results.
+    /// `changed` is called on the job's threads when something has come out that shouldn't wait: everything but small results
+    /// with others behind them.
     /// Throws std::system_error if there is no thread.
     static std::shared_ptr<WorkerJob> start(int threads, Prepare prepare, std::function<void()> changed);
 

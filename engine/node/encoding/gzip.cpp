@@ -116,10 +116,14 @@ void checkTotal(std::size_t bytes) {
 
 }  // namespace
 
-Buffer gzip(std::span<const char> bytes) {
+void appendGzip(Buffer& out, std::span<const char> bytes) {
     checkTotal(bytes.size());
-    Buffer out;
     appendTaken(out, bytes, Place::only);
+}
+
+Buffer gzip(std::span<const char> bytes) {
+    Buffer out;
+    appendGzip(out, bytes);
     return out;
 }
 
@@ -184,8 +188,8 @@ bool inflateMembers(std::span<const char> bytes, Buffer& out, std::string& why, 
     return true;
 }
 
-/// From the front: of a length that isn't certain nothing behind the last member's end is read, but for the few bytes that the library
-/// loads ahead.
+/// From the front: of a length that isn't certain nothing behind the last member's end is read, but for the few bytes that the
+/// library loads ahead.
 bool inflateFromFront(std::span<const char> bytes, Buffer& out, std::string& why) {
     const std::size_t before = out.size();
     const auto refuse = [&](std::string reason) {
@@ -206,7 +210,8 @@ bool inflateFromFront(std::span<const char> bytes, Buffer& out, std::string& why
         std::size_t used = 0;
         std::size_t size = 0;
         const auto inflate = [&] {
-            return libdeflate_gzip_decompress_ex(decompressor.get(), member.data(), member.size(), out.room(room), room, &used, &size);
+            return libdeflate_gzip_decompress_ex(decompressor.get(), member.data(), member.size(), out.room(room), room, &used,
+                                                 &size);
         };
         auto result = inflate();
         // Memory that isn't written yet costs nothing, but a limit on addresses may count it: so not all of it at once.
@@ -215,7 +220,8 @@ bool inflateFromFront(std::span<const char> bytes, Buffer& out, std::string& why
             result = inflate();
         }
         if (result == LIBDEFLATE_INSUFFICIENT_SPACE)
-            return refuse("the gzip data inflates to more than " + std::to_string(most) + " bytes, which no scene of its size does");
+            return refuse("the gzip data inflates to more than " + std::to_string(most) +
+                          " bytes, which no scene of its size does");
         const auto end = static_cast<std::size_t>(member.data() - bytes.data()) + member.size();
         if (result != LIBDEFLATE_SUCCESS) return refuse("the gzip data is damaged or cut off at byte " + std::to_string(end));
         if (used != member.size())

@@ -13,6 +13,8 @@ namespace nemra::node {
 /// One member. Contents that would be smaller than readers take are stored in part. Throws std::length_error for more than
 /// readers take.
 NEMRA_API Buffer gzip(std::span<const char> bytes);
+/// The same behind what is there. Throws as gzip does.
+NEMRA_API void appendGzip(Buffer& out, std::span<const char> bytes);
 
 /// Contents that come one piece after the other, and are never there as a whole. Throws as gzip does.
 class NEMRA_API GzipPieces {

@@ -78,7 +78,7 @@ inline Recorder& makeRecorder() {
 }
 
 inline core::Renderer::Loader loaderOf(std::shared_ptr<const FakeScene> scene) {
-    return [scene](const core::Settings&, bool) { return core::LoadedScene{scene, nullptr, 0}; };
+    return [scene](const core::Settings&, core::RenderPlaces) { return core::LoadedScene{scene, nullptr, 0}; };
 }
 
 /// A renderer with one local node of that many threads.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <random>
 #include <thread>
 
@@ -46,7 +47,7 @@ struct Hired {
 
     /// Some piece; the test fails if there is none to be had.
     HandedOut take() const {
-        const auto pieces = job->takePieces(1);
+        const auto pieces = job->takePieces({1});
         EXPECT_EQ(pieces.size(), 1U);
         return pieces.empty() ? HandedOut{0, {}} : pieces.front();
     }
@@ -89,7 +90,7 @@ TEST(OutsideWorkers, WhateverTheyLoseAndInWhatOrderTheyDeliverTheResultIsThatOfO
                 std::mt19937 random(seed);
                 std::vector<HandedOut> hand;
                 while (run.job->state() == NEMRA_RENDERER_RUNNING) {
-                    const auto more = run.job->takePieces(random() % 20000);
+                    const auto more = run.job->takePieces({random() % 20000});
                     hand.insert(hand.end(), more.begin(), more.end());
                     std::shuffle(hand.begin(), hand.end(), random);
                     while (!hand.empty() && random() % 16 != 0) {
@@ -124,22 +125,25 @@ TEST(OutsideWorkers, TowardsTheEndTheyGetLessAndTheLimitWaitsForThemAll) {
     auto scene = std::make_shared<FakeScene>();
     scene->pixelsWide = scene->pixelsHigh = 64;
     Hired run(scene, 0, {0.0, 20.0, NEMRA_HALT_STOPS});
-    std::vector<HandedOut> all;
-    std::uint64_t before = UINT64_MAX;
-    for (;;) {
-        std::uint64_t samples = 0;
-        for (const HandedOut& handed : run.job->takePieces(1U << 30)) {
-            samples += handed.piece.samples();
-            all.push_back(handed);
+    constexpr std::uint64_t all = 20U * 64U * 64U;
+    std::deque<HandedOut> hand;
+    std::uint64_t held = 0;
+    for (std::uint64_t delivered = 0; delivered + held < all;) {
+        for (const HandedOut& handed : run.job->takePieces({1U << 30, held})) {
+            held += handed.piece.samples();
+            hand.push_back(handed);
         }
-        if (samples == 0) break;
-        EXPECT_LE(samples, before);
-        before = samples;
+        ASSERT_FALSE(hand.empty());
+        EXPECT_LT(held, (all - delivered) / 2 + 64) << "somebody else could do the other half meanwhile";
+        if (delivered + held == all) break;
+        ASSERT_TRUE(run.deliver(hand.front()));
+        delivered += hand.front().piece.samples();
+        held -= hand.front().piece.samples();
+        hand.pop_front();
     }
-    EXPECT_EQ(before, 64U) << "the last is one sample of each pixel of one tile of 8 x 8";
-    const HandedOut last = all.back();
-    all.pop_back();
-    for (const HandedOut& handed : all) ASSERT_TRUE(run.deliver(handed));
+    ASSERT_EQ(hand.size(), 1U);
+    const HandedOut last = hand.front();
+    EXPECT_EQ(last.piece.samples(), 64U) << "one sample of each pixel of one tile of 8 x 8";
     std::this_thread::sleep_for(30ms);
     EXPECT_EQ(run.job->state(), NEMRA_RENDERER_RUNNING) << "one piece is missing";
     EXPECT_TRUE(run.deliver(last));
@@ -147,17 +151,39 @@ TEST(OutsideWorkers, TowardsTheEndTheyGetLessAndTheLimitWaitsForThemAll) {
     expectSamples(run.recorder.finished[0], *scene, 20);
 }
 
+TEST(OutsideWorkers, PiecesGetAsDeepAsIsWorthTheirWayWhileThePictureStaysEven) {
+    auto scene = std::make_shared<FakeScene>();
+    scene->pixelsWide = scene->pixelsHigh = 64;
+    Hired run(scene, 0, {});
+    constexpr std::uint32_t worth = 100;  // samples of each of a tile's 64 pixels
+    double spp = 0.0;
+    for (std::uint32_t deepest = 0; spp < 300.0;) {
+        const auto hand = run.job->takePieces({.hand = 1U << 15, .held = 0, .each = worth * 64, .workers = 1});
+        ASSERT_FALSE(hand.empty());
+        for (const HandedOut& handed : hand) {
+            deepest = std::max(deepest, handed.piece.count);
+            if (spp < 16.0) EXPECT_LE(handed.piece.count, 16U);
+            if (spp > 2.0 * worth) EXPECT_EQ(handed.piece.count, worth);
+            ASSERT_TRUE(run.deliver(handed));
+        }
+        EXPECT_LE(deepest, std::max(16.0, spp)) << "no pixel gets more at once than the others have";
+        spp = run.job->statistic(NEMRA_STAT_SPP);
+    }
+    EXPECT_TRUE(run.job->takePieces({.hand = 1000, .held = 950}).empty()) << "too little is lacking for a message";
+    EXPECT_FALSE(run.job->takePieces({.hand = 1000, .held = 800}).empty());
+}
+
 TEST(OutsideWorkers, ALimitThatComesDownOrGoesUpIsKept) {
     auto scene = std::make_shared<FakeScene>();
     Hired run(scene, 0, {0.0, 16.0, NEMRA_HALT_PAUSES});
-    auto first = run.job->takePieces(1U << 30);
+    auto first = run.job->takePieces({1U << 30});
     ASSERT_FALSE(first.empty());
     std::vector<std::uint64_t> ids;
     for (const HandedOut& handed : first) ids.push_back(handed.id);
     run.job->giveBack(ids);  // pieces that reach beyond the limit that now comes
     run.job->setHalt({0.0, 3.0, NEMRA_HALT_PAUSES});
     const auto finishWith = [&] {
-        for (auto hand = run.job->takePieces(1000); !hand.empty(); hand = run.job->takePieces(1000)) {
+        for (auto hand = run.job->takePieces({1000}); !hand.empty(); hand = run.job->takePieces({1000})) {
             for (const HandedOut& handed : hand) ASSERT_TRUE(run.deliver(handed));
         }
     };
@@ -165,7 +191,7 @@ TEST(OutsideWorkers, ALimitThatComesDownOrGoesUpIsKept) {
     ASSERT_TRUE(run.recorder.waitForFinish());
     expectSamples(run.recorder.finished[0], *scene, 3);
     run.job->setHalt({0.0, 21.0, NEMRA_HALT_STOPS});
-    EXPECT_TRUE(run.job->takePieces(1000).empty()) << "paused still";
+    EXPECT_TRUE(run.job->takePieces({1000}).empty()) << "paused still";
     ASSERT_TRUE(run.job->setPaused(false));
     finishWith();
     ASSERT_TRUE(run.recorder.waitForFinish(2));
@@ -180,14 +206,14 @@ TEST(OutsideWorkers, APauseTakesWhatIsDeliveredLateAndAnEndDoesNot) {
     int wakes = run.wakes;
     ASSERT_TRUE(run.job->setPaused(true));
     EXPECT_GT(run.wakes, wakes);
-    EXPECT_TRUE(run.job->takePieces(1000).empty());
+    EXPECT_TRUE(run.job->takePieces({1000}).empty());
     EXPECT_TRUE(run.deliver(late));
     wakes = run.wakes;
     ASSERT_TRUE(run.job->setPaused(false));
     EXPECT_GT(run.wakes, wakes);
     run.job->stop();
     EXPECT_FALSE(run.deliver(never));
-    EXPECT_TRUE(run.job->takePieces(1000).empty());
+    EXPECT_TRUE(run.job->takePieces({1000}).empty());
     ASSERT_TRUE(run.recorder.waitForFinish());
     EXPECT_FALSE(run.deliver(never));
     const auto there = static_cast<double>(early.piece.samples() + late.piece.samples());
@@ -238,7 +264,7 @@ TEST(OutsideWorkers, AFilmThatDoesNotFitIsRefusedAndItsPieceGoesToAnother) {
     refuse([](core::Film& film, auto&) { film.samples[0] -= 1; });
     refuse([](core::Film&, auto& done) { done.samples -= 1; });
     refuse([](core::Film&, auto& done) { done.wrong += 1; });
-    for (auto hand = run.job->takePieces(1000); !hand.empty(); hand = run.job->takePieces(1000)) {
+    for (auto hand = run.job->takePieces({1000}); !hand.empty(); hand = run.job->takePieces({1000})) {
         for (const HandedOut& handed : hand) ASSERT_TRUE(run.deliver(handed));
     }
     ASSERT_TRUE(run.recorder.waitForFinish());

@@ -90,7 +90,7 @@ TEST(RenderJob, StartIsRefusedWhileRunningAndWorksAgainAfterwards) {
     Recorder& recorder = makeRecorder();
     auto renderer = rendererWith(1);
     recorder.attach(*renderer);
-    EXPECT_FALSE(renderer->start([](const core::Settings&, bool) { return core::LoadedScene{}; }));
+    EXPECT_FALSE(renderer->start([](const core::Settings&, core::RenderPlaces) { return core::LoadedScene{}; }));
     ASSERT_TRUE(renderer->start(loaderOf(slowScene())));
     EXPECT_FALSE(renderer->start(loaderOf(slowScene())));
     renderer->stop();

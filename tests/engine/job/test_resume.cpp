@@ -59,7 +59,7 @@ protected:
         renderer->setParameter("first_sample", std::to_string(firstSample_));
         renderer->addLocalNode();
         renderer->setHalt(halt);
-        const bool ok = renderer->start([&](const core::Settings& settings, bool) {
+        const bool ok = renderer->start([&](const core::Settings& settings, core::RenderPlaces) {
             EXPECT_TRUE(settings.resume);
             return core::LoadedScene{scene, nullptr, print_};
         });
@@ -338,7 +338,9 @@ TEST_F(Resume, NeedsARawFile) {
             renderer.setParameter("output_file_name", (folder_ / "long.exr").string());
         }
         renderer.addLocalNode();
-        EXPECT_FALSE(renderer.start([this](const core::Settings&, bool) { return core::LoadedScene{scene_, nullptr, print_}; }));
+        EXPECT_FALSE(renderer.start([this](const core::Settings&, core::RenderPlaces) {
+            return core::LoadedScene{scene_, nullptr, print_};
+        }));
         EXPECT_TRUE(recorder.waitFor([](const Recorder& r) { return r.messages.size() == 1; }));
     }
 }

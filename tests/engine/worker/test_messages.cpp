@@ -19,13 +19,13 @@ std::vector<std::string> examples() {
     const std::string part(1000, 'p');
     Work work;
     work.items = {{7, {{1, 2, 3, 4}, 5, 6}}, {8, {{-1, 0, 16, 16}, 0xFFFFFF00U, 64}}};
-    const std::vector<Message> messages{Hello{kProtocol, "engine"},
+    const std::vector<Message> messages{Hello{kProtocol, "engine", {4, 5}},
                                         SceneOffer{{1, 2, 3}, 12345678901ULL, "set\xC3\xBCp"},
                                         ScenePart{99, part},
                                         work,
                                         Pause{true},
                                         Goodbye{},
-                                        Welcome{4, 1},
+                                        Welcome{4, 1, {6, 7}},
                                         Turn{},
                                         Need{17},
                                         Ready{},

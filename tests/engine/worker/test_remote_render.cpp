@@ -1,6 +1,8 @@
 // Renders through real sockets: a server and a renderer of this process, so that sanitizers see both ends.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -8,7 +10,10 @@
 #include <thread>
 
 #include "engine/core/job/load_scene.h"
+#include "engine/core/worker/load_network.h"
+#include "engine/core/worker/messages.h"
 #include "engine/core/worker/server.h"
+#include "engine/core/worker/wake.h"
 #include "engine/node/node_class.h"
 #include "tests/engine/job/recorder.h"
 
@@ -52,7 +57,7 @@ protected:
         return made;
     }
     Renderer::Loader box() const {
-        return [text = box_](const Settings& settings, bool wantsParcel) { return loadSceneBytes(text, settings, wantsParcel); };
+        return [text = box_](const Settings& settings, RenderPlaces places) { return loadSceneBytes(text, settings, places); };
     }
     static std::vector<double> numbersOf(nemra_raw_t* raw) {
         std::vector<double> numbers;
@@ -148,6 +153,53 @@ TEST_F(RemoteRender, GoesOnAfterTheServerWasClosedAndOpenedAgain) {
     EXPECT_TRUE(sampled(1000));
     made->stop();
     EXPECT_TRUE(recorder.waitForFinish());
+    made->release();
+}
+
+/// Somebody who lets a client in but doesn't know the password, such as one who sits in the middle: gets no scene.
+TEST_F(RemoteRender, ShowsNothingToAWorkerThatProvesNothing) {
+    const network::Network& network = *worker::loadNetwork();
+    network::Keys keys = network.deriveKeys("for tests");
+    keys.proof = network.deriveKeys("another").proof;
+    const worker::Wake wake;
+    std::string why;
+    const auto listener = network.listen(true, 0, keys, wake.descriptor(), why);
+    ASSERT_TRUE(listener) << why;
+    std::atomic<bool> isOver{false};
+    std::atomic<int> greeted{0}, told{0};
+    std::thread stranger([&] {
+        std::string peer, bytes;
+        while (!isOver) {
+            if (listener->wait(20, peer, bytes) != network::Event::message) continue;
+            const auto message = worker::decode(bytes);
+            if (const auto* const hello = message ? std::get_if<worker::Hello>(&*message) : nullptr) {
+                ++greeted;
+                listener->send(peer, worker::encode(worker::Welcome{1, 0, listener->proof(hello->challenge)}));
+                listener->send(peer, worker::encode(worker::Turn{}));
+            } else {
+                ++told;
+            }
+        }
+    });
+    const auto made = renderer(1);
+    made->clearNodes();
+    made->setParameter("remote_host", "127.0.0.1:" + std::to_string(listener->port()));
+    made->setParameter("remote_patience", "1.5");
+    made->addRemoteNode();
+    Recorder& recorder = makeRecorder();
+    recorder.attach(*made);
+    EXPECT_TRUE(made->start(box()));
+    EXPECT_TRUE(recorder.waitForFinish()) << "it is patient with workers, not with strangers";
+    const auto said = [&](std::string_view part) {
+        return std::count_if(recorder.messages.begin(), recorder.messages.end(),
+                             [&](const std::string& message) { return message.find(part) != std::string::npos; });
+    };
+    EXPECT_EQ(said("turned away"), 1);
+    EXPECT_EQ(said("no render worker is left"), 1);
+    isOver = true;
+    stranger.join();
+    EXPECT_GT(greeted, 1);
+    EXPECT_EQ(told, 0);
     made->release();
 }
 

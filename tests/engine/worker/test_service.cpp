@@ -11,6 +11,7 @@
 #include "engine/core/worker/service.h"
 #include "engine/node/node_class.h"
 #include "engine/node/read_scene.h"
+#include "engine/node/svbin/svbin.h"
 #include "tests/engine/worker/fake_network.h"
 
 namespace nemra::test {
@@ -27,7 +28,8 @@ protected:
         node::registerClasses();
         node::Scene scene;
         EXPECT_TRUE(node::readScene(text, "test", scene));
-        parcel_ = packScene(contentOf(scene, {}));
+        parcel_ = packScene(node::writeSvbin(scene));
+        addLibrary(parcel_, libraryContent({}));
         offer_ = SceneOffer{network_.hash(parcel_.bytes()), parcel_.size(), ""};
     }
 
@@ -41,7 +43,7 @@ protected:
         return listener_.count<M>(peer) >= count;
     }
     void hello(const std::string& peer) {
-        listener_.say(peer, Hello{kProtocol, kVersionText});
+        listener_.say(peer, Hello{kProtocol, kVersionText, {}});
         turns();
     }
     void sendScene(const std::string& peer) {
@@ -93,8 +95,8 @@ TEST_F(WorkerService, TheNextClientsTurnComesWhenTheFirstIsGone) {
 }
 
 TEST_F(WorkerService, AnotherVersionIsToldSo) {
-    listener_.say("a", Hello{kProtocol + 1, kVersionText});
-    listener_.say("b", Hello{kProtocol, "another engine"});
+    listener_.say("a", Hello{kProtocol + 1, kVersionText, {}});
+    listener_.say("b", Hello{kProtocol, "another engine", {}});
     turns();
     EXPECT_EQ(listener_.count<Failed>("a"), 1);
     EXPECT_EQ(listener_.count<Failed>("b"), 1);
@@ -102,7 +104,7 @@ TEST_F(WorkerService, AnotherVersionIsToldSo) {
 }
 
 TEST_F(WorkerService, TooManyClientsAreToldToComeAgain) {
-    for (int i = 0; i < 40; ++i) listener_.say("peer" + std::to_string(i), Hello{kProtocol, kVersionText});
+    for (int i = 0; i < 40; ++i) listener_.say("peer" + std::to_string(i), Hello{kProtocol, kVersionText, {}});
     turns(50);
     EXPECT_EQ(listener_.count<Welcome>("peer31"), 1);
     EXPECT_EQ(listener_.count<Welcome>("peer32"), 0);
@@ -158,7 +160,8 @@ TEST_F(WorkerService, AClientThatBreaksTheRulesIsDroppedAndTheNextServed) {
 TEST_F(WorkerService, NoFileIsReadForAClient) {
     node::Scene scene;
     scene.imports.push_back({"/etc/hostname", "", {}, true});
-    const Buffer parcel = packScene(contentOf(scene, {}));
+    Buffer parcel = packScene(node::writeSvbin(scene));
+    addLibrary(parcel, libraryContent({}));
     std::string said;
     const log::Capture capture([&](const log::Message& message) { said += message.text; });
     EXPECT_EQ(prepareParcel(parcel.bytes(), "", {}), nullptr);
