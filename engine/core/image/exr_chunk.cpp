@@ -21,15 +21,14 @@ std::uint64_t multiples(std::int64_t first, std::int64_t last, std::int64_t step
     return static_cast<std::uint64_t>(below(last) - below(first - 1));
 }
 
-/// Bytes of those rows, if a float has as many as `floatBytes`.
-std::uint64_t bytesOfRows(const Imf::Header& header, int first, int rows, std::uint64_t floatBytes) {
-    const Imath::Box2i& window = header.dataWindow();
+/// Bytes of those pixels, if a float has as many as `floatBytes`.
+std::uint64_t bytesOf(const Imf::Header& header, const Imath::Box2i& pixels, std::uint64_t floatBytes) {
     std::uint64_t bytes = 0;
     for (auto i = header.channels().begin(); i != header.channels().end(); ++i) {
         const Imf::Channel& channel = i.channel();
         const std::uint64_t size = channel.type == Imf::HALF ? 2 : channel.type == Imf::FLOAT ? floatBytes : 4;
-        bytes += size * multiples(window.min.x, window.max.x, channel.xSampling) *
-                 multiples(first, std::int64_t{first} + rows - 1, channel.ySampling);
+        bytes += size * multiples(pixels.min.x, pixels.max.x, channel.xSampling) *
+                 multiples(pixels.min.y, pixels.max.y, channel.ySampling);
     }
     return bytes;
 }
@@ -57,8 +56,8 @@ std::uint64_t bytesOfRuns(std::span<const char> packed) {
 
 }  // namespace
 
-bool isWholeExrChunk(const Imf::Header& header, int first, int rows, std::span<const char> packed) {
-    const std::uint64_t wanted = bytesOfRows(header, first, rows, 4);
+bool isWholeExrChunk(const Imf::Header& header, const Imath::Box2i& pixels, std::span<const char> packed) {
+    const std::uint64_t wanted = bytesOf(header, pixels, 4);
     if (packed.size() >= wanted) return packed.size() == wanted;  // what packing makes no smaller stands as it is
     switch (header.compression()) {
         case Imf::NO_COMPRESSION:
@@ -69,9 +68,9 @@ bool isWholeExrChunk(const Imf::Header& header, int first, int rows, std::span<c
         case Imf::ZIP_COMPRESSION:
             return inflatesTo(wanted, packed);
         case Imf::PXR24_COMPRESSION:
-            return inflatesTo(bytesOfRows(header, first, rows, 3), packed);
+            return inflatesTo(bytesOf(header, pixels, 3), packed);
         default:
-            return true;
+            return !packed.empty();
     }
 }
 

@@ -7,9 +7,9 @@
 
 namespace nemra::core {
 
-/// Whether a chunk of scanlines unpacks to as many bytes as its rows need, `rows` from `first` on. The library doesn't ask: where
-/// ZIP, RLE, PXR24 or bare rows end too early, it gives what its memory held before. The other compressions are left to it, which
-/// looks at their ends itself. Throws std::bad_alloc.
-bool isWholeExrChunk(const Imf::Header& header, int first, int rows, std::span<const char> packed);
+/// Whether a chunk, which stands for those pixels, unpacks to as many bytes as they need. The library doesn't ask: where ZIP, RLE,
+/// PXR24 or bare rows end too early, or nothing is there at all, it gives what its memory held before. The ends of other
+/// compressions are left to it, which looks at them itself. Throws std::bad_alloc.
+bool isWholeExrChunk(const Imf::Header& header, const Imath::Box2i& pixels, std::span<const char> packed);
 
 }  // namespace nemra::core

@@ -10,6 +10,7 @@
 #include <ImfMultiPartInputFile.h>
 #include <ImfStandardAttributes.h>
 #include <ImfStringAttribute.h>
+#include <ImfTiledInputPart.h>
 
 #include <algorithm>
 #include <cmath>
@@ -187,16 +188,34 @@ private:
         checkPictureSize(width(), height(), channels, bytes_.size() * deflate / std::max(bytesPerPixel_, std::uint64_t{1}));
     }
 
-    void checkChunks(Imf::InputPart& part, int first, int last) const {
-        if (header_.hasTileDescription()) return;
+    void demandWhole(const Imath::Box2i& pixels, const char* packed, int size) const {
+        if (size < 0 || !isWholeExrChunk(header_, pixels, {packed, static_cast<std::size_t>(size)})) {
+            throw PictureFault("the rows from " + std::to_string(pixels.min.y - window_.min.y) + " on aren't whole");
+        }
+    }
+    void checkChunks(Imf::InputPart& part, const Imath::Box2i& rows) const {
         const int together = rowsOfChunk(header_);
-        for (int y = first; y <= last; y += together) {
+        for (int y = rows.min.y; y <= rows.max.y; y += together) {
             const char* packed = nullptr;
             int size = 0;
             part.rawPixelData(y, packed, size);
-            const int rows = std::min(together, last - y + 1);
-            if (size < 0 || !isWholeExrChunk(header_, y, rows, {packed, static_cast<std::size_t>(size)})) {
-                throw PictureFault("the rows from " + std::to_string(y - window_.min.y) + " on aren't whole");
+            demandWhole({{rows.min.x, y}, {rows.max.x, std::min(y + together - 1, rows.max.y)}}, packed, size);
+        }
+    }
+    /// Those of full resolution.
+    void checkTiles(const Imath::Box2i& rows) const {
+        MemoryStream stream(bytes_);
+        Imf::MultiPartInputFile parts(stream, 0, false);
+        Imf::TiledInputPart part(parts, 0);
+        const int high = rowsOfChunk(header_);
+        for (int row = (rows.min.y - window_.min.y) / high; row <= (rows.max.y - window_.min.y) / high; ++row) {
+            for (int column = 0; column < part.numXTiles(0); ++column) {
+                int x = column, y = row, levelX = 0, levelY = 0;
+                const char* packed = nullptr;
+                int size = 0;
+                part.rawTileData(x, y, levelX, levelY, packed, size);
+                if (x != column || y != row || levelX != 0 || levelY != 0) throw PictureFault("tiles that stand for others");
+                demandWhole(part.dataWindowForTile(column, row, 0, 0), packed, size);
             }
         }
     }
@@ -215,7 +234,7 @@ private:
             frame.insert(source.name,
                          Imf::Slice::Make(Imf::FLOAT, planes.values.back().get(), window, sizeof(float), sizeof(float) * w));
         }
-        checkChunks(part, window.min.y, window.max.y);
+        header_.hasTileDescription() ? checkTiles(window) : checkChunks(part, window);
         part.setFrameBuffer(frame);
         part.readPixels(window.min.y, window.max.y);
         return planes;
