@@ -7,8 +7,8 @@
 
 namespace nemra::core {
 
-/// Whether a chunk, which stands for those pixels, unpacks to as many bytes as they need. The library doesn't ask: where ZIP, RLE,
-/// PXR24 or bare rows end too early, or nothing is there at all, it gives what its memory held before. The ends of other
+/// Whether a chunk, which stands for those pixels, unpacks to as many bytes as they need. The library doesn't ask: where ZIP,
+/// RLE, PXR24 or bare rows end too early, or nothing is there at all, it gives what its memory held before. The ends of other
 /// compressions are left to it, which looks at them itself. Throws std::bad_alloc.
 bool isWholeExrChunk(const Imf::Header& header, const Imath::Box2i& pixels, std::span<const char> packed);
 

@@ -10,7 +10,6 @@
 #include <ImfMultiPartInputFile.h>
 #include <ImfStandardAttributes.h>
 #include <ImfStringAttribute.h>
-#include <ImfTiledInputPart.h>
 
 #include <algorithm>
 #include <cmath>
@@ -24,6 +23,7 @@
 #include "engine/common/log.h"
 #include "engine/core/image/exr_chunk.h"
 #include "engine/core/image/exr_head.h"
+#include "engine/core/image/exr_tiles.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/spectral_layout.h"
 #include "engine/core/output/parallel_rows.h"
@@ -110,6 +110,7 @@ public:
     /// The first part of the file. Its headers are looked at before the library makes buffers for what they claim.
     File(std::span<const char> bytes, const std::string& origin)
         : bytes_(bytes),
+          tables_(checkExrHead(bytes)),
           origin_(origin),
           stream_(bytes),
           parts_(stream_, 0, false),
@@ -121,6 +122,8 @@ public:
             if (names_.size() > kMaxChannels) throw PictureFault("more than " + std::to_string(kMaxChannels) + " channels");
         }
         checkSize(1);
+        // The library would look for tiles elsewhere than the file says.
+        if (header_.hasTileDescription() && !parts_.partComplete(0)) throw PictureFault("the places of some tiles are missing");
     }
 
     const Imf::Header& header() const { return header_; }
@@ -202,23 +205,6 @@ private:
             demandWhole({{rows.min.x, y}, {rows.max.x, std::min(y + together - 1, rows.max.y)}}, packed, size);
         }
     }
-    /// Those of full resolution.
-    void checkTiles(const Imath::Box2i& rows) const {
-        MemoryStream stream(bytes_);
-        Imf::MultiPartInputFile parts(stream, 0, false);
-        Imf::TiledInputPart part(parts, 0);
-        const int high = rowsOfChunk(header_);
-        for (int row = (rows.min.y - window_.min.y) / high; row <= (rows.max.y - window_.min.y) / high; ++row) {
-            for (int column = 0; column < part.numXTiles(0); ++column) {
-                int x = column, y = row, levelX = 0, levelY = 0;
-                const char* packed = nullptr;
-                int size = 0;
-                part.rawTileData(x, y, levelX, levelY, packed, size);
-                if (x != column || y != row || levelX != 0 || levelY != 0) throw PictureFault("tiles that stand for others");
-                demandWhole(part.dataWindowForTile(column, row, 0, 0), packed, size);
-            }
-        }
-    }
 
     /// From a stream of its own, so that several threads can at the same time.
     Planes readRows(const Film& film, const std::vector<Source>& sources, int first, int rows) const {
@@ -234,7 +220,11 @@ private:
             frame.insert(source.name,
                          Imf::Slice::Make(Imf::FLOAT, planes.values.back().get(), window, sizeof(float), sizeof(float) * w));
         }
-        header_.hasTileDescription() ? checkTiles(window) : checkChunks(part, window);
+        if (header_.hasTileDescription()) {
+            checkExrTiles(header_, bytes_, tables_, window.min.y, window.max.y);
+        } else {
+            checkChunks(part, window);
+        }
         part.setFrameBuffer(frame);
         part.readPixels(window.min.y, window.max.y);
         return planes;
@@ -275,6 +265,7 @@ private:
     }
 
     std::span<const char> bytes_;
+    std::size_t tables_;               ///< where those of places begin
     std::uint64_t bytesPerPixel_ = 0;  ///< of the channels at full resolution
     const std::string& origin_;
     MemoryStream stream_;
@@ -409,7 +400,6 @@ std::shared_ptr<Raw> readExr(std::span<const char> bytes, const std::string& ori
     // The library would allocate by what a header claims before we see it.
     static const bool limited = (Imf::Header::setMaxImageSize(kMaxSide, kMaxSide), true);
     static_cast<void>(limited);
-    checkExrHead(bytes);
     try {
         File file(bytes, origin);
         RawParts parts;
