@@ -189,5 +189,27 @@ TEST(ExrForms, DamagedChunksAreRefused) {
     }
 }
 
+// DWA packs channels in three ways, and says of each how much there is: less than the channels need would come out of memory.
+TEST(ExrForms, CountsOfDwaAreCompared) {
+    node::registerClasses();
+    for (const auto compression : {Imf::DWAA_COMPRESSION, Imf::DWAB_COMPRESSION}) {
+        const Buffer file = fileOf({compression, true, false, Imf::INCREASING_Y});
+        const std::vector<char> whole(file.bytes().begin(), file.bytes().end());
+        ASSERT_NO_THROW(core::readExr(whole, "a.exr"));
+        const std::size_t counts = numberAt<std::uint64_t>(whole, core::checkExrHead(whole)) + 8;
+        const auto refused = [&](std::size_t word, auto&& change) {
+            auto damaged = whole;
+            const std::uint64_t number = change(numberAt<std::uint64_t>(whole, counts + 8 * word));
+            std::memcpy(damaged.data() + counts + 8 * word, &number, sizeof number);
+            EXPECT_THROW(core::readExr(damaged, "a.exr"), core::PictureFault) << compression << ", word " << word;
+        };
+        const auto less = [](std::uint64_t number) { return number - 1; };
+        const auto none = [](std::uint64_t) { return std::uint64_t{0}; };
+        for (const std::size_t word : {1U, 2U, 3U, 4U, 8U, 9U}) refused(word, none);  // the file has nothing in runs
+        for (const std::size_t word : {1U, 9U}) refused(word, less);
+        for (const std::size_t word : {1U, 5U}) refused(word, [](std::uint64_t) { return ~std::uint64_t{0}; });
+    }
+}
+
 }  // namespace
 }  // namespace nemra::test
