@@ -1,13 +1,19 @@
 // Files of a result of 4096 x 4096 pixels with X, Y, Z: time to write one and to read it back, beside a plain program that hands
-// the same numbers, ready made, to the format's own library and writes what it gives, or reads just what that library gives. For
-// svraw that is a copy of the film's arrays to a file, for csv printf, for hdr a loop without run lengths. Both take turns, and
-// the medians count, since the machine's speed drifts. Arguments: a side in pixels in place of 4096, a number of turns in place
-// of 5.
+// the same numbers, ready made, to the format's own library and writes what it gives, or reads what that library gives. For svraw
+// that is a copy of the film's arrays to a file, for csv printf, for hdr a loop without run lengths.
+//
+// Written files stand beside a plain program that leaves them to the system, and beside one that waits for the disk as we do.
+// Read pictures stand beside one that ends at X, Y, Z (floats, rows from the top, in fresh memory: a table for the codes, a
+// matrix), and beside one that ends at what the library gives; ours ends at a result, 45 bytes for each pixel that are written.
+//
+// All take turns, and the medians count, since the machine's speed drifts. Arguments: a side in pixels in place of 4096, a number
+// of turns in place of 5, formats in place of all (svraw exr csv hdr png jpg png16).
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfInputFile.h>
 #include <ImfOutputFile.h>
+#include <fcntl.h>
 #include <png.h>
 #include <unistd.h>
 
@@ -21,12 +27,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <random>
 #include <string>
 
 #include "engine/common/log.h"
 #include "engine/core/image/image_node.h"
 #include "engine/core/image/read_exr.h"
+#include "engine/core/output/encode.h"
 #include "engine/core/output/picture.h"
 #include "engine/core/output/write_file.h"
 #include "engine/core/output/write_result.h"
@@ -119,10 +127,36 @@ void plainExr(const std::string& path, std::vector<std::vector<float>>& planes, 
     file.writePixels(side);
 }
 
-void readPlainExr(const std::string& path, std::vector<std::vector<float>>& planes, int side) {
+std::vector<std::vector<float>> readPlainExr(const std::string& path, int side) {
     Imf::InputFile file(path.c_str());
+    std::vector<std::vector<float>> planes(3,
+                                           std::vector<float>(static_cast<std::size_t>(side) * static_cast<std::size_t>(side)));
     file.setFrameBuffer(frameOf(planes, side));
     file.readPixels(0, side - 1);
+    return planes;
+}
+
+/// What plain programs make of linear R, G, B.
+std::vector<float> toXyz(const ColorSpace& space, std::size_t pixels, const auto& component) {
+    std::vector<float> xyz;
+    xyz.reserve(3 * pixels);
+    for (std::size_t i = 0; i < 3 * pixels; i += 3) {
+        for (const double value : space.toXyz(component(i), component(i + 1), component(i + 2))) {
+            xyz.push_back(static_cast<float>(value));
+        }
+    }
+    return xyz;
+}
+
+/// Of codes, of which the largest stands for 1.
+template <class Code>
+std::vector<float> toXyz(const std::vector<unsigned char>& codes) {
+    const ColorSpace& space = colorSpace("srgb");
+    constexpr int most = std::numeric_limits<Code>::max();
+    std::vector<double> light;
+    for (int code = 0; code <= most; ++code) light.push_back(space.decode(static_cast<double>(code) / most));
+    const auto* const all = reinterpret_cast<const Code*>(codes.data());
+    return toXyz(space, codes.size() / sizeof(Code) / 3, [&](std::size_t i) { return light[all[i]]; });
 }
 
 png_image describe(const DisplayImage& display) {
@@ -139,12 +173,13 @@ void plainPng(const std::string& path, const DisplayImage& display) {
     demand(png_image_write_to_file(&image, path.c_str(), 0, display.bytes.data(), 0, nullptr) != 0, "png");
 }
 
-void readPlainPng(const std::string& path, const DisplayImage& display) {
+std::vector<unsigned char> readPlainPng(const std::string& path, const DisplayImage& display) {
     png_image image = describe(display);
     std::vector<unsigned char> codes(display.bytes.size());
     demand(png_image_begin_read_from_file(&image, path.c_str()) != 0, "png");
     image.format = display.bits == 16 ? PNG_FORMAT_LINEAR_RGB : PNG_FORMAT_RGB;
     demand(png_image_finish_read(&image, nullptr, codes.data(), 0, nullptr) != 0, "png");
+    return codes;
 }
 
 void plainJpeg(const std::string& path, const DisplayImage& display) {
@@ -172,7 +207,7 @@ void plainJpeg(const std::string& path, const DisplayImage& display) {
     std::fclose(file);
 }
 
-void readPlainJpeg(const std::string& path, const DisplayImage& display) {
+std::vector<unsigned char> readPlainJpeg(const std::string& path, const DisplayImage& display) {
     jpeg_decompress_struct jpeg{};
     jpeg_error_mgr errors{};
     jpeg.err = jpeg_std_error(&errors);
@@ -189,9 +224,10 @@ void readPlainJpeg(const std::string& path, const DisplayImage& display) {
     jpeg_finish_decompress(&jpeg);
     jpeg_destroy_decompress(&jpeg);
     std::fclose(file);
+    return codes;
 }
 
-void plainCopy(const std::string& path, const Film& film, bool flushed) {
+void plainCopy(const std::string& path, const Film& film) {
     std::FILE* const file = std::fopen(path.c_str(), "wb");
     const auto put = [&](const auto& array) {
         demand(std::fwrite(array.data(), sizeof(array[0]), array.size(), file) > 0, "copy");
@@ -204,8 +240,6 @@ void plainCopy(const std::string& path, const Film& film, bool flushed) {
     put(film.squares.part);
     put(film.depth);
     put(film.depthSamples);
-    std::fflush(file);
-    if (flushed) ::fsync(::fileno(file));
     std::fclose(file);
 }
 
@@ -224,16 +258,20 @@ void plainHdr(const std::string& path, const std::vector<std::vector<float>>& pl
     std::fclose(file);
 }
 
-void readPlainHdr(const std::string& path, std::vector<std::vector<float>>& planes) {
+std::vector<float> readPlainHdr(const std::string& path, int side) {
     std::FILE* const file = std::fopen(path.c_str(), "rb");
     for (int lines = 0; lines < 4;) lines += std::fgetc(file) == '\n';
-    for (std::size_t i = 0; i < planes[0].size(); ++i) {
+    std::vector<float> rgb;
+    const auto pixels = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
+    rgb.reserve(3 * pixels);
+    for (std::size_t i = 0; i < pixels; ++i) {
         unsigned char pixel[4];
         demand(std::fread(pixel, 4, 1, file) == 1, "hdr");
         const float scale = std::ldexp(1.0F, pixel[3] - 136);
-        for (std::size_t c = 0; c < 3; ++c) planes[c][i] = (pixel[c] + 0.5F) * scale;
+        for (std::size_t c = 0; c < 3; ++c) rgb.push_back((pixel[c] + 0.5F) * scale);
     }
     std::fclose(file);
+    return rgb;
 }
 
 void plainCsv(const std::string& path, const std::vector<std::vector<float>>& planes, int side) {
@@ -249,27 +287,38 @@ void plainCsv(const std::string& path, const std::vector<std::vector<float>>& pl
     std::fclose(file);
 }
 
+void flush(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY);
+    demand(file >= 0 && ::fsync(file) == 0, "flush");
+    ::close(file);
+}
+
 class Turns {
 public:
     explicit Turns(int count) : count_(count) {}
 
-    /// `spared` seconds of ours are another thing.
-    double compare(const char* what, const std::function<void()>& ours, const std::function<void()>& plain, double spared = 0.0) {
-        std::vector<double> a, b;
+    struct Plain {
+        const char* what;
+        std::function<void()> call;
+    };
+    void compare(const char* what, const std::function<void()>& ours, const std::vector<Plain>& plains) {
+        std::vector<std::vector<double>> times(plains.size());
+        std::vector<double> mine;
         for (int i = 0; i < count_; ++i) {
-            b.push_back(seconds(plain));
-            a.push_back(seconds(ours));
+            for (std::size_t p = 0; p < plains.size(); ++p) times[p].push_back(seconds(plains[p].call));
+            mine.push_back(seconds(ours));
         }
-        const double mine = median(a) - spared;
-        std::printf("%-34s %7.2f s  %5.2f times the plain one\n", what, mine, mine / median(b));
+        std::printf("%-15s %6.2f s", what, median(mine));
+        for (std::size_t p = 0; p < plains.size(); ++p) {
+            std::printf("   %5.2f times %s (%.2f s)", median(mine) / median(times[p]), plains[p].what, median(times[p]));
+        }
+        std::printf("\n");
         std::fflush(stdout);
-        return median(a);
     }
-    double time(const char* what, const std::function<void()>& call) {
-        std::vector<double> times;
-        for (int i = 0; i < count_; ++i) times.push_back(seconds(call));
-        std::printf("%-34s %7.2f s\n", what, median(times));
-        return median(times);
+    /// `plain` writes that file.
+    void written(const char* what, const std::function<void()>& ours, const std::string& path,
+                 const std::function<void(const std::string&)>& plain) {
+        compare(what, ours, {{"a plain one", [&] { plain(path); }}, {"a flushed one", [&] { plain(path), flush(path); }}});
     }
 
 private:
@@ -282,6 +331,9 @@ int main(int count, char** arguments) {
     const int side = count > 1 ? std::atoi(arguments[1]) : 4096;
     const int turns = count > 2 ? std::atoi(arguments[2]) : 5;
     demand(side >= 16 && side <= 8192 && turns > 0, "a side of 16 to 8192 pixels and a number of turns");
+    const auto wanted = [&](const std::string& format) {
+        return count <= 3 || std::find(arguments + 3, arguments + count, format) != arguments + count;
+    };
     node::registerClasses();
     const log::Capture silence([](const log::Message&) {});
     const auto folder = std::filesystem::temp_directory_path() / "nemra-raw-files";
@@ -290,60 +342,66 @@ int main(int count, char** arguments) {
 
     const auto raw = makeResult(side);
     auto planes = planesOf(*raw->view());
-    auto taken = planes;
-    std::shared_ptr<Raw> again;
     std::printf("%d x %d pixels, 3 channels; medians of %d turns\n", side, side, turns);
     Turns in(turns);
 
-    const auto writeSvrawFile = [&] { demand(writeRaw(*raw, path("a.svraw"), "svraw"), "svraw"); };
-    in.compare("svraw, written", writeSvrawFile, [&] { plainCopy(path("copy"), *raw->film(), false); });
-    in.compare("the same, copy flushed to the disk", writeSvrawFile, [&] { plainCopy(path("copy"), *raw->film(), true); });
-    in.compare(
-        "svraw, read", [&] { again.reset(), again = readSvraw(readFileWhole(path("a.svraw"))->bytes(), "a"); },
-        [&] { demand(readFileWhole(path("copy")).has_value(), "copy"); });
-    demand(again && again->film()->low == raw->film()->low, "svraw came back otherwise");
-
-    in.compare(
-        "exr, written", [&] { demand(writeRaw(*raw, path("a.exr"), "exr"), "exr"); },
-        [&] { plainExr(path("plain.exr"), planes, side); });
-    in.compare(
-        "exr, read", [&] { again.reset(), again = readExr(readFileWhole(path("a.exr"))->bytes(), "a"); },
-        [&] { readPlainExr(path("plain.exr"), taken, side); });
-    demand(static_cast<float>(again->view()->at(1, 3, 5, 0)) == planes[1][std::size_t(5 * side + 3)], "exr came back otherwise");
-    again.reset();
-
-    in.compare(
-        "csv, written", [&] { demand(writeRaw(*raw, path("a.csv"), "csv"), "csv"); },
-        [&] { plainCsv(path("plain.csv"), planes, side); });
+    if (wanted("svraw")) {
+        std::shared_ptr<Raw> again;
+        in.written(
+            "svraw, written", [&] { demand(writeRaw(*raw, path("a.svraw"), "svraw"), "svraw"); }, path("copy"),
+            [&](const std::string& name) { plainCopy(name, *raw->film()); });
+        in.compare("svraw, read", [&] { again.reset(), again = readSvraw(readFileWhole(path("a.svraw"))->bytes(), "a"); },
+                   {{"a copy", [&] { demand(readFileWhole(path("copy")).has_value(), "copy"); }}});
+        demand(again && again->film()->low == raw->film()->low, "svraw came back otherwise");
+    }
+    if (wanted("exr")) {
+        std::shared_ptr<Raw> again;
+        in.written(
+            "exr, written", [&] { demand(writeRaw(*raw, path("a.exr"), "exr"), "exr"); }, path("plain.exr"),
+            [&](const std::string& name) { plainExr(name, planes, side); });
+        in.compare("exr, read", [&] { again.reset(), again = readExr(readFileWhole(path("a.exr"))->bytes(), "a"); },
+                   {{"a plain one", [&] { readPlainExr(path("plain.exr"), side); }}});
+        demand(static_cast<float>(again->view()->at(1, 3, 5, 0)) == planes[1][std::size_t(5 * side + 3)],
+               "exr came back otherwise");
+    }
+    if (wanted("csv")) {
+        in.written(
+            "csv, written", [&] { demand(writeRaw(*raw, path("a.csv"), "csv"), "csv"); }, path("plain.csv"),
+            [&](const std::string& name) { plainCsv(name, planes, side); });
+    }
     const auto readPicture = [&](const char* name) {
         const auto file = readFileWhole(path(name));
         demand(rawFromPictureFile(file->bytes(), name, "auto", 1.0, false)->width() == side, name);
     };
-    in.compare(
-        "hdr, written", [&] { demand(writeRaw(*raw, path("a.hdr"), "hdr"), "hdr"); },
-        [&] { plainHdr(path("plain.hdr"), planes, side); });
-    in.compare(
-        "hdr, read", [&] { readPicture("a.hdr"); }, [&] { readPlainHdr(path("plain.hdr"), taken); });
-
-    for (const int bits : {8, 16}) {
-        const bool wide = bits == 16;
-        DisplayImage display;
-        const double filters =
-            in.time("filters and colour space, in these:", [&] { display = makeDisplayImage(*raw, false, bits); });
-        const char* const format = wide ? "png16" : "png";
-        in.compare(
-            wide ? "  png16, written" : "  png, written", [&] { demand(writeResult(*raw, path(format), format), format); },
-            [&] { plainPng(path("plain.png"), display); }, filters);
-        if (!wide) {
-            in.compare(
-                "  jpg, written", [&] { demand(writeResult(*raw, path("a.jpg"), "jpg"), "jpg"); },
-                [&] { plainJpeg(path("plain.jpg"), display); }, filters);
-            in.compare(
-                "jpg, read", [&] { readPicture("a.jpg"); }, [&] { readPlainJpeg(path("plain.jpg"), display); });
-        }
-        in.compare(
-            wide ? "png16, read" : "png, read", [&] { readPicture(format); }, [&] { readPlainPng(path("plain.png"), display); });
+    if (wanted("hdr")) {
+        in.written(
+            "hdr, written", [&] { demand(writeRaw(*raw, path("a.hdr"), "hdr"), "hdr"); }, path("plain.hdr"),
+            [&](const std::string& name) { plainHdr(name, planes, side); });
+        const auto plain = [&] {
+            const auto rgb = readPlainHdr(path("plain.hdr"), side);
+            toXyz(radianceColorSpace(), rgb.size() / 3, [&](std::size_t i) { return rgb[i]; });
+        };
+        in.compare("hdr, read", [&] { readPicture("a.hdr"); },
+                   {{"X, Y, Z", plain}, {"numbers", [&] { readPlainHdr(path("plain.hdr"), side); }}});
     }
+    // Filters and colour space are ours alone, so writing begins behind them.
+    const auto shown = [&](const char* format, int bits, auto&& encode, auto&& plainWrite, auto&& plainRead) {
+        if (!wanted(format)) return;
+        const DisplayImage display = makeDisplayImage(*raw, false, bits);
+        const std::string name = path(format);
+        const std::string plain = path("plain.") + format;
+        in.written((std::string(format) + ", written").c_str(), [&] { demand(encode(display, name), format); }, plain,
+                   [&](const std::string& to) { plainWrite(to, display); });
+        const auto codes = [&] { return plainRead(plain, display); };
+        const auto xyz = [&] { return bits == 8 ? toXyz<std::uint8_t>(codes()) : toXyz<std::uint16_t>(codes()); };
+        in.compare((std::string(format) + ", read").c_str(), [&] { readPicture(format); },
+                   {{"X, Y, Z", [&] { xyz(); }}, {"codes", [&] { codes(); }}});
+    };
+    const auto writePng = [](const DisplayImage& image, const std::string& to) { return writeFileWhole(to, encodePng(image)); };
+    const auto writeJpeg = [](const DisplayImage& image, const std::string& to) { return writeFileWhole(to, encodeJpeg(image)); };
+    shown("png", 8, writePng, plainPng, readPlainPng);
+    shown("jpg", 8, writeJpeg, plainJpeg, readPlainJpeg);
+    shown("png16", 16, writePng, plainPng, readPlainPng);
     std::filesystem::remove_all(folder);
     return 0;
 }

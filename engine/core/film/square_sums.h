@@ -60,9 +60,13 @@ struct SquareSums {
     std::size_t size() const noexcept { return part.size(); }
     /// Makes them so many, all 0.
     void resize(std::size_t pixels) {
-        upper.assign(pixels, 0);
-        lower.assign(pixels, 0);
-        part.assign(pixels, 0);
+        const auto zeros = [pixels](auto& array) {
+            array.clear();
+            array.resize(pixels);  // touches no page of a new block (see PagedAllocator)
+        };
+        zeros(upper);
+        zeros(lower);
+        zeros(part);
     }
 
     SquareSum at(std::size_t pixel) const noexcept { return {upper[pixel], lower[pixel], part[pixel]}; }

@@ -1,6 +1,6 @@
-#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 #include "engine/common/byte_reader.h"
@@ -25,11 +25,13 @@ public:
         rest_ = rest_.subspan(end + 1);
         return text.substr(0, end);
     }
-    unsigned char byte() {
-        if (rest_.empty()) throw PictureFault("the file is cut short");
-        const char first = rest_.front();
-        rest_ = rest_.subspan(1);
-        return static_cast<unsigned char>(first);
+    unsigned char byte() { return *take(1); }
+    /// The next bytes.
+    const unsigned char* take(std::size_t count) {
+        if (rest_.size() < count) throw PictureFault("the file is cut short");
+        const auto* const first = reinterpret_cast<const unsigned char*>(rest_.data());
+        rest_ = rest_.subspan(count);
+        return first;
     }
     bool beginsPacked(std::size_t width) const noexcept {
         const auto at = [&](std::size_t i) { return static_cast<unsigned char>(rest_[i]); };
@@ -55,36 +57,48 @@ std::vector<double> numbersOf(std::string_view text) {
     return numbers;
 }
 
-using Pixel = std::array<unsigned char, 4>;
+constexpr std::size_t kPixelBytes = 4;
 
-void readPacked(Reader& file, std::vector<Pixel>& line) {
-    for (int i = 0; i < 4; ++i) file.byte();
-    for (std::size_t c = 0; c < 4; ++c) {
-        for (std::size_t x = 0; x < line.size();) {
+/// Components one after the other, each in runs: 128 + count and a byte that is repeated, or count and the bytes.
+void readPacked(Reader& file, std::span<unsigned char> line, std::vector<unsigned char>& components) {
+    file.take(4);
+    const std::size_t width = line.size() / kPixelBytes;
+    components.resize(line.size());
+    for (std::size_t c = 0; c < kPixelBytes; ++c) {
+        unsigned char* const out = components.data() + c * width;
+        for (std::size_t x = 0; x < width;) {
             std::size_t count = file.byte();
             const bool run = count > 128;
             if (run) count -= 128;
-            if (count == 0 || count > line.size() - x) throw PictureFault("a damaged scanline");
-            const unsigned char value = run ? file.byte() : 0;
-            for (; count > 0; --count, ++x) line[x][c] = run ? value : file.byte();
+            if (count == 0 || count > width - x) throw PictureFault("a damaged scanline");
+            if (run) {
+                std::memset(out + x, file.byte(), count);
+            } else {
+                std::memcpy(out + x, file.take(count), count);
+            }
+            x += count;
         }
+    }
+    const unsigned char* const in = components.data();
+    for (std::size_t x = 0; x < width; ++x) {
+        for (std::size_t c = 0; c < kPixelBytes; ++c) line[kPixelBytes * x + c] = in[c * width + x];
     }
 }
 
 /// Pixels as they are; in old files (1, 1, 1, n) repeats the pixel before, and several of these count in steps of 256.
-void readPlain(Reader& file, std::vector<Pixel>& line) {
+void readPlain(Reader& file, std::span<unsigned char> line) {
     int shift = 0;
-    for (std::size_t x = 0; x < line.size();) {
-        Pixel pixel{};
-        for (unsigned char& component : pixel) component = file.byte();
-        if (x > 0 && pixel[0] == 1 && pixel[1] == 1 && pixel[2] == 1) {
+    for (std::size_t at = 0; at < line.size();) {
+        const unsigned char* const pixel = file.take(kPixelBytes);
+        if (at > 0 && pixel[0] == 1 && pixel[1] == 1 && pixel[2] == 1) {
             if (shift > 24) throw PictureFault("a damaged scanline");
             const std::size_t count = std::size_t{pixel[3]} << shift;
-            if (count > line.size() - x) throw PictureFault("a damaged scanline");
-            for (std::size_t i = 0; i < count; ++i, ++x) line[x] = line[x - 1];
+            if (count > (line.size() - at) / kPixelBytes) throw PictureFault("a damaged scanline");
+            for (const std::size_t end = at + kPixelBytes * count; at < end; ++at) line[at] = line[at - kPixelBytes];
             shift += 8;
         } else {
-            line[x++] = pixel;
+            std::memcpy(line.data() + at, pixel, kPixelBytes);
+            at += kPixelBytes;
             shift = 0;
         }
     }
@@ -134,29 +148,41 @@ ColorSpace colorsOf(const std::vector<double>& p) {
     return named;
 }
 
+class HdrDecoder final : public PictureDecoder {
+public:
+    explicit HdrDecoder(std::span<const char> bytes) : file_(bytes) {
+        const Header header = readHeader(file_);
+        // Repeats of old files, of which none has so many; packed scanlines stay far below.
+        constexpr std::uint64_t pixelsPerByte = 256;
+        checkPictureSize(header.width, header.height, 3, bytes.size() * pixelsPerByte);
+        form_.width = header.width;
+        form_.height = header.height;
+        form_.channels = 3;
+        form_.samples = Samples::rgbe;
+        form_.colors = colorsOf(header.primaries);
+        form_.luminanceOfWhite = kRadianceEfficacy;
+        form_.exposure = header.exposure;
+    }
+    void read(std::span<unsigned char> rows) override {
+        for (; !rows.empty(); rows = rows.subspan(form_.rowBytes())) {
+            const auto line = rows.first(form_.rowBytes());
+            if (file_.beginsPacked(static_cast<std::size_t>(form_.width))) {
+                readPacked(file_, line, components_);
+            } else {
+                readPlain(file_, line);
+            }
+        }
+    }
+
+private:
+    Reader file_;
+    std::vector<unsigned char> components_;
+};
+
 }  // namespace
 
 bool isHdr(std::span<const char> bytes) noexcept { return bytes.size() >= 2 && bytes[0] == '#' && bytes[1] == '?'; }
 
-Pixels decodeHdr(std::span<const char> bytes) {
-    Reader file(bytes);
-    const Header header = readHeader(file);
-    // Repeats of old files, of which none has so many; packed scanlines stay far below.
-    constexpr std::uint64_t pixelsPerByte = 256;
-    checkPictureSize(header.width, header.height, 3, bytes.size() * pixelsPerByte);
-    Pixels pixels{header.width, header.height, 3, {}, false, colorsOf(header.primaries), kRadianceEfficacy};
-    std::vector<Pixel> line(static_cast<std::size_t>(header.width));
-    for (int y = 0; y < header.height; ++y) {
-        file.beginsPacked(line.size()) ? readPacked(file, line) : readPlain(file, line);
-        // Grows as lines come, since a file may say that it has more than it has.
-        pixels.values.resize(pixels.values.size() + 3 * line.size());
-        float* out = pixels.values.data() + pixels.values.size() - 3 * line.size();
-        for (const Pixel& pixel : line) {
-            const double scale = pixel[3] == 0 ? 0.0 : std::ldexp(1.0, pixel[3] - 136) / header.exposure;
-            for (std::size_t c = 0; c < 3; ++c) *out++ = static_cast<float>((pixel[c] + 0.5) * scale);
-        }
-    }
-    return pixels;
-}
+std::unique_ptr<PictureDecoder> decodeHdr(std::span<const char> bytes) { return std::make_unique<HdrDecoder>(bytes); }
 
 }  // namespace nemra::core

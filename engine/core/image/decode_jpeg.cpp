@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "engine/core/image/decode.h"
 #include "engine/core/image/jpeg_faults.h"
 
@@ -28,9 +26,12 @@ bool begin(jpeg_decompress_struct& jpeg, JpegFaults& errors) {
     return true;
 }
 
-bool readRow(jpeg_decompress_struct& jpeg, JpegFaults& errors, JSAMPROW row) {
+bool readRows(jpeg_decompress_struct& jpeg, JpegFaults& errors, JSAMPROW first, std::size_t rowBytes, std::size_t rows) {
     if (setjmp(errors.jump)) return false;
-    jpeg_read_scanlines(&jpeg, &row, 1);
+    for (std::size_t y = 0; y < rows; ++y) {
+        JSAMPROW row = first + rowBytes * y;
+        jpeg_read_scanlines(&jpeg, &row, 1);
+    }
     return true;
 }
 
@@ -40,18 +41,50 @@ bool end(jpeg_decompress_struct& jpeg, JpegFaults& errors) {
     return true;
 }
 
-struct Reader {
-    jpeg_decompress_struct jpeg{};
-    JpegFaults errors{};
-
-    Reader() {
-        jpeg.err = jpeg_std_error(&errors.manager);
-        errors.manager.error_exit = leaveJpeg;
-        errors.manager.emit_message = leaveOnWarning;
+class JpegDecoder final : public PictureDecoder {
+public:
+    explicit JpegDecoder(std::span<const char> bytes) {
+        jpeg_.err = jpeg_std_error(&errors_.manager);
+        errors_.manager.error_exit = leaveJpeg;
+        errors_.manager.emit_message = leaveOnWarning;
+        try {
+            open(bytes);
+        } catch (...) {
+            jpeg_destroy_decompress(&jpeg_);
+            throw;
+        }
     }
-    ~Reader() { jpeg_destroy_decompress(&jpeg); }
-    Reader(const Reader&) = delete;
-    Reader& operator=(const Reader&) = delete;
+    ~JpegDecoder() override { jpeg_destroy_decompress(&jpeg_); }
+    JpegDecoder(const JpegDecoder&) = delete;
+    JpegDecoder& operator=(const JpegDecoder&) = delete;
+
+    void read(std::span<unsigned char> rows) override {
+        const std::size_t rowBytes = form_.rowBytes();
+        demand(readRows(jpeg_, errors_, rows.data(), rowBytes, rows.size() / rowBytes));
+    }
+    void finish() override { demand(end(jpeg_, errors_)); }
+
+private:
+    void open(std::span<const char> bytes) {
+        demand(readHead(jpeg_, errors_, bytes));
+        const auto channels = static_cast<std::size_t>(jpeg_.num_components);
+        if (channels != 1 && channels != 3)
+            throw PictureFault("only grey and RGB pictures are read, not " + std::to_string(channels) + " components");
+        constexpr std::uint64_t pixelsPerByte = 1024;  // a block of 8 x 8 takes at least a bit, chroma may be subsampled
+        checkPictureSize(jpeg_.image_width, jpeg_.image_height, channels, bytes.size() * pixelsPerByte);
+        demand(begin(jpeg_, errors_));
+        form_.width = static_cast<int>(jpeg_.image_width);
+        form_.height = static_cast<int>(jpeg_.image_height);
+        form_.channels = static_cast<int>(channels);
+        form_.samples = Samples::codes8;
+        form_.encoded = true;
+    }
+    void demand(bool done) const {
+        if (!done) throw PictureFault(errors_.text);
+    }
+
+    jpeg_decompress_struct jpeg_{};
+    JpegFaults errors_{};
 };
 
 }  // namespace
@@ -60,31 +93,6 @@ bool isJpeg(std::span<const char> bytes) noexcept {
     return bytes.size() >= 3 && bytes[0] == '\xff' && bytes[1] == '\xd8' && bytes[2] == '\xff';
 }
 
-Pixels decodeJpeg(std::span<const char> bytes) {
-    Reader reader;
-    if (!readHead(reader.jpeg, reader.errors, bytes)) throw PictureFault(reader.errors.text);
-    const auto channels = static_cast<std::size_t>(reader.jpeg.num_components);
-    if (channels != 1 && channels != 3)
-        throw PictureFault("only grey and RGB pictures are read, not " + std::to_string(channels) + " components");
-    const std::size_t width = reader.jpeg.image_width;
-    const std::size_t height = reader.jpeg.image_height;
-    constexpr std::uint64_t pixelsPerByte = 1024;  // a block of 8 x 8 takes at least a bit, chroma may be subsampled
-    checkPictureSize(static_cast<long long>(width), static_cast<long long>(height), channels, bytes.size() * pixelsPerByte);
-    const auto demand = [&](bool done) {
-        if (!done) throw PictureFault(reader.errors.text);
-    };
-    demand(begin(reader.jpeg, reader.errors));
-    std::vector<JSAMPLE> codes;  // grows as rows come, since a file may say that it has more than it has
-    for (std::size_t y = 0; y < height; ++y) {
-        codes.resize(channels * width * (y + 1));
-        demand(readRow(reader.jpeg, reader.errors, codes.data() + channels * width * y));
-    }
-    demand(end(reader.jpeg, reader.errors));
-    Pixels pixels{
-        static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0, 255};
-    pixels.values.resize(codes.size());
-    std::transform(codes.begin(), codes.end(), pixels.values.begin(), [](JSAMPLE code) { return code / 255.0F; });
-    return pixels;
-}
+std::unique_ptr<PictureDecoder> decodeJpeg(std::span<const char> bytes) { return std::make_unique<JpegDecoder>(bytes); }
 
 }  // namespace nemra::core

@@ -39,8 +39,7 @@ bool readHead(png_structp png, png_infop info, int* bitsPerPixel) {
     png_read_info(png, info);
     *bitsPerPixel = png_get_bit_depth(png, info) * png_get_channels(png, info);
     png_set_expand(png);
-    png_set_expand_16(png);
-    png_set_swap(png);  // the format has the high byte first
+    if (png_get_bit_depth(png, info) == 16) png_set_swap(png);  // the format has the high byte first
     png_set_interlace_handling(png);
     png_read_update_info(png, info);
     return true;
@@ -58,22 +57,81 @@ bool readEnd(png_structp png) {
     return true;
 }
 
-struct Reader {
-    Source source;
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-
-    explicit Reader(std::span<const char> bytes) : source{bytes} {
-        png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source, takeFault, ignoreWarning);
-        info = png ? png_create_info_struct(png) : nullptr;
-        if (!info) throw std::bad_alloc();
-        png_set_read_fn(png, &source, takeBytes);
-        png_set_user_limits(png, kMaxSide, kMaxSide);
-        png_set_chunk_malloc_max(png, png_alloc_size_t{1} << 23);
+class PngDecoder final : public PictureDecoder {
+public:
+    explicit PngDecoder(std::span<const char> bytes) : source_{bytes} {
+        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source_, takeFault, ignoreWarning);
+        info_ = png_ ? png_create_info_struct(png_) : nullptr;
+        try {
+            if (!info_) throw std::bad_alloc();
+            open(bytes.size());
+        } catch (...) {
+            png_destroy_read_struct(&png_, &info_, nullptr);
+            throw;
+        }
     }
-    ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
-    Reader(const Reader&) = delete;
-    Reader& operator=(const Reader&) = delete;
+    ~PngDecoder() override { png_destroy_read_struct(&png_, &info_, nullptr); }
+    PngDecoder(const PngDecoder&) = delete;
+    PngDecoder& operator=(const PngDecoder&) = delete;
+
+    void read(std::span<unsigned char> rows) override {
+        if (!isInterlaced_) return readNext(rows);
+        if (whole_.empty()) readPasses();
+        std::copy_n(whole_.begin() + static_cast<std::ptrdiff_t>(taken_), rows.size(), rows.begin());
+        taken_ += rows.size();
+    }
+    void finish() override { demand(readEnd(png_)); }
+
+private:
+    void open(std::size_t size) {
+        png_set_read_fn(png_, &source_, takeBytes);
+        png_set_user_limits(png_, kMaxSide, kMaxSide);
+        png_set_chunk_malloc_max(png_, png_alloc_size_t{1} << 23);
+        int bitsPerPixel = 0;
+        demand(readHead(png_, info_, &bitsPerPixel));
+        const png_uint_32 width = png_get_image_width(png_, info_);
+        const png_uint_32 height = png_get_image_height(png_, info_);
+        const auto channels = static_cast<std::size_t>(png_get_channels(png_, info_));
+        constexpr std::uint64_t deflate = 1100;  // bytes that one of a deflated stream stands for at most, and a little
+        checkPictureSize(width, height, channels, size * deflate * 8 / static_cast<unsigned>(std::max(bitsPerPixel, 1)));
+        form_.width = static_cast<int>(width);
+        form_.height = static_cast<int>(height);
+        form_.channels = static_cast<int>(channels);
+        const int bits = png_get_bit_depth(png_, info_);
+        form_.samples = bits == 16 ? Samples::codes16 : Samples::codes8;
+        form_.encoded = true;
+        if ((bits != 8 && bits != 16) || png_get_rowbytes(png_, info_) != form_.rowBytes()) {
+            throw PictureFault("pixels of an unknown form");
+        }
+        isInterlaced_ = png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE;
+    }
+    void readNext(std::span<unsigned char> rows) {
+        const std::size_t rowBytes = form_.rowBytes();
+        demand(readRows(png_, rows.data(), rowBytes, rows.size() / rowBytes));
+    }
+    void readPasses() {
+        const std::size_t rowBytes = form_.rowBytes();
+        const auto height = static_cast<std::size_t>(form_.height);
+        const std::size_t together = std::max<std::size_t>(1, kRowsBytes / rowBytes);
+        for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass) {
+            // Memory is taken as rows come, since a file may say that it has more than it has.
+            for (std::size_t y = 0; y < height; y += together) {
+                const std::size_t rows = std::min(together, height - y);
+                whole_.resize(std::max(whole_.size(), rowBytes * (y + rows)));
+                readNext(std::span(whole_).subspan(rowBytes * y, rowBytes * rows));
+            }
+        }
+    }
+    void demand(bool done) const {
+        if (!done) throw PictureFault(source_.fault);
+    }
+
+    Source source_;
+    png_structp png_ = nullptr;
+    png_infop info_ = nullptr;
+    bool isInterlaced_ = false;
+    std::vector<unsigned char> whole_;  ///< of an interlaced picture, whose rows come in several passes
+    std::size_t taken_ = 0;
 };
 
 }  // namespace
@@ -82,37 +140,6 @@ bool isPng(std::span<const char> bytes) noexcept {
     return bytes.size() >= 8 && png_sig_cmp(reinterpret_cast<png_const_bytep>(bytes.data()), 0, 8) == 0;
 }
 
-Pixels decodePng(std::span<const char> bytes) {
-    Reader reader(bytes);
-    int bitsPerPixel = 0;
-    if (!readHead(reader.png, reader.info, &bitsPerPixel)) throw PictureFault(reader.source.fault);
-    const png_uint_32 width = png_get_image_width(reader.png, reader.info);
-    const png_uint_32 height = png_get_image_height(reader.png, reader.info);
-    const auto channels = static_cast<std::size_t>(png_get_channels(reader.png, reader.info));
-    constexpr std::uint64_t deflate = 1100;  // bytes that one of a deflated stream stands for at most, and a little
-    checkPictureSize(width, height, channels, bytes.size() * deflate * 8 / static_cast<unsigned>(std::max(bitsPerPixel, 1)));
-    const std::size_t rowBytes = png_get_rowbytes(reader.png, reader.info);
-    if (png_get_bit_depth(reader.png, reader.info) != 16 || rowBytes != sizeof(std::uint16_t) * channels * width) {
-        throw PictureFault("pixels of an unknown form");
-    }
-    std::vector<std::uint16_t> codes;
-    const bool isWhole = png_get_interlace_type(reader.png, reader.info) != PNG_INTERLACE_NONE;
-    const std::size_t together = isWhole ? height : std::max<std::size_t>(1, kRowsBytes / rowBytes);
-    for (int pass = 0; pass < (isWhole ? PNG_INTERLACE_ADAM7_PASSES : 1); ++pass) {
-        // Memory is taken as rows come, since a file may say that it has more than it has.
-        for (std::size_t y = 0; y < height; y += together) {
-            const std::size_t rows = std::min(together, height - y);
-            codes.resize(std::max(codes.size(), channels * width * (y + rows)));
-            auto* const first = reinterpret_cast<png_bytep>(codes.data() + channels * width * y);
-            if (!readRows(reader.png, first, rowBytes, rows)) throw PictureFault(reader.source.fault);
-        }
-    }
-    if (!readEnd(reader.png)) throw PictureFault(reader.source.fault);
-    Pixels pixels{
-        static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), {}, true, std::nullopt, 1.0, 65535};
-    pixels.values.resize(codes.size());
-    std::transform(codes.begin(), codes.end(), pixels.values.begin(), [](std::uint16_t code) { return code / 65535.0F; });
-    return pixels;
-}
+std::unique_ptr<PictureDecoder> decodePng(std::span<const char> bytes) { return std::make_unique<PngDecoder>(bytes); }
 
 }  // namespace nemra::core

@@ -3,13 +3,20 @@
 
 #include <ImfHeader.h>
 
+#include <cstdint>
 #include <span>
 
 namespace nemra::core {
 
-/// Whether a chunk of scanlines unpacks to as many bytes as its rows need, `rows` from `first` on. The library doesn't ask: where
-/// ZIP, RLE, PXR24 or bare rows end too early, it gives what its memory held before. The other compressions are left to it, which
-/// looks at their ends itself. Throws std::bad_alloc.
-bool isWholeExrChunk(const Imf::Header& header, int first, int rows, std::span<const char> packed);
+/// How many multiples of `step` lie in [first, last]: the samples of a channel.
+std::uint64_t exrMultiples(std::int64_t first, std::int64_t last, std::int64_t step);
+
+/// Whether a zlib stream gives just so many bytes. Throws std::bad_alloc.
+bool inflatesTo(std::uint64_t size, std::span<const char> packed);
+
+/// Whether a chunk, which stands for those pixels, unpacks to as many bytes as they need. The library doesn't ask: where ZIP,
+/// RLE, PXR24 or bare rows end too early, or nothing is there at all, it gives what its memory held before. The ends of other
+/// compressions are left to it, which looks at them itself. Throws std::bad_alloc.
+bool isWholeExrChunk(const Imf::Header& header, const Imath::Box2i& pixels, std::span<const char> packed);
 
 }  // namespace nemra::core

@@ -89,13 +89,19 @@ bool checkHeader(ByteReader& file) {
 
 }  // namespace
 
-void checkExrHead(std::span<const char> bytes) {
+std::size_t checkExrHead(std::span<const char> bytes) {
+    ByteReader file(bytes);
+    file.take(8);  // magic number and version
+    bool more = checkHeader(file);
+    while (more && hasSeveralParts(bytes)) more = checkHeader(file);
+    if (!file.ok()) throw PictureFault("the file is cut short");
+    return bytes.size() - file.left();
+}
+
+bool hasSeveralParts(std::span<const char> bytes) noexcept {
     ByteReader file(bytes);
     file.take(4);  // magic number
-    const auto version = file.value<std::uint32_t>();
-    bool more = checkHeader(file);
-    while (more && (version & kSeveralParts) != 0) more = checkHeader(file);
-    if (!file.ok()) throw PictureFault("the file is cut short");
+    return (file.value<std::uint32_t>() & kSeveralParts) != 0;
 }
 
 }  // namespace nemra::core

@@ -1,12 +1,12 @@
 #include "engine/core/image/picture_film.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 
 #include "engine/common/huge_pages.h"
 #include "engine/core/film/pageable.h"
-#include "engine/core/result/in_strips.h"
 
 namespace nemra::core {
 
@@ -38,29 +38,29 @@ std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel
     reserveOnHugePages(film->low, pixels * film->channels.size());
     film->high.resize(pixels * film->channels.size());
     film->low.resize(pixels * film->channels.size());
-    film->samples.assign(pixels, 1);
+    film->samples.resize(pixels);
     film->squares.resize(pixels);
     film->depth.resize(pixels);
     film->depthSamples.resize(pixels);
     return film;
 }
 
-void setCell(Film& film, int x, int y, int channel, double value) noexcept {
-    film.high[film.cell(x, y, channel)] = std::isfinite(value) ? value : 0.0;
-}
-
-void finishPictureFilm(Film& film) {
-    const std::size_t channels = film.channels.size();
-    const int reference = referenceChannel(film);
-    for (std::size_t pixel = 0; pixel < film.squares.size(); ++pixel) {
-        const double* const values = film.high.data() + pixel * channels;
+void PictureWriter::put(int x, int y, int count, const double* values) const noexcept {
+    const std::size_t channels = film_.channels.size();
+    const std::size_t first = film_.pixel(x, y);
+    double* const high = film_.high.data() + first * channels;
+    const auto cells = channels * static_cast<std::size_t>(count);
+    for (std::size_t cell = 0; cell < cells; ++cell) high[cell] = std::isfinite(values[cell]) ? values[cell] : 0.0;
+    std::fill_n(film_.samples.data() + first, count, 1U);
+    const double* of = high;
+    for (std::size_t pixel = first; pixel < first + static_cast<std::size_t>(count); ++pixel, of += channels) {
         double value = 0.0;
-        if (reference >= 0) {
-            value = values[reference];
+        if (reference_ >= 0) {
+            value = of[reference_];
         } else {
-            for (std::size_t c = 0; c < channels; ++c) value += values[c] / static_cast<double>(channels);
+            for (std::size_t c = 0; c < channels; ++c) value += of[c] / static_cast<double>(channels);
         }
-        film.squares.put(pixel, value * value);
+        film_.squares.put(pixel, value * value);
     }
 }
 
@@ -89,41 +89,6 @@ std::vector<double> bandwidthsBetween(const std::vector<double>& centres) {
         widths[i] = (below + above) / 2.0;
     }
     return widths;
-}
-
-namespace {
-
-/// What the codes 0, 1/steps, ... 1 stand for.
-std::vector<double> decodedSteps(const ColorSpace& space, int steps) {
-    std::vector<double> decoded;
-    for (int i = 0; i <= steps && steps > 0; ++i)
-        decoded.push_back(space.decode(static_cast<float>(i) / static_cast<float>(steps)));
-    return decoded;
-}
-
-}  // namespace
-
-std::shared_ptr<Film> tristimulusFilm(const Pixels& pixels, const ColorSpace& space, bool encoded, double scale) {
-    const bool grey = pixels.channels < 3;
-    const bool withAlpha = pixels.channels == 2 || pixels.channels == 4;
-    auto channels = tristimulusChannels();
-    if (withAlpha) channels.push_back(alphaChannel());
-    auto film = makePictureFilm(pixels.width, pixels.height, std::move(channels));
-    const std::vector<double> decoded = encoded ? decodedSteps(space, pixels.steps) : std::vector<double>();
-    forEachOnAllCores(pixels.width, pixels.height, [&](int x, int y) {
-        const float* const value = pixels.at(x, y);
-        std::array<double, 3> rgb{value[0], value[grey ? 0 : 1], value[grey ? 0 : 2]};
-        for (double& component : rgb) {
-            if (!encoded) break;
-            component = pixels.steps > 0 ? decoded[static_cast<std::size_t>(std::lround(component * pixels.steps))]
-                                         : space.decode(component);
-        }
-        const auto xyz = space.toXyz(rgb[0], rgb[1], rgb[2]);
-        for (int c = 0; c < 3; ++c) setCell(*film, x, y, c, scale * xyz[static_cast<std::size_t>(c)]);
-        if (withAlpha) setCell(*film, x, y, 3, value[pixels.channels - 1]);
-    });
-    finishPictureFilm(*film);
-    return film;
 }
 
 }  // namespace nemra::core

@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -22,6 +23,7 @@
 #include "engine/common/log.h"
 #include "engine/core/image/exr_chunk.h"
 #include "engine/core/image/exr_head.h"
+#include "engine/core/image/exr_tiles.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/spectral_layout.h"
 #include "engine/core/output/parallel_rows.h"
@@ -60,6 +62,25 @@ struct Source {
     Channel channel;
 };
 
+/// Rows as the library gives them, a plane for each source.
+struct Planes {
+    int first;
+    int rows;
+    std::vector<std::unique_ptr<float[]>> values;
+};
+
+/// From R, G, B to X, Y, Z.
+struct ToLight {
+    const ColorSpace& space;
+    double luminanceOfWhite;
+
+    void turn(double* values, std::size_t sources) const noexcept {
+        const bool grey = sources == 1;
+        const auto xyz = space.toXyz(values[0], values[grey ? 0 : 1], values[grey ? 0 : 2]);
+        for (std::size_t c = 0; c < 3; ++c) values[c] = luminanceOfWhite * xyz[c];
+    }
+};
+
 std::string textOf(const Imf::Header& header, const char* name) {
     const auto* const attribute = header.findTypedAttribute<Imf::StringAttribute>(name);
     return attribute ? attribute->value() : "";
@@ -89,6 +110,7 @@ public:
     /// The first part of the file. Its headers are looked at before the library makes buffers for what they claim.
     File(std::span<const char> bytes, const std::string& origin)
         : bytes_(bytes),
+          tables_(checkExrHead(bytes)),
           origin_(origin),
           stream_(bytes),
           parts_(stream_, 0, false),
@@ -100,6 +122,8 @@ public:
             if (names_.size() > kMaxChannels) throw PictureFault("more than " + std::to_string(kMaxChannels) + " channels");
         }
         checkSize(1);
+        // The library would look for tiles elsewhere than the file says.
+        if (header_.hasTileDescription() && !parts_.partComplete(0)) throw PictureFault("the places of some tiles are missing");
     }
 
     const Imf::Header& header() const { return header_; }
@@ -111,11 +135,14 @@ public:
         return channel && channel->xSampling == 1 && channel->ySampling == 1;
     }
 
-    std::shared_ptr<Film> read(const std::vector<Source>& sources) {
+    /// `light` turns R, G, B, the first three channels or one that stands for all three, into X, Y, Z.
+    std::shared_ptr<Film> read(const std::vector<Source>& sources, const ExrMapping& mapping, const ToLight* light = nullptr) {
         checkSize(sources.size());
         std::vector<Channel> channels;
         for (const Source& source : sources) channels.push_back(source.channel);
+        if (light && channels.size() == 1) channels = tristimulusChannels();
         auto film = makePictureFilm(static_cast<int>(width()), static_cast<int>(height()), std::move(channels));
+        const PictureWriter writer(*film);
 
         // Rows that are unpacked at once by one thread: whole chunks, and so many that opening the file once more is little work.
         constexpr long long kLeastPixels = 1 << 17;
@@ -127,7 +154,9 @@ public:
         parallelRows((film->height + rows - 1) / rows,
                      [&](int i) {
                          try {
-                             readRows(*film, sources, i * rows, std::min(rows, film->height - i * rows));
+                             const int first = i * rows;
+                             const Planes planes = readRows(*film, sources, first, std::min(rows, film->height - first));
+                             put(planes, *film, writer, mapping, light);
                          } catch (...) {
                              const std::lock_guard lock(mutex);
                              fault = std::current_exception();
@@ -135,7 +164,6 @@ public:
                      },
                      1);
         if (fault) std::rethrow_exception(fault);
-        finishPictureFilm(*film);
         return film;
     }
 
@@ -163,48 +191,81 @@ private:
         checkPictureSize(width(), height(), channels, bytes_.size() * deflate / std::max(bytesPerPixel_, std::uint64_t{1}));
     }
 
-    void checkChunks(Imf::InputPart& part, int first, int last) const {
-        if (header_.hasTileDescription()) return;
+    void demandWhole(const Imath::Box2i& pixels, const char* packed, int size) const {
+        if (size < 0 || !isWholeExrChunk(header_, pixels, {packed, static_cast<std::size_t>(size)})) {
+            throw PictureFault("the rows from " + std::to_string(pixels.min.y - window_.min.y) + " on aren't whole");
+        }
+    }
+    void checkChunks(Imf::InputPart& part, const Imath::Box2i& rows) const {
         const int together = rowsOfChunk(header_);
-        for (int y = first; y <= last; y += together) {
+        for (int y = rows.min.y; y <= rows.max.y; y += together) {
             const char* packed = nullptr;
             int size = 0;
             part.rawPixelData(y, packed, size);
-            const int rows = std::min(together, last - y + 1);
-            if (size < 0 || !isWholeExrChunk(header_, y, rows, {packed, static_cast<std::size_t>(size)})) {
-                throw PictureFault("the rows from " + std::to_string(y - window_.min.y) + " on aren't whole");
-            }
+            demandWhole({{rows.min.x, y}, {rows.max.x, std::min(y + together - 1, rows.max.y)}}, packed, size);
         }
     }
 
     /// From a stream of its own, so that several threads can at the same time.
-    void readRows(Film& film, const std::vector<Source>& sources, int first, int rows) const {
+    Planes readRows(const Film& film, const std::vector<Source>& sources, int first, int rows) const {
         MemoryStream stream(bytes_);
         Imf::MultiPartInputFile parts(stream, 0, false);
         Imf::InputPart part(parts, 0);
-        const std::size_t count = sources.size();
         const auto w = static_cast<std::size_t>(film.width);
         const Imath::Box2i window({window_.min.x, window_.min.y + first}, {window_.max.x, window_.min.y + first + rows - 1});
-        std::vector<std::vector<float>> planes(count, std::vector<float>(w * static_cast<std::size_t>(rows)));
+        Planes planes{first, rows, {}};
         Imf::FrameBuffer frame;
-        for (std::size_t c = 0; c < count; ++c) {
-            frame.insert(sources[c].name,
-                         Imf::Slice::Make(Imf::FLOAT, planes[c].data(), window, sizeof(float), sizeof(float) * w));
+        for (const Source& source : sources) {
+            planes.values.push_back(std::make_unique<float[]>(w * static_cast<std::size_t>(rows)));
+            frame.insert(source.name,
+                         Imf::Slice::Make(Imf::FLOAT, planes.values.back().get(), window, sizeof(float), sizeof(float) * w));
         }
-        checkChunks(part, window.min.y, window.max.y);
+        if (header_.hasTileDescription()) {
+            checkExrTiles(header_, bytes_, tables_, window.min.y, window.max.y);
+        } else {
+            checkChunks(part, window);
+        }
         part.setFrameBuffer(frame);
         part.readPixels(window.min.y, window.max.y);
-        forEachInStrips(film.width, rows, [&](int x, int y) {
-            double* const out = film.high.data() + film.pixel(x, first + y) * count;
-            const std::size_t from = static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x);
-            for (std::size_t c = 0; c < count; ++c) {
-                const float value = planes[c][from];
-                out[c] = std::isfinite(value) ? static_cast<double>(value) : 0.0;
+        return planes;
+    }
+
+    /// Tiles of a few columns: read along the rows and written along the columns while the cache has them.
+    static void put(const Planes& planes, const Film& film, const PictureWriter& writer, const ExrMapping& mapping,
+                    const ToLight* light) {
+        const std::size_t sources = planes.values.size();
+        const std::size_t channels = film.channels.size();
+        const auto w = static_cast<std::size_t>(film.width);
+        constexpr std::size_t tileNumbers = 4096;
+        const int together = std::clamp(static_cast<int>(tileNumbers / (kStripColumns * channels)), 1, planes.rows);
+        std::vector<double> tile(kStripColumns * channels * static_cast<std::size_t>(together));
+        for (int x0 = 0; x0 < film.width; x0 += kStripColumns) {
+            const int columns = std::min(kStripColumns, film.width - x0);
+            for (int y0 = 0; y0 < planes.rows; y0 += together) {
+                const int rows = std::min(together, planes.rows - y0);
+                const std::size_t columnNumbers = channels * static_cast<std::size_t>(rows);
+                for (int y = 0; y < rows; ++y) {
+                    const std::size_t from = static_cast<std::size_t>(y0 + y) * w + static_cast<std::size_t>(x0);
+                    double* out = tile.data() + channels * static_cast<std::size_t>(mapping.flipped ? rows - 1 - y : y);
+                    for (std::size_t x = 0; x < static_cast<std::size_t>(columns); ++x, out += columnNumbers) {
+                        for (std::size_t c = 0; c < sources; ++c) {
+                            const float value = planes.values[c][from + x];
+                            out[c] = std::isfinite(value) ? static_cast<double>(value) : 0.0;
+                        }
+                        if (light) light->turn(out, sources);
+                        for (std::size_t c = 0; c < channels; ++c) out[c] *= mapping.scale;
+                    }
+                }
+                const int top = mapping.flipped ? film.height - (planes.first + y0 + rows) : planes.first + y0;
+                for (int x = 0; x < columns; ++x) {
+                    writer.put(x0 + x, top, rows, tile.data() + columnNumbers * static_cast<std::size_t>(x));
+                }
             }
-        });
+        }
     }
 
     std::span<const char> bytes_;
+    std::size_t tables_;               ///< where those of places begin
     std::uint64_t bytesPerPixel_ = 0;  ///< of the channels at full resolution
     const std::string& origin_;
     MemoryStream stream_;
@@ -259,15 +320,6 @@ double luminanceOfWhite(const Imf::Header& header) {
     return stated > 0.0 && std::isfinite(stated) ? stated : 1.0;
 }
 
-/// The first three channels, which hold R, G, B, become X, Y, Z in place.
-void toTristimulus(Film& film, const ColorSpace& space, double scale) {
-    for (std::size_t i = 0; i + 2 < film.high.size(); i += film.channels.size()) {
-        const auto xyz = space.toXyz(film.high[i], film.high[i + 1], film.high[i + 2]);
-        for (std::size_t c = 0; c < 3; ++c) film.high[i + c] = scale * xyz[c];
-    }
-    finishPictureFilm(film);
-}
-
 std::vector<Source> threeSources(const char* const (&names)[3]) {
     const auto channels = tristimulusChannels();
     return {{names[0], channels[0]}, {names[1], channels[1]}, {names[2], channels[2]}};
@@ -309,13 +361,13 @@ std::vector<Source> unknownSources(const File& file) {
 }
 
 /// `light`: the values are radiances or luminances.
-std::shared_ptr<Film> filmOf(File& file, const ColorSpace* colors, bool& light) {
+std::shared_ptr<Film> filmOf(File& file, const ExrMapping& mapping, bool& light) {
     const Imf::Header& header = file.header();
     const std::string quantity = textOf(header, "sarvo:quantity");
     light = quantity.empty() || quantity.ends_with("radiance") || quantity == "luminance";
-    const auto take = [&](const std::vector<Source>& sources, bool previewIsExpected = false) {
+    const auto take = [&](const std::vector<Source>& sources, bool previewIsExpected = false, const ToLight* toLight = nullptr) {
         file.reportOthers(sources, previewIsExpected);
-        return file.read(sources);
+        return file.read(sources, mapping, toLight);
     };
     if (const auto stated = statedSources(file); !stated.empty()) return take(stated, true);
     auto bands = bandSources(file, LayoutChannel::Kind::emissive);
@@ -329,23 +381,13 @@ std::shared_ptr<Film> filmOf(File& file, const ColorSpace* colors, bool& light) 
         return take({{"E", {"E", ChannelKind::energy, 0.0, 0.0, textOf(header, "sarvo:valueUnit")}}}, true);
     }
     const std::optional<ColorSpace> stated = colorsOf(header);
-    const ColorSpace& space = colors ? *colors : stated ? *stated : colorSpace("srgb");
+    const ToLight toLight{mapping.colors ? *mapping.colors : stated ? *stated : colorSpace("srgb"), luminanceOfWhite(header)};
     if (file.has("R") && file.has("G") && file.has("B")) {
         auto sources = threeSources({"R", "G", "B"});
         if (file.has("A")) sources.push_back({"A", alphaChannel()});
-        const auto film = take(sources);
-        toTristimulus(*film, space, luminanceOfWhite(header));
-        return film;
+        return take(sources, false, &toLight);
     }
-    if (file.has("Y")) {
-        const auto grey = take({{"Y", {"Y", ChannelKind::luminous, 0.0, 0.0, "cd.m^-2"}}});
-        auto film = makePictureFilm(grey->width, grey->height, tristimulusChannels());
-        for (std::size_t i = 0; i < grey->high.size(); ++i) {
-            for (std::size_t c = 0; c < 3; ++c) film->high[3 * i + c] = grey->high[i];
-        }
-        toTristimulus(*film, space, luminanceOfWhite(header));
-        return film;
-    }
+    if (file.has("Y")) return take({{"Y", {"Y", ChannelKind::luminous, 0.0, 0.0, "cd.m^-2"}}}, false, &toLight);
     light = false;
     const auto sources = unknownSources(file);
     if (sources.empty()) throw PictureFault("the file has no channel that can be read");
@@ -354,16 +396,15 @@ std::shared_ptr<Film> filmOf(File& file, const ColorSpace* colors, bool& light) 
 
 }  // namespace
 
-std::shared_ptr<Raw> readExr(std::span<const char> bytes, const std::string& origin, const ColorSpace* colors) {
+std::shared_ptr<Raw> readExr(std::span<const char> bytes, const std::string& origin, const ExrMapping& mapping) {
     // The library would allocate by what a header claims before we see it.
     static const bool limited = (Imf::Header::setMaxImageSize(kMaxSide, kMaxSide), true);
     static_cast<void>(limited);
-    checkExrHead(bytes);
     try {
         File file(bytes, origin);
         RawParts parts;
         bool light = false;
-        parts.film = filmOf(file, colors, light);
+        parts.film = filmOf(file, mapping, light);
         if (light) parts.factors[NEMRA_QUANTITY_SCENE_RADIANCE] = 1.0;
         if (const auto* const time = file.header().findTypedAttribute<Imf::FloatAttribute>("renderTimeSeconds")) {
             if (time->value() > 0.0F && std::isfinite(time->value())) parts.counts.time = time->value();

@@ -46,7 +46,7 @@ std::vector<float> planeOf(const LightView& view, int channel) {
     const auto channels = static_cast<std::size_t>(view.channels);
     std::vector<float> plane(width * height);
     const double* const values = view.values.data() + channel;
-    forEachInStrips(view.width, view.height, [&](int x, int y) {
+    forEachOnAllCores(view.width, view.height, [&](int x, int y) {
         const auto column = static_cast<std::size_t>(x);
         const auto row = static_cast<std::size_t>(y);
         plane[row * width + column] = static_cast<float>(values[(column * height + row) * channels]);

@@ -42,7 +42,7 @@ int writingFault(const std::string& path) {
 }
 
 /// Bytes that go to the system at once.
-constexpr std::size_t kStep = std::size_t{8} << 20;
+constexpr std::size_t kStep = std::size_t{1} << 20;
 
 /// The new name itself is safe only when the folder is; a folder that can't be flushed is no reason to call the file unwritten.
 void flushFolder(const std::string& folder) noexcept {
@@ -65,6 +65,7 @@ NewFile::NewFile(std::string path) : path_(std::move(path)), target_(path_) {
     if (exists && S_ISDIR(old.st_mode)) {
         fail("write the file", EISDIR);
     } else if (exists && !S_ISREG(old.st_mode)) {
+        isDirect_ = true;
         descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
         if (descriptor_ < 0) fail("open the file", errno);
     } else {
@@ -85,19 +86,35 @@ NewFile::~NewFile() {
     if (!temporary_.empty()) ::unlink(temporary_.c_str());
 }
 
-void NewFile::makeTemporary() {
+template <class Make>
+bool NewFile::withOwnName(Make&& make) {
     // A short name of its own: the wanted one may already be as long as the file system takes.
     static std::atomic<unsigned> counter{0};
     std::string name;
+    bool made = false;
     do {  // a killed process of the same number may have left its files behind
         name = folderOf(target_) + "/.nemra-" + std::to_string(::getpid()) + "-" + std::to_string(counter.fetch_add(1)) + ".part";
-        descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (descriptor_ < 0 && errno == EEXIST);
-    if (descriptor_ < 0) {
-        fail("create the file", errno);
-    } else {
-        temporary_ = std::move(name);
-    }
+        made = make(name.c_str());
+    } while (!made && errno == EEXIST);
+    if (made) temporary_ = std::move(name);
+    return made;
+}
+
+bool NewFile::makeNameless() noexcept {
+    // It gets its name through /proc; linking by the descriptor itself takes a privilege.
+    static const bool hasProc = ::access("/proc/self/fd", X_OK) == 0;
+    if (!hasProc) return false;
+    descriptor_ = ::open(folderOf(target_).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+    return descriptor_ >= 0;
+}
+
+void NewFile::makeTemporary() {
+    if (makeNameless()) return;
+    const bool made = withOwnName([this](const char* name) {
+        descriptor_ = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        return descriptor_ >= 0;
+    });
+    if (!made) fail("create the file", errno);
 }
 
 bool NewFile::append(std::span<const char> bytes) noexcept {
@@ -114,7 +131,7 @@ bool NewFile::append(std::span<const char> bytes) noexcept {
 }
 
 void NewFile::startFlush() noexcept {
-    if (!temporary_.empty()) {
+    if (!isDirect_) {
         ::sync_file_range(descriptor_, static_cast<off64_t>(started_), static_cast<off64_t>(size_ - started_),
                           SYNC_FILE_RANGE_WRITE);
     }
@@ -129,15 +146,25 @@ bool NewFile::finish() {
 }
 
 bool NewFile::flushAndRename() {
-    const bool isDirect = temporary_.empty();
-    if (!isDirect && ::fsync(descriptor_) != 0) return fail("flush the file", errno);
-    // A full disk may show only here.
-    if (::close(std::exchange(descriptor_, -1)) != 0) return fail("close the file", errno);
-    if (isDirect) return true;
-    if (::rename(temporary_.c_str(), target_.c_str()) != 0) return fail("rename the file", errno);
-    temporary_.clear();
-    flushFolder(folderOf(target_));
+    if (!isDirect_) {
+        if (::fsync(descriptor_) != 0) return fail("flush the file", errno);
+        if (temporary_.empty() && !giveName()) return fail("create the file", errno);
+        if (!temporary_.empty()) {
+            if (::rename(temporary_.c_str(), target_.c_str()) != 0) return fail("rename the file", errno);
+            temporary_.clear();
+        }
+    }
+    // A device may tell only here. What was flushed has nothing left to lose.
+    if (::close(std::exchange(descriptor_, -1)) != 0 && isDirect_) return fail("close the file", errno);
+    if (!isDirect_) flushFolder(folderOf(target_));
     return true;
+}
+
+/// A link can't replace a file: where there is one it takes a name of its own, which is then renamed.
+bool NewFile::giveName() {
+    const std::string self = "/proc/self/fd/" + std::to_string(descriptor_);
+    const auto link = [&](const char* name) { return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0; };
+    return link(target_.c_str()) || (errno == EEXIST && withOwnName(link));
 }
 
 bool NewFile::fail(const char* step, int reason) noexcept {

@@ -7,9 +7,11 @@
 
 namespace nemra::core {
 
-/// A file that gets its name when it is whole: its bytes go into a temporary file beside it, which is flushed to the disk and
-/// then renamed, so that at any moment the name stands for the old file or the new one. A name that stands for a device or a pipe
-/// is written to directly.
+/// A file that gets its name when it is whole: its bytes go into a file in the same folder, which has no name where the file
+/// system can do without, and which is flushed to the disk and then put in place, so that at any moment the name stands for the
+/// old file or the new one. A process that is killed meanwhile leaves nothing behind, but for a whole file ".nemra-...part" if
+/// that happens just before it takes an old file's place, or half of one where the file system wants names. A name that stands
+/// for a device or a pipe is written to directly.
 class NewFile {
 public:
     /// Whether that went well shows at the next step.
@@ -26,14 +28,22 @@ public:
 
 private:
     void makeTemporary();
+    /// A file of no name; false where there are none.
+    bool makeNameless() noexcept;
+    /// Calls make(name) for names that nobody should have until one wasn't taken. False, with errno, if that failed.
+    template <class Make>
+    bool withOwnName(Make&& make);
     /// Lets the disk begin, so that it doesn't have all to do at the end.
     void startFlush() noexcept;
     bool flushAndRename();
+    /// Puts a nameless file in place, or under a temporary name where there is a file already.
+    bool giveName();
     bool fail(const char* step, int reason) noexcept;
 
     std::string path_;       ///< as it was asked for
     std::string target_;     ///< the file that it leads to
     std::string temporary_;  ///< empty: there is none
+    bool isDirect_ = false;  ///< what is written goes where it shall be at once
     int descriptor_ = -1;
     std::uint64_t size_ = 0;
     std::uint64_t started_ = 0;  ///< bytes that the system was asked to bring to the disk

@@ -7,11 +7,13 @@
 #include <ImfTiledOutputFile.h>
 #include <gtest/gtest.h>
 #include <half.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
 
+#include "engine/core/image/exr_head.h"
 #include "engine/core/image/picture_film.h"
 #include "engine/core/image/read_exr.h"
 #include "engine/core/result/read_file.h"
@@ -88,7 +90,8 @@ TEST(ExrForms, EachIsRead) {
             const Messages messages;
             core::ColorSpace same = core::colorSpace("srgb");
             same.toXyzRows = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-            const auto raw = core::readExr(fileOf(form).bytes(), "a.exr", &same);
+            const auto raw =
+                core::readExr(fileOf(form).bytes(), "a.exr", {.colors = &same, .scale = 0.5, .flipped = variant == 3});
             ASSERT_EQ(raw->width(), kWidth) << what;
             ASSERT_EQ(raw->height(), kHeight) << what;
             ASSERT_TRUE(messages.errors.empty()) << what;
@@ -96,7 +99,9 @@ TEST(ExrForms, EachIsRead) {
             for (int x = 0; x < kWidth; ++x) {
                 for (int y = 0; y < kHeight; ++y) {
                     for (int c = 0; c < 3; ++c)
-                        worst = std::max(worst, std::abs(raw->film()->high[raw->film()->cell(x, y, c)] - value(c, x, y)));
+                        worst = std::max(
+                            worst, std::abs(2.0 * raw->film()->high[raw->film()->cell(x, variant == 3 ? kHeight - 1 - y : y, c)] -
+                                            value(c, x, y)));
                 }
             }
             EXPECT_LE(worst, lossy ? 100.0 : 0.0) << what;
@@ -104,19 +109,105 @@ TEST(ExrForms, EachIsRead) {
     }
 }
 
-// The window says that rows are wider than they were packed. Whatever memory held before must not become a picture.
+/// With rows that are said to be wider than they were packed.
+std::vector<char> widened(const Buffer& file) {
+    std::vector<char> wider(file.bytes().begin(), file.bytes().end());
+    const std::string_view name("dataWindow\0box2i\0", 17);
+    const auto at = std::string_view(wider.data(), wider.size()).find(name);
+    EXPECT_NE(at, std::string_view::npos);
+    const std::int32_t last = kWidth + 200;
+    std::memcpy(wider.data() + at + name.size() + 4 + 8, &last, sizeof last);
+    return wider;
+}
+
+// Whatever memory held before must not become a picture.
 TEST(ExrForms, RowsThatUnpackToTooLittleAreRefused) {
     node::registerClasses();
     for (int compression = Imf::NO_COMPRESSION; compression < Imf::NUM_COMPRESSION_METHODS; ++compression) {
-        if (compression == Imf::PIZ_COMPRESSION) continue;  // it goes on decoding zero bits
-        const Buffer file = fileOf({static_cast<Imf::Compression>(compression), false, false, Imf::INCREASING_Y});
-        std::vector<char> wider(file.bytes().begin(), file.bytes().end());
-        const std::string_view name("dataWindow\0box2i\0", 17);
-        const auto at = std::string_view(wider.data(), wider.size()).find(name);
-        ASSERT_NE(at, std::string_view::npos);
-        const std::int32_t last = kWidth + 200;
-        std::memcpy(wider.data() + at + name.size() + 4 + 8, &last, sizeof last);
-        EXPECT_THROW(core::readExr(wider, "a.exr"), core::PictureFault) << "compression " << compression;
+        for (const bool tiled : {false, true}) {
+            if (compression == Imf::PIZ_COMPRESSION && !tiled) continue;
+            const Buffer file = fileOf({static_cast<Imf::Compression>(compression), false, tiled, Imf::INCREASING_Y});
+            EXPECT_THROW(core::readExr(widened(file), "a.exr"), core::PictureFault) << "compression " << compression;
+        }
+    }
+}
+
+// PIZ goes on decoding zero bits where its rows end: such a picture is what the file says, and nothing else.
+TEST(ExrForms, ShortRowsOfPizHoldNothingOfMemory) {
+    node::registerClasses();
+    const auto file = widened(fileOf({Imf::PIZ_COMPRESSION, false, false, Imf::INCREASING_Y}));
+    const auto numbers = [&](int filling) {
+        ::mallopt(M_PERTURB, filling);  // what memory holds when it is given out
+        PagedVector<double> high;
+        try {
+            high = core::readExr(file, "a.exr")->film()->high;
+        } catch (const core::PictureFault&) {
+            // refused, which is as good
+        }
+        ::mallopt(M_PERTURB, 0);
+        return high;
+    };
+    EXPECT_EQ(numbers(0x11), numbers(0xee));
+}
+
+template <class Number>
+Number numberAt(const std::vector<char>& bytes, std::size_t at) {
+    Number number{};
+    std::memcpy(&number, bytes.data() + at, sizeof number);
+    return number;
+}
+
+// What the tables of places lead to: chunks of nothing, cut ones, other tiles than those that are wanted, and none at all.
+TEST(ExrForms, DamagedChunksAreRefused) {
+    node::registerClasses();
+    for (int compression = Imf::NO_COMPRESSION; compression < Imf::NUM_COMPRESSION_METHODS; ++compression) {
+        for (const bool tiled : {false, true}) {
+            const std::string what = "compression " + std::to_string(compression) + (tiled ? ", tiled" : "");
+            const Buffer file = fileOf({static_cast<Imf::Compression>(compression), false, tiled, Imf::INCREASING_Y});
+            const std::vector<char> whole(file.bytes().begin(), file.bytes().end());
+            const std::size_t table = core::checkExrHead(whole);
+            const auto place = numberAt<std::uint64_t>(whole, table);
+            const std::size_t sizeAt = place + (tiled ? 16 : 4);
+            const auto size = numberAt<std::int32_t>(whole, sizeAt);
+            ASSERT_NO_THROW(core::readExr(whole, "a.exr")) << what;
+            const auto refused = [&](std::size_t at, auto number) {
+                auto damaged = whole;
+                std::memcpy(damaged.data() + at, &number, sizeof number);
+                EXPECT_THROW(core::readExr(damaged, "a.exr"), core::PictureFault) << what << ", " << number << " at " << at;
+            };
+            refused(sizeAt, std::int32_t{0});
+            refused(sizeAt, std::int32_t{-1});
+            refused(sizeAt, std::int32_t{0x7fffffff});
+            refused(sizeAt, std::int32_t{size / 2});
+            refused(place, std::int32_t{1});
+            if (!tiled) continue;
+            refused(table, numberAt<std::uint64_t>(whole, table + 8));
+            refused(table, std::uint64_t{0});
+            refused(table, std::uint64_t{0x7fffffffffffffff});
+            refused(place + 8, std::int32_t{1});  // of another level
+        }
+    }
+}
+
+// DWA packs channels in three ways, and says of each how much there is: less than the channels need would come out of memory.
+TEST(ExrForms, CountsOfDwaAreCompared) {
+    node::registerClasses();
+    for (const auto compression : {Imf::DWAA_COMPRESSION, Imf::DWAB_COMPRESSION}) {
+        const Buffer file = fileOf({compression, true, false, Imf::INCREASING_Y});
+        const std::vector<char> whole(file.bytes().begin(), file.bytes().end());
+        ASSERT_NO_THROW(core::readExr(whole, "a.exr"));
+        const std::size_t counts = numberAt<std::uint64_t>(whole, core::checkExrHead(whole)) + 8;
+        const auto refused = [&](std::size_t word, auto&& change) {
+            auto damaged = whole;
+            const std::uint64_t number = change(numberAt<std::uint64_t>(whole, counts + 8 * word));
+            std::memcpy(damaged.data() + counts + 8 * word, &number, sizeof number);
+            EXPECT_THROW(core::readExr(damaged, "a.exr"), core::PictureFault) << compression << ", word " << word;
+        };
+        const auto less = [](std::uint64_t number) { return number - 1; };
+        const auto none = [](std::uint64_t) { return std::uint64_t{0}; };
+        for (const std::size_t word : {1U, 2U, 3U, 4U, 8U, 9U}) refused(word, none);  // the file has nothing in runs
+        for (const std::size_t word : {1U, 9U}) refused(word, less);
+        for (const std::size_t word : {1U, 5U}) refused(word, [](std::uint64_t) { return ~std::uint64_t{0}; });
     }
 }
 

@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -111,6 +112,48 @@ TEST(Pageable, CopiesShareAndSumsStandWhereTheirPartsDo) {
     EXPECT_FALSE(core::isPageable(*film(copy)));
     nemraRawRelease(&little);
     nemraRawRelease(&copy);
+}
+
+/// Pages that are zeros anyway are left alone, and no others are taken for zeros.
+TEST(Pageable, ZerosAreZerosWhateverStoodThere) {
+    constexpr std::size_t count = std::size_t{1} << 20;
+    using Vector = PagedVector<double>;
+    const auto isZero = [](const Vector& v, std::size_t from) {
+        return v.size() == count &&
+               std::all_of(v.begin() + static_cast<std::ptrdiff_t>(from), v.end(), [](double n) { return n == 0.0; });
+    };
+    const long before = statusOf("RssFile") + statusOf("RssAnon");
+    Vector fresh(count, PagedAllocator<double>(true));
+    EXPECT_LT(statusOf("RssFile") + statusOf("RssAnon"), before + 4096) << "8 MB of zeros";
+    EXPECT_TRUE(isZero(fresh, 0));
+    std::fill(fresh.begin(), fresh.end(), 7.0);
+    fresh.resize(10);
+    fresh.resize(count);
+    EXPECT_TRUE(isZero(fresh, 10));
+    std::fill(fresh.begin(), fresh.end(), 7.0);
+    Vector moved = std::move(fresh);
+    moved.clear();
+    moved.resize(count);
+    EXPECT_TRUE(isZero(moved, 0));
+
+    Vector grown(PagedAllocator<double>(true));
+    grown.reserve(count);
+    grown.resize(5);
+    grown.assign(20, 7.0);
+    grown.pop_back();
+    grown.resize(count);
+    EXPECT_TRUE(isZero(grown, 19));
+    Vector other(count, 7.0, PagedAllocator<double>(true));
+    other.swap(grown);
+    grown.clear();
+    grown.resize(count);
+    EXPECT_TRUE(isZero(grown, 0));
+    const Vector copy = other;
+    other.assign(3, 7.0);
+    other = copy;
+    other.resize(count / 2);
+    other.resize(count);
+    EXPECT_TRUE(isZero(other, 19));
 }
 
 /// Without a temporary directory, or where files may not be large, memory is as always, and nothing is said.

@@ -6,12 +6,15 @@
 #include <ImfStandardAttributes.h>
 #include <gtest/gtest.h>
 #include <lcms2.h>
+#include <png.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 #include "engine/core/image/decode.h"
 #include "engine/core/image/image_node.h"
@@ -75,6 +78,38 @@ TEST_F(Pictures, ColoursOfOthersBecomeLuminances) {
         const auto again = core::readExr(core::encodeExr(*raw, core::ExrColors::rgb), "a.exr");
         for (int c = 0; c < 3; ++c) EXPECT_NEAR(sample(*again, c, 5, 9), sample(*raw, c, 5, 9), 2e-5) << space;
     }
+}
+
+/// All components of a picture, as code values or radiances.
+std::vector<float> numbersOf(core::PictureDecoder& decoder) {
+    const core::PictureForm& form = decoder.form();
+    const auto pixels = static_cast<std::size_t>(form.width) * static_cast<std::size_t>(form.height);
+    std::vector<unsigned char> bytes(form.rowBytes() * static_cast<std::size_t>(form.height));
+    decoder.read(bytes);
+    decoder.finish();
+    std::vector<float> numbers(pixels * static_cast<std::size_t>(form.channels));
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        std::uint16_t wide = 0;
+        switch (form.samples) {
+            case core::Samples::codes8:
+                numbers[i] = static_cast<float>(bytes[i]) / 255.0F;
+                break;
+            case core::Samples::codes16:
+                std::memcpy(&wide, bytes.data() + 2 * i, 2);
+                numbers[i] = static_cast<float>(wide) / 65535.0F;
+                break;
+            case core::Samples::floats:
+                std::memcpy(&numbers[i], bytes.data() + 4 * i, 4);
+                break;
+            case core::Samples::rgbe: {
+                const unsigned char* const pixel = bytes.data() + i / 3 * 4;
+                const double step = pixel[3] == 0 ? 0.0 : std::ldexp(1.0, pixel[3] - 136) / form.exposure;
+                numbers[i] = static_cast<float>((pixel[i % 3] + 0.5) * step);
+                break;
+            }
+        }
+    }
+    return numbers;
 }
 
 /// An EXR of one row of four pixels, by the library itself: half floats, and a data window that doesn't begin at 0.
@@ -155,12 +190,14 @@ TEST_F(Pictures, HdrComesBackWithinItsPrecision) {
         FakeScene scene;
         scene.pixelsWide = width;
         const auto raw = makeRaw(scene, 2);
-        const auto pixels = core::decodeHdr(core::encodeHdr(*raw));
-        ASSERT_EQ(pixels.width, width);
-        ASSERT_EQ(pixels.height, 12);
+        const auto file = core::encodeHdr(*raw);
+        const auto decoder = core::decodeHdr(file);
+        ASSERT_EQ(decoder->form().width, width);
+        ASSERT_EQ(decoder->form().height, 12);
+        const auto numbers = numbersOf(*decoder);
         for (const auto& [x, y] : {std::pair{0, 0}, std::pair{width - 1, 11}, std::pair{3, 7}}) {
             // Luminance by the weights that Radiance's own programs use for these primaries.
-            const float* const rgb = pixels.at(x, y);
+            const float* const rgb = numbers.data() + 3 * (y * width + x);
             const double luminance = 179.0 * (0.265 * rgb[0] + 0.670 * rgb[1] + 0.065 * rgb[2]);
             const double clipped = FakeScene::mean(x, y, 2, 1);
             // X and Z are independent of Y here, so R or B may be negative, which the format can't say.
@@ -222,17 +259,17 @@ TEST_F(Pictures, PngAndJpegShowTheSamePictureWithTheirProfile) {
     const auto png = core::encodePng(eight);
     const auto png16 = core::encodePng(sixteen);
     const auto jpeg = core::encodeJpeg(eight);
-    const auto a = core::decodePng(png);
-    const auto b = core::decodePng(png16);
-    const auto c = core::decodeJpeg(jpeg);
-    ASSERT_EQ(a.values.size(), 720U);
-    ASSERT_EQ(b.values.size(), 720U);
-    ASSERT_EQ(c.values.size(), 720U);
+    const auto a = numbersOf(*core::decodePng(png));
+    const auto b = numbersOf(*core::decodePng(png16));
+    const auto c = numbersOf(*core::decodeJpeg(jpeg));
+    ASSERT_EQ(a.size(), 720U);
+    ASSERT_EQ(b.size(), 720U);
+    ASSERT_EQ(c.size(), 720U);
     double difference = 0.0;
     for (std::size_t i = 0; i < 720; ++i) {
-        EXPECT_EQ(std::lround(a.values[i] * 255.0F), eight.bytes[i]);
-        EXPECT_NEAR(a.values[i], b.values[i], 0.5 / 255 + 1e-5);
-        difference += std::abs(c.values[i] - a.values[i]) / 720;
+        EXPECT_EQ(std::lround(a[i] * 255.0F), eight.bytes[i]);
+        EXPECT_NEAR(a[i], b[i], 0.5 / 255 + 1e-5);
+        difference += std::abs(c[i] - a[i]) / 720;
     }
     EXPECT_LT(difference, 0.03) << "noise at quality 95";
     const std::string file(jpeg.begin(), jpeg.end());
@@ -314,6 +351,106 @@ TEST_F(Pictures, EmbeddedFilesOfEveryFormatAreReadAndDamagedOnesRefused) {
             EXPECT_EQ(messages_.errors.size(), 1U) << name << " cut at " << size;
         }
         messages_.errors.clear();
+    }
+}
+
+/// A PNG by its own library, of any numbers.
+std::vector<char> pngOf(int width, int height, int channels, int bits, bool interlaced) {
+    std::vector<char> file;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_set_write_fn(
+        png, &file,
+        [](png_structp to, png_bytep data, png_size_t size) {
+            auto* const bytes = static_cast<std::vector<char>*>(png_get_io_ptr(to));
+            bytes->insert(bytes->end(), data, data + size);
+        },
+        nullptr);
+    const int colors[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA};
+    png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), bits, colors[channels - 1],
+                 interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_compression_level(png, 1);
+    png_write_info(png, info);
+    const auto rowBytes = static_cast<std::size_t>(width * channels * bits / 8);
+    std::vector<unsigned char> bytes(rowBytes * static_cast<std::size_t>(height));
+    std::mt19937 random(7);
+    for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+    std::vector<png_bytep> rows;
+    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) rows.push_back(bytes.data() + rowBytes * y);
+    png_write_image(png, rows.data());
+    png_write_end(png, nullptr);
+    png_destroy_write_struct(&png, &info);
+    return file;
+}
+
+/// The film of a picture against one number after the other: what goes through tables, several threads, blocks of rows and tiles
+/// of columns comes out to the bit, in its place.
+void expectNumbers(const std::vector<char>& file, core::PictureDecoder& decoder, const std::string& space, double scale,
+                   bool flipped, const std::string& what) {
+    const core::PictureForm form = decoder.form();
+    const auto numbers = numbersOf(decoder);
+    const auto film = core::rawFromPictureFile(file, "f", space, scale, flipped)->film();
+    const bool isData = space == "data";
+    const core::ColorSpace& colors = space == "auto" && form.colors ? *form.colors : core::colorSpace("srgb");
+    const bool encoded = space == "srgb" || (space == "auto" && form.encoded);
+    const auto count = static_cast<std::size_t>(form.channels);
+    const auto width = static_cast<std::size_t>(form.width);
+    const auto height = static_cast<std::size_t>(form.height);
+    ASSERT_EQ(film->channels.size(), isData ? count : 3 + (count + 1) % 2) << what;
+    ASSERT_EQ(film->samples.size(), width * height) << what;
+    const std::size_t reference = isData ? count : 1;
+    std::size_t wrong = 0;
+    for (std::size_t pixel = 0; pixel < width * height; ++pixel) {
+        const std::size_t x = pixel / height;
+        const std::size_t y = pixel % height;
+        const float* const from = numbers.data() + ((flipped ? height - 1 - y : y) * width + x) * count;
+        std::vector<double> wanted(from, from + count);
+        if (isData) {
+            for (double& number : wanted) number *= scale;
+        } else {
+            const auto light = [&](std::size_t c) { return encoded ? colors.decode(wanted[c]) : wanted[c]; };
+            const auto xyz = count < 3 ? colors.toXyz(light(0), light(0), light(0)) : colors.toXyz(light(0), light(1), light(2));
+            std::vector<double> cells;
+            for (const double number : xyz) cells.push_back(scale * form.luminanceOfWhite * number);
+            if (count % 2 == 0) cells.push_back(wanted.back());
+            wanted = cells;
+        }
+        double value = reference < wanted.size() ? wanted[reference] : 0.0;
+        if (isData) {
+            for (const double number : wanted) value += number / static_cast<double>(count);
+        }
+        for (std::size_t c = 0; c < wanted.size(); ++c) wrong += film->high[pixel * wanted.size() + c] != wanted[c];
+        wrong += film->squares.at(pixel) != core::squareSum(value * value) || film->samples[pixel] != 1;
+        wrong += film->depth[pixel] != 0.0 || film->depthSamples[pixel] != 0 || film->low[pixel] != 0.0;
+    }
+    EXPECT_EQ(wrong, 0U) << what;
+}
+
+TEST_F(Pictures, EveryPixelIsThatOfAStraightforwardReader) {
+    for (const auto& [width, height] : {std::pair{37, 5}, std::pair{401, 700}, std::pair{700, 401}}) {
+        const bool isLarge = width > 100;  // several threads, and a film on pages that nobody has touched
+        for (const int channels : {1, 2, 3, 4}) {
+            for (const int bits : {8, 16}) {
+                for (const char* const space : {"auto", "data", "linear_srgb"}) {
+                    if (isLarge && channels != 3 && *space != 'a') continue;
+                    const bool flipped = bits == 16 || channels == 2;
+                    const std::string what =
+                        std::to_string(width) + " " + std::to_string(channels) + " " + std::to_string(bits) + space;
+                    const auto file = pngOf(width, height, channels, bits, channels == 4);
+                    expectNumbers(file, *core::decodePng(file), space, channels == 1 ? 2.5 : 1.0, flipped, what);
+                }
+            }
+        }
+        FakeScene scene;
+        scene.pixelsWide = width;
+        scene.pixelsHigh = height;
+        const auto raw = makeRaw(scene, 1);
+        const auto hdr = core::encodeHdr(*raw);
+        const auto jpeg = core::encodeJpeg(core::makeDisplayImage(*raw, false));
+        for (const char* const space : {"auto", "data", "srgb"}) {
+            expectNumbers(hdr, *core::decodeHdr(hdr), space, 1.0, isLarge, std::string("hdr ") + space);
+            expectNumbers(jpeg, *core::decodeJpeg(jpeg), space, 1.0, !isLarge, std::string("jpg ") + space);
+        }
     }
 }
 
