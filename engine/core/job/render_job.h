@@ -34,7 +34,7 @@ struct JobPlan {
     double haltNoise = 0.0;  ///< ends the render as `halt` does, see relativeNoise; 0 or below for none
     std::string outputFile;  ///< absolute; "" for none
     bool outputRaw = false;  ///< the file takes the sensor's channels instead of the output node's picture
-    bool adaptive = false;   ///< more samples where the picture is noisy, see adaptiveShares; not together with the next one
+    bool adaptive = false;   ///< more samples where the picture is noisy, see adaptiveShares; not together with `firstSample`
     std::uint32_t firstSample = 0;  ///< the index of each pixel's first sample; others have those before
     bool resumable = false;  ///< a later render can go on from the results, and they are saved meanwhile; needs a svraw file
     std::uint64_t fingerprint = 0;            ///< what tells such a render from others, see fingerprintOf

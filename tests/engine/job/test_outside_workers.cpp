@@ -162,8 +162,12 @@ TEST(OutsideWorkers, PiecesGetAsDeepAsIsWorthTheirWayWhileThePictureStaysEven) {
         ASSERT_FALSE(hand.empty());
         for (const HandedOut& handed : hand) {
             deepest = std::max(deepest, handed.piece.count);
-            if (spp < 16.0) EXPECT_LE(handed.piece.count, 16U);
-            if (spp > 2.0 * worth) EXPECT_EQ(handed.piece.count, worth);
+            if (spp < 16.0) {
+                EXPECT_LE(handed.piece.count, 16U);
+            }
+            if (spp > 2.0 * worth) {
+                EXPECT_EQ(handed.piece.count, worth);
+            }
             ASSERT_TRUE(run.deliver(handed));
         }
         EXPECT_LE(deepest, std::max(16.0, spp)) << "no pixel gets more at once than the others have";

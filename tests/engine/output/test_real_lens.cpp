@@ -117,7 +117,9 @@ TEST(RealLens, NothingIsSeenBeyondTheFold) {
     EXPECT_FALSE(projection->direction(0.5 * kWidth + 1.01 * edge, 0.5 * kHeight));
     for (double x = 0.0; x <= kWidth; x += 0.7) {
         const auto direction = projection->direction(x, 0.5 * kHeight);
-        if (direction) EXPECT_LE(std::abs((*direction)[0] / (*direction)[2]) * 16.8 / 16.0, 0.8165 + 1.0e-3) << x;
+        if (direction) {
+            EXPECT_LE(std::abs((*direction)[0] / (*direction)[2]) * 16.8 / 16.0, 0.8165 + 1.0e-3) << x;
+        }
     }
     // Bad values of any kind end, and without a direction that isn't one.
     for (const Coefficients& c :
