@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/job/blocked_signals.h"
+#include "engine/common/blocked_signals.h"
 
 namespace nemra::core {
 

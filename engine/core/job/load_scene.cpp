@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "engine/common/blocked_signals.h"
 #include "engine/common/log.h"
-#include "engine/core/job/blocked_signals.h"
 #include "engine/core/job/fingerprint.h"
 #include "engine/core/library/libraries.h"
 #include "engine/core/worker/scene_parcel.h"

@@ -11,10 +11,13 @@
 #include <utility>
 #include <vector>
 
+#include "engine/common/blocked_signals.h"
+
 namespace nemra::core {
 
-/// Threads that call use(piece) for pieces that one thread gives, in any order and several at the same time. `use` must not throw
-/// and must not call the host, which may be waiting for the giver.
+/// Threads that call use(piece) for pieces that one thread gives, in any order and several at the same time. What `use` throws is
+/// thrown on by finish(), or by give() where the giver uses the piece itself. It must not call the host, which may be waiting for
+/// the giver.
 template <class Piece, class Use>
 class Helpers {
 public:
@@ -22,6 +25,7 @@ public:
     Helpers(Use use, std::size_t threads) : use_(std::move(use)) {
         const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
         try {
+            const BlockedSignals blocked;
             for (std::size_t i = 0; i < std::min(threads, cores - 1); ++i) threads_.emplace_back([this] { run(); });
         } catch (const std::exception&) {
             // as many as the system gives
@@ -48,6 +52,7 @@ public:
     void finish() {
         run(false);
         end(false);
+        if (fault_) std::rethrow_exception(fault_);
     }
 
 private:
@@ -59,8 +64,14 @@ private:
             const Piece piece = std::move(waiting_.front());
             waiting_.pop_front();
             lock.unlock();
-            use_(piece);
+            std::exception_ptr fault;
+            try {
+                use_(piece);
+            } catch (...) {
+                fault = std::current_exception();
+            }
             lock.lock();
+            if (!fault_) fault_ = fault;
         }
     }
     void end(bool dropped) {
@@ -74,8 +85,9 @@ private:
     }
 
     const Use use_;
-    std::mutex mutex_;  // for the next two
+    std::mutex mutex_;  // for the next three
     std::deque<Piece> waiting_;
+    std::exception_ptr fault_;
     bool ended_ = false;
     std::condition_variable changed_;
     std::vector<std::jthread> threads_;

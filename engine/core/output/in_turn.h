@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "engine/common/blocked_signals.h"
+
 namespace nemra::core {
 
 /// Calls make(i, piece) for each i in [0, count), on all cores, then give(piece) for each in the order of i, one at a time and on
@@ -53,6 +55,7 @@ void inTurn(std::size_t count, Make&& make, Give&& give) {
         const std::size_t threads = std::min<std::size_t>(std::max(1U, std::thread::hardware_concurrency()), count);
         std::vector<std::jthread> helpers;
         try {
+            const BlockedSignals blocked;
             for (std::size_t i = 1; i < threads; ++i) helpers.emplace_back(run);
         } catch (const std::exception&) {
             // as many as the system gives

@@ -7,6 +7,8 @@
 #include <thread>
 #include <vector>
 
+#include "engine/common/blocked_signals.h"
+
 namespace nemra::core {
 
 /// Calls work(row) for each row in [0, rows), from several threads, each for at least `least` rows. `work` must not throw, and
@@ -20,6 +22,7 @@ void parallelRows(int rows, Work&& work, int least = 16) {
     };
     std::vector<std::jthread> helpers;
     try {
+        const BlockedSignals blocked;
         for (int i = 1; i < threads; ++i) helpers.emplace_back(run);
     } catch (const std::exception&) {
         // as many as the system gives

@@ -4,7 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 
-namespace nemra::core {
+namespace nemra {
 
 /// While it lives, this thread takes no signals but those of its own faults; threads that it starts meanwhile never will.
 class BlockedSignals {
@@ -23,4 +23,4 @@ private:
     sigset_t before_{};
 };
 
-}  // namespace nemra::core
+}  // namespace nemra
