@@ -60,8 +60,9 @@ private:
 template <class Bytes, class Number>
 void appendNumber(Bytes& bytes, Number number) {
     static_assert(std::is_arithmetic_v<Number>);
-    const char* const first = reinterpret_cast<const char*>(&number);
-    bytes.insert(bytes.end(), first, first + sizeof(Number));
+    const std::size_t at = bytes.size();
+    bytes.resize(at + sizeof(Number));
+    std::memcpy(bytes.data() + at, &number, sizeof(Number));
 }
 template <class Bytes>
 void appendText(Bytes& bytes, const std::string& text) {
