@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "module/binding.h"
@@ -33,7 +34,14 @@ bool liesInBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
 template <class T, class Vector = std::vector<T>>
 Vector inBufferOrder(const py::array_t<T>& array, py::ssize_t count) {
     if (count <= 0) return {};
-    if (spansElements(array, count)) return Vector(array.data(), array.data() + count);
+    if (liesInBufferOrder(array, count)) return Vector(array.data(), array.data() + count);
+    if constexpr (alignof(T) > 1) {
+        if (spansElements(array, count)) {  // of a record's field, or a buffer that begins anywhere
+            Vector elements(static_cast<std::size_t>(count));
+            std::memcpy(elements.data(), array.data(), elements.size() * sizeof(T));
+            return elements;
+        }
+    }
     const auto ordered = py::array_t<T, py::array::c_style | py::array::forcecast>(array);
     return Vector(ordered.data(), ordered.data() + std::min(count, ordered.size()));
 }
