@@ -1,5 +1,6 @@
 """Renders on workers in processes of their own: the same bits as here, whatever befalls a worker."""
 
+import os
 import pathlib
 import random
 import re
@@ -386,7 +387,7 @@ class TestHostilePeers:
                 assert bits(Render(SCENE, [worker], spp=1).result()) == local_bits(1)
                 status = pathlib.Path(f"/proc/{worker.process.pid}/status").read_text()
                 memory = int(status.split("VmRSS:")[1].split()[0]) / 1024
-                assert memory < 512
+                assert memory < (512 if SLOW == 1 else 2048)  # a sanitizer keeps what was freed
             finally:
                 for peer in peers:
                     peer.close()
@@ -411,7 +412,7 @@ render.wait_for_spp(1)
                   f"nemra.onMessage(lambda text, level: None)\nSCENE = {SCENE!r}\n{self.SERVE}\nbegan = time.monotonic()\n{end}")
         package = str(pathlib.Path(sarvo.__file__).parent.parent)
         child = subprocess.Popen([sys.executable, "-c", script], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                                 env={"PYTHONPATH": package})
+                                 env={**os.environ, "PYTHONPATH": package})
         _, errors = child.communicate(timeout=60 * SLOW)
         assert child.returncode == 0
         # A server that goes before its client may still be missed in time.
@@ -432,7 +433,7 @@ render.wait_for_spp(1)
                       "render.renderer.stop(); render.result(); server.close()")
             package = str(pathlib.Path(sarvo.__file__).parent.parent)
             child = subprocess.run([sys.executable, "-c", script], capture_output=True, text=True, timeout=60 * SLOW,
-                                   env={"PYTHONPATH": package})
+                                   env={**os.environ, "PYTHONPATH": package})
             assert child.returncode == 0, child.stderr
 
 
