@@ -32,6 +32,7 @@
 #include <string>
 
 #include "engine/common/log.h"
+#include "engine/core/film/arrays.h"
 #include "engine/core/image/image_node.h"
 #include "engine/core/image/read_exr.h"
 #include "engine/core/output/encode.h"
@@ -69,11 +70,8 @@ std::shared_ptr<Raw> makeResult(int side) {
     film->width = film->height = side;
     for (const char* name : {"X", "Y", "Z"}) film->channels.push_back({name, ChannelKind::luminous, 0.0, 0.0, "cd.m^-2"});
     const std::size_t pixels = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
-    film->high.resize(3 * pixels);
-    film->low.resize(3 * pixels);
+    makeArrays(*film);
     film->samples.assign(pixels, 100);
-    film->squares.resize(pixels);
-    film->depth.resize(pixels);
     film->depthSamples.assign(pixels, 100);
     std::mt19937 random(1);
     std::normal_distribution<double> noise(0.0, 0.03);

@@ -39,11 +39,15 @@ inline std::uint64_t arrayBytes(std::uint64_t pixels, std::uint64_t channels) {
     return bytes;
 }
 
-/// Makes the arrays that the film's size and channels ask for, all 0.
+/// Makes the arrays that the film's size and channels ask for, all 0. Touches no page of a new block (see PagedAllocator).
 inline void makeArrays(Film& film) {
     const std::size_t pixels = static_cast<std::size_t>(film.width) * static_cast<std::size_t>(film.height);
     const std::size_t cells = pixels * film.channels.size();
-    visitArrays([&](Per per, auto& array) { array.assign(per == Per::cell ? cells : pixels, 0); }, film);
+    const auto make = [&](Per per, auto& array) {
+        array.clear();
+        array.resize(per == Per::cell ? cells : pixels);
+    };
+    visitArrays(make, film);
 }
 
 /// Whether the arrays are as long as size and channels ask for.

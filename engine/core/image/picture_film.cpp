@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "engine/common/huge_pages.h"
+#include "engine/core/film/arrays.h"
 #include "engine/core/film/pageable.h"
 
 namespace nemra::core {
@@ -36,12 +37,7 @@ std::shared_ptr<Film> makePictureFilm(int width, int height, std::vector<Channel
     const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     reserveOnHugePages(film->high, pixels * film->channels.size());
     reserveOnHugePages(film->low, pixels * film->channels.size());
-    film->high.resize(pixels * film->channels.size());
-    film->low.resize(pixels * film->channels.size());
-    film->samples.resize(pixels);
-    film->squares.resize(pixels);
-    film->depth.resize(pixels);
-    film->depthSamples.resize(pixels);
+    makeArrays(*film);
     return film;
 }
 

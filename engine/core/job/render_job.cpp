@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "engine/common/log.h"
+#include "engine/core/film/arrays.h"
 #include "engine/core/job/adaptive.h"
 #include "engine/core/job/job_threads.h"
 #include "engine/core/job/thread_time.h"
@@ -57,10 +58,10 @@ RenderCounts countsOf(const Film& film, const std::vector<Piece>& done, double t
 
 /// Of the film, and of what is derived from it for the host.
 std::size_t copyBytes(const SharedFilm& film) {
-    constexpr std::size_t perCell = 3 * sizeof(double);
-    constexpr std::size_t perPixel = 6 * sizeof(double) + 2 * sizeof(std::uint32_t) + 1;
     const TileGrid& grid = film.grid();
-    return static_cast<std::size_t>(grid.width) * static_cast<std::size_t>(grid.height) * (perCell * film.channels() + perPixel);
+    const auto pixels = static_cast<std::size_t>(grid.width) * static_cast<std::size_t>(grid.height);
+    constexpr std::size_t metaChannels = 3;
+    return arrayBytes(pixels, film.channels()) + pixels * (film.channels() + metaChannels) * sizeof(double);
 }
 
 /// Here, so that the host doesn't wait for it at its first pixel.

@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 
+#include "engine/core/film/arrays.h"
 #include "engine/core/render.h"
 
 namespace nemra::test {
@@ -60,13 +61,7 @@ public:
                     {std::to_string(nm) + " nm", ChannelKind::spectral, nm * 1e-9, 10e-9, "W.m^-2.sr^-1.nm^-1"});
             }
         }
-        const std::size_t pixels = static_cast<std::size_t>(film->width) * static_cast<std::size_t>(film->height);
-        film->high.resize(pixels * film->channels.size());
-        film->low.resize(pixels * film->channels.size());
-        film->samples.resize(pixels);
-        film->squares.resize(pixels);
-        film->depth.resize(pixels);
-        film->depthSamples.resize(pixels);
+        core::makeArrays(*film);
         return film;
     }
 

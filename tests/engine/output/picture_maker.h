@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 
+#include "engine/core/film/arrays.h"
 #include "engine/core/output/picture.h"
 #include "tests/engine/light/scene_maker.h"
 
@@ -45,13 +46,8 @@ inline std::shared_ptr<core::Film> film(int width, int height, Channels channels
     film->width = width;
     film->height = height;
     film->channels = std::move(channels);
-    const auto pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    film->high.resize(pixels * film->channels.size());
-    film->low.resize(film->high.size());
-    film->samples.assign(pixels, samples);
-    film->squares.resize(pixels);
-    film->depth.resize(pixels);
-    film->depthSamples.resize(pixels);
+    core::makeArrays(*film);
+    film->samples.assign(film->samples.size(), samples);
     const int reference = film->channels.size() == 3 ? 1 : 0;
     for (int x = 0; x < width; ++x) {
         for (int y = 0; y < height; ++y) {
